@@ -1,0 +1,22 @@
+# temvar_compile_options: the interface target whose warnings and sanitizers every target of the
+# project is built with. Never exported: a host picks its own flags.
+add_library(temvar_compile_options INTERFACE)
+
+target_compile_options(temvar_compile_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wcast-align -Wcast-qual -Wformat=2 -Wimplicit-fallthrough -Wundef)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(temvar_compile_options INTERFACE
+    -Wduplicated-cond -Wlogical-op -Wuseless-cast)
+elseif(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  target_compile_options(temvar_compile_options INTERFACE -Wthread-safety)
+endif()
+if(TEMVAR_WERROR)
+  target_compile_options(temvar_compile_options INTERFACE -Werror)
+endif()
+
+if(TEMVAR_SANITIZE)
+  target_compile_options(temvar_compile_options INTERFACE
+    -fsanitize=${TEMVAR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(temvar_compile_options INTERFACE -fsanitize=${TEMVAR_SANITIZE})
+endif()

@@ -1,0 +1,36 @@
+# Libraries that the library calls. Each is found as an imported target:
+#   ZLIB::ZLIB, temvar::minizip, temvar::rapidjson, and elsewhere than on Windows
+#   OpenSSL::Crypto, temvar::uuid and Threads::Threads.
+find_package(ZLIB REQUIRED)
+
+find_path(MINIZIP_INCLUDE_DIR NAMES unzip.h PATH_SUFFIXES minizip)
+find_library(MINIZIP_LIBRARY NAMES minizip)
+if(NOT MINIZIP_INCLUDE_DIR OR NOT MINIZIP_LIBRARY)
+  message(FATAL_ERROR "minizip not found: on Debian install libminizip-dev; for a Windows build run "
+                      "scripts/setup windows, which builds it")
+endif()
+add_library(temvar_minizip INTERFACE)
+add_library(temvar::minizip ALIAS temvar_minizip)
+target_include_directories(temvar_minizip SYSTEM INTERFACE "${MINIZIP_INCLUDE_DIR}")
+target_link_libraries(temvar_minizip INTERFACE "${MINIZIP_LIBRARY}" ZLIB::ZLIB)
+
+find_path(RAPIDJSON_INCLUDE_DIR NAMES rapidjson/document.h)
+if(NOT RAPIDJSON_INCLUDE_DIR)
+  message(FATAL_ERROR "RapidJSON not found: on Debian install rapidjson-dev")
+endif()
+add_library(temvar_rapidjson INTERFACE)
+add_library(temvar::rapidjson ALIAS temvar_rapidjson)
+target_include_directories(temvar_rapidjson SYSTEM INTERFACE "${RAPIDJSON_INCLUDE_DIR}")
+
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
+
+if(NOT WIN32)
+  find_package(OpenSSL REQUIRED COMPONENTS Crypto)
+  find_path(UUID_INCLUDE_DIR NAMES uuid/uuid.h REQUIRED)
+  find_library(UUID_LIBRARY NAMES uuid REQUIRED)
+  add_library(temvar_uuid INTERFACE)
+  add_library(temvar::uuid ALIAS temvar_uuid)
+  target_include_directories(temvar_uuid SYSTEM INTERFACE "${UUID_INCLUDE_DIR}")
+  target_link_libraries(temvar_uuid INTERFACE "${UUID_LIBRARY}")
+endif()

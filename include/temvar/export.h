@@ -1,0 +1,15 @@
+#ifndef TEMVAR_EXPORT_H_
+#define TEMVAR_EXPORT_H_
+
+// TMV_API marks the functions that leave the library. Everything else stays inside.
+#if defined(_WIN32)
+#if defined(TEMVAR_BUILDING)
+#define TMV_API extern "C" __declspec(dllexport)
+#else
+#define TMV_API extern "C" __declspec(dllimport)
+#endif
+#else
+#define TMV_API extern "C" __attribute__((visibility("default")))
+#endif
+
+#endif  // TEMVAR_EXPORT_H_

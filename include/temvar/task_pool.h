@@ -1,0 +1,87 @@
+#ifndef TEMVAR_TASK_POOL_H_
+#define TEMVAR_TASK_POOL_H_
+
+#include <cstdint>
+
+#include "temvar/export.h"
+#include "temvar/task_list.h"
+
+class RkTask;
+class RkTaskFunc;
+class RkTaskThread;
+
+// Runs tasks on a fixed set of workers: the oldest queued task goes to the worker that has been
+// idle longest. It knows nothing of events; the scheduler feeds it, and a host may do so too for
+// work that needs no scheduling.
+//
+// Life of the pool: built at load (tasks may be queued), running from Start, stopped for good by
+// Stop. No thread exists before Start. A host that called Start must call Stop before it unloads
+// the library, from one of its own threads and never from DllMain. Leaving the process without Stop
+// is harmless.
+class RkTaskPool {
+ public:
+  // Queues `task` with the function that it has now, behind what is queued already, and takes a
+  // reference on it until it has run. The task's state is not looked at. Any thread. After Stop the
+  // call does nothing. Throws std::bad_alloc.
+  virtual void AddTask(RkTask* task) = 0;
+
+  // Queues a new plain task, named "0", that runs `func`; it goes after its run.
+  virtual void AddFunc(RkTaskFunc* func) = 0;
+
+  // Starts `count` workers and the dispatcher, once in the life of the library. Does not wait for
+  // them. With 0 nothing ever runs. Throws std::system_error if the system refuses a thread.
+  virtual void Start(uint32_t count) = 0;
+
+  // Does nothing.
+  virtual void ReservedOperation() = 0;
+
+  // Ends dispatcher and workers and joins them, once. Waits until the functions that run now have
+  // returned, those that stand at a pause point too: resume or cancel first. What is queued is
+  // released without being run or reported. Throws std::system_error if the pool was not started.
+  // Never from a task's function.
+  virtual void Stop() = 0;
+
+  // Milliseconds after which the dispatcher looks again at tasks that wait for a worker, 500 at
+  // first: an upper bound for starting a task once a worker is idle. Work starts as soon as it can
+  // anyway. 0 and negative values stand for as often as can be without spinning. Any thread.
+  virtual void SetPollInterval(int32_t milliseconds) = 0;
+  virtual int32_t GetPollInterval() = 0;
+
+  // Number of workers that Start was given; 2 before it.
+  virtual uint32_t GetThreadCount() = 0;
+
+  // One pass of pairing: the oldest queued task goes to the worker that has been idle longest.
+  // `pending` becomes the number of tasks left in the queue (and stays as it is if no worker was
+  // idle), `idle` the number of idle workers left. For the pool's own threads; harmless elsewhere.
+  virtual void DispatchOne(uint32_t& pending, uint32_t& idle) = 0;
+
+  // The steps of a worker before and after its task. For the pool's own threads.
+  virtual void MarkRunning(RkTaskThread* thread) = 0;
+  virtual void ThreadIdle(RkTaskThread* thread) = 0;
+
+  // Number of tasks that wait for a worker at this moment.
+  virtual uint32_t GetQueuedCount() = 0;
+
+  // The dispatcher's wait. For the dispatcher alone, which holds the lock of the queue.
+  virtual void WaitForWork() = 0;
+
+  // Takes the queued tasks of the event called `name` out of the queue, and with them those that
+  // belong to no registered event. They keep their states and never run. Gives the number of tasks
+  // taken out.
+  virtual uint32_t RemoveQueued(const char* name) = 0;
+
+  // Lists the running plain tasks of the event called `name`; `count` becomes their number. The
+  // caller releases the list, which may be null, with FreeTaskList. Throws std::bad_alloc.
+  virtual TaskListNode* ListRunning(const char* name, uint32_t& count) = 0;
+
+  // Releases a list and the references in it. Null does nothing.
+  virtual void FreeTaskList(TaskListNode* list) = 0;
+
+ protected:
+  ~RkTaskPool() = default;
+};
+
+// The pool; the same pointer on each call, valid while the library is loaded.
+TMV_API RkTaskPool* TmvTaskPool();
+
+#endif  // TEMVAR_TASK_POOL_H_

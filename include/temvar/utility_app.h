@@ -1,0 +1,7 @@
+#ifndef TEMVAR_UTILITY_APP_H_
+#define TEMVAR_UTILITY_APP_H_
+
+#include "temvar/export.h"
+#include "temvar/types.h"
+
+#endif  // TEMVAR_UTILITY_APP_H_

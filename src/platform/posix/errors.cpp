@@ -1,0 +1,65 @@
+#include "platform/posix/errors.h"
+
+#include <cerrno>
+
+#include "platform/win32.h"
+
+namespace {
+constinit thread_local DWORD last_error = ERROR_SUCCESS;
+}  // namespace
+
+DWORD GetLastError() { return last_error; }
+
+void SetLastError(DWORD code) { last_error = code; }
+
+namespace temvar::posix {
+
+DWORD ErrorFromErrno(int error) {
+  switch (error) {
+    case 0:
+      return ERROR_SUCCESS;
+    case ENOENT:
+      return ERROR_FILE_NOT_FOUND;
+    case ENOTDIR:
+      return ERROR_PATH_NOT_FOUND;
+    case EMFILE:
+    case ENFILE:
+      return ERROR_TOO_MANY_OPEN_FILES;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case EISDIR:
+      return ERROR_ACCESS_DENIED;
+    case EBADF:
+      return ERROR_INVALID_HANDLE;
+    case ENOMEM:
+      return ERROR_NOT_ENOUGH_MEMORY;
+    case ETXTBSY:
+    case EBUSY:
+    case EWOULDBLOCK:
+      return ERROR_SHARING_VIOLATION;
+    case EEXIST:
+      return ERROR_ALREADY_EXISTS;
+    case ENOTEMPTY:
+      return ERROR_DIR_NOT_EMPTY;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return ERROR_DISK_FULL;
+    case EINVAL:
+      return ERROR_INVALID_PARAMETER;
+    case ENAMETOOLONG:
+      return ERROR_FILENAME_EXCED_RANGE;
+    case ENOSYS:
+    case EOPNOTSUPP:
+      return ERROR_NOT_SUPPORTED;
+    case EIO:
+      return ERROR_READ_FAULT;
+    default:
+      return ERROR_GEN_FAILURE;
+  }
+}
+
+void SetLastErrorFromErrno() { SetLastError(ErrorFromErrno(errno)); }
+
+}  // namespace temvar::posix

@@ -1,0 +1,6 @@
+#ifndef TEMVAR_PLATFORM_POSIX_SYSTEM_H_
+#define TEMVAR_PLATFORM_POSIX_SYSTEM_H_
+
+#include "platform/posix/types.h"
+
+#endif  // TEMVAR_PLATFORM_POSIX_SYSTEM_H_

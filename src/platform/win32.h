@@ -1,0 +1,42 @@
+// The Win32 and C-runtime surface that the library calls. This is the only header through which any
+// code reaches it: on Windows it is the system's headers and nothing else; elsewhere it declares
+// just the subset that the library calls, with the same names, types, constants and results, and
+// src/platform/posix implements it, one pair of files a topic.
+#ifndef TEMVAR_PLATFORM_WIN32_H_
+#define TEMVAR_PLATFORM_WIN32_H_
+
+#if defined(_WIN32)
+
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+// clang-format off
+#include <windows.h>
+#include <dbghelp.h>
+#include <io.h>
+#include <objbase.h>
+#include <share.h>
+#include <shellapi.h>
+#include <shlobj.h>
+#include <shlwapi.h>
+#include <wincrypt.h>
+// clang-format on
+
+#else
+
+#include "platform/posix/types.h"
+
+#include "platform/posix/clock.h"
+#include "platform/posix/crash.h"
+#include "platform/posix/crypto.h"
+#include "platform/posix/files.h"
+#include "platform/posix/shell.h"
+#include "platform/posix/system.h"
+#include "platform/posix/text.h"
+
+#endif
+
+#endif  // TEMVAR_PLATFORM_WIN32_H_
