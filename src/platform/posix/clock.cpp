@@ -1,0 +1,188 @@
+#include <chrono>
+#include <ctime>
+
+#include "platform/win32.h"
+
+namespace {
+
+namespace chrono = std::chrono;
+
+// 3000-12-31 23:59:59 UTC, the last second that the calendar functions of the runtime know.
+constexpr __time64_t kLastTime = 32535215999;
+
+// The range of years in which _mktime64 begins to compute: one more on each side than it can
+// return, because the zone may move the time into range.
+constexpr int kFirstYear = 69;
+constexpr int kLastYear = 1101;
+
+bool IsInRange(__time64_t time) { return time >= 0 && time <= kLastTime; }
+
+// The record that _localtime64 and _gmtime64 share.
+std::tm* ThreadRecord() {
+  thread_local std::tm record;
+  return &record;
+}
+
+__time64_t MakeTime(std::tm* record, time_t (*make)(std::tm*)) {
+  if (record == nullptr || record->tm_year < kFirstYear || record->tm_year > kLastYear) return -1;
+  std::tm copy = *record;
+  const __time64_t time = make(&copy);
+  if (!IsInRange(time)) return -1;
+  *record = copy;
+  return time;
+}
+
+constexpr int64_t kTicksPerSecond = 10'000'000;
+constexpr int64_t kTicksPerDay = 86'400 * kTicksPerSecond;
+constexpr chrono::sys_days kFileTimeEpoch{chrono::year{1601} / 1 / 1};
+constexpr int kLastFileTimeYear = 30827;
+
+constexpr uint64_t ToTicks(const FILETIME& time) {
+  return (uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
+}
+
+constexpr FILETIME FromTicks(uint64_t ticks) {
+  return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+}
+
+// File times are valid up to the largest signed number.
+constexpr bool IsValid(const FILETIME& time) { return (time.dwHighDateTime >> 31) == 0; }
+
+BOOL Fail() {
+  SetLastError(ERROR_INVALID_PARAMETER);
+  return FALSE;
+}
+
+// How far local time is ahead of UTC at this moment.
+int64_t CurrentOffsetTicks() {
+  const time_t now = std::time(nullptr);
+  std::tm local;
+  localtime_r(&now, &local);
+  return int64_t{local.tm_gmtoff} * kTicksPerSecond;
+}
+
+BOOL Shift(const FILETIME* from, int64_t ticks, FILETIME* to) {
+  if (from == nullptr || to == nullptr || !IsValid(*from)) return Fail();
+  int64_t shifted = 0;
+  if (__builtin_add_overflow(static_cast<int64_t>(ToTicks(*from)), ticks, &shifted) ||
+      shifted < 0) {
+    return Fail();
+  }
+  *to = FromTicks(static_cast<uint64_t>(shifted));
+  return TRUE;
+}
+
+// Whether the fields name a moment; the day of the week doesn't count.
+bool IsValid(const SYSTEMTIME& time) {
+  const chrono::year_month_day date{chrono::year{time.wYear}, chrono::month{time.wMonth},
+                                    chrono::day{time.wDay}};
+  return time.wYear >= 1601 && time.wYear <= kLastFileTimeYear && date.ok() && time.wHour < 24 &&
+         time.wMinute < 60 && time.wSecond < 60 && time.wMilliseconds < 1000;
+}
+
+}  // namespace
+
+__time64_t _time64(__time64_t* result) {
+  const __time64_t now = std::time(nullptr);
+  if (result != nullptr) *result = now;
+  return now;
+}
+
+std::tm* _localtime64(const __time64_t* time) {
+  if (time == nullptr || !IsInRange(*time)) return nullptr;
+  const time_t value = *time;
+  return localtime_r(&value, ThreadRecord());
+}
+
+std::tm* _gmtime64(const __time64_t* time) {
+  if (time == nullptr || !IsInRange(*time)) return nullptr;
+  const time_t value = *time;
+  return gmtime_r(&value, ThreadRecord());
+}
+
+__time64_t _mktime64(std::tm* record) { return MakeTime(record, std::mktime); }
+
+__time64_t _mkgmtime64(std::tm* record) { return MakeTime(record, timegm); }
+
+BOOL FileTimeToLocalFileTime(const FILETIME* utc, FILETIME* local) {
+  return Shift(utc, CurrentOffsetTicks(), local);
+}
+
+BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* utc) {
+  return Shift(local, -CurrentOffsetTicks(), utc);
+}
+
+BOOL FileTimeToDosDateTime(const FILETIME* time, WORD* dos_date, WORD* dos_time) {
+  if (time == nullptr || dos_date == nullptr || dos_time == nullptr) return Fail();
+  // Windows rounds up to the next even second, so that a file never seems older than it is.
+  FILETIME rounded;
+  SYSTEMTIME fields;
+  if (!Shift(time, 2 * kTicksPerSecond - 1, &rounded) || !FileTimeToSystemTime(&rounded, &fields) ||
+      fields.wYear < 1980 || fields.wYear > 2107) {
+    return Fail();
+  }
+  *dos_date = static_cast<WORD>(((fields.wYear - 1980) << 9) | (fields.wMonth << 5) | fields.wDay);
+  *dos_time =
+      static_cast<WORD>((fields.wHour << 11) | (fields.wMinute << 5) | (fields.wSecond / 2));
+  return TRUE;
+}
+
+BOOL DosDateTimeToFileTime(WORD dos_date, WORD dos_time, FILETIME* time) {
+  SYSTEMTIME fields = {};
+  fields.wYear = static_cast<WORD>(1980 + (dos_date >> 9));
+  fields.wMonth = (dos_date >> 5) & 0x0F;
+  fields.wDay = dos_date & 0x1F;
+  fields.wHour = dos_time >> 11;
+  fields.wMinute = (dos_time >> 5) & 0x3F;
+  fields.wSecond = static_cast<WORD>((dos_time & 0x1F) * 2);
+  return SystemTimeToFileTime(&fields, time);
+}
+
+BOOL SystemTimeToFileTime(const SYSTEMTIME* system_time, FILETIME* time) {
+  if (system_time == nullptr || time == nullptr || !IsValid(*system_time)) return Fail();
+  const chrono::sys_days date{chrono::year{system_time->wYear} / system_time->wMonth /
+                              system_time->wDay};
+  const int64_t days = (date - kFileTimeEpoch).count();
+  const int64_t seconds =
+      (int64_t{system_time->wHour} * 60 + system_time->wMinute) * 60 + system_time->wSecond;
+  const int64_t milliseconds = seconds * 1000 + system_time->wMilliseconds;
+  *time = FromTicks(static_cast<uint64_t>(days * kTicksPerDay + milliseconds * 10'000));
+  return TRUE;
+}
+
+BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* system_time) {
+  if (time == nullptr || system_time == nullptr || !IsValid(*time)) return Fail();
+  const auto ticks = static_cast<int64_t>(ToTicks(*time));
+  const chrono::sys_days day = kFileTimeEpoch + chrono::days{ticks / kTicksPerDay};
+  const chrono::year_month_day date{day};
+  const int64_t milliseconds = ticks % kTicksPerDay / 10'000;
+  system_time->wYear = static_cast<WORD>(static_cast<int>(date.year()));
+  system_time->wMonth = static_cast<WORD>(static_cast<unsigned>(date.month()));
+  system_time->wDayOfWeek = static_cast<WORD>(chrono::weekday{day}.c_encoding());
+  system_time->wDay = static_cast<WORD>(static_cast<unsigned>(date.day()));
+  system_time->wHour = static_cast<WORD>(milliseconds / 3'600'000);
+  system_time->wMinute = static_cast<WORD>(milliseconds / 60'000 % 60);
+  system_time->wSecond = static_cast<WORD>(milliseconds / 1000 % 60);
+  system_time->wMilliseconds = static_cast<WORD>(milliseconds % 1000);
+  return TRUE;
+}
+
+BOOL TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* local,
+                                     SYSTEMTIME* utc) {
+  if (zone != nullptr || local == nullptr || utc == nullptr || !IsValid(*local)) return Fail();
+  std::tm record = {};
+  record.tm_year = local->wYear - 1900;
+  record.tm_mon = local->wMonth - 1;
+  record.tm_mday = local->wDay;
+  record.tm_hour = local->wHour;
+  record.tm_min = local->wMinute;
+  record.tm_sec = local->wSecond;
+  record.tm_isdst = -1;
+  const int64_t seconds = std::mktime(&record);
+  FILETIME epoch_time;
+  const int64_t since_epoch = seconds - chrono::seconds{kFileTimeEpoch.time_since_epoch()}.count();
+  if (since_epoch < 0) return Fail();
+  epoch_time = FromTicks(static_cast<uint64_t>(since_epoch * kTicksPerSecond +
+                                               int64_t{local->wMilliseconds} * 10'000));
+  return FileTimeToSystemTime(&epoch_time, utc);
+}
