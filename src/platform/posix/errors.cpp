@@ -50,6 +50,12 @@ DWORD ErrorFromErrno(int error) {
       return ERROR_INVALID_PARAMETER;
     case ENAMETOOLONG:
       return ERROR_FILENAME_EXCED_RANGE;
+    case ELOOP:
+      return ERROR_CANT_RESOLVE_FILENAME;
+    case EXDEV:
+      return ERROR_NOT_SAME_DEVICE;
+    case EILSEQ:
+      return ERROR_INVALID_NAME;
     case ENOSYS:
     case EOPNOTSUPP:
       return ERROR_NOT_SUPPORTED;
