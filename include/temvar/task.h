@@ -63,7 +63,7 @@ class RkTask {
   // The kind: kTaskTypePlain, kTaskTypePackage or kTaskTypeEvent.
   virtual int32_t GetType() = 0;
 
-  // Stores the kind. For the library: with a kind that is not the object's own, it is not freed.
+  // Stores the kind. For the library: an object of a kind that is none of the three is never freed.
   virtual void SetType(int32_t type) = 0;
 
   // The state, one of the constants above.

@@ -29,7 +29,8 @@ class RkTaskPool {
   virtual void AddFunc(RkTaskFunc* func) = 0;
 
   // Starts `count` workers and the dispatcher, once in the life of the library. Does not wait for
-  // them. With 0 nothing ever runs. Throws std::system_error if the system refuses a thread.
+  // them. With 0 nothing ever runs. Throws std::system_error if the system refuses a thread, and at
+  // a second call.
   virtual void Start(uint32_t count) = 0;
 
   // Does nothing.
@@ -37,8 +38,8 @@ class RkTaskPool {
 
   // Ends dispatcher and workers and joins them, once. Waits until the functions that run now have
   // returned, those that stand at a pause point too: resume or cancel first. What is queued is
-  // released without being run or reported. Throws std::system_error if the pool was not started.
-  // Never from a task's function.
+  // released without being run or reported. Throws std::system_error if the pool is not running,
+  // and on one of its own workers: a task's function can't stop the pool.
   virtual void Stop() = 0;
 
   // Milliseconds after which the dispatcher looks again at tasks that wait for a worker, 500 at

@@ -28,7 +28,8 @@ class RkTaskSchedular {
 
   // Holds the event: each of its active tasks stops at its next pause point. Returns when every
   // task that was running has reached one or has ended, or when the event is resumed, cancelled or
-  // removed meanwhile. Parked tasks keep their workers. Not from a task of the event itself.
+  // removed meanwhile. Parked tasks keep their workers. A task of the event may call this itself;
+  // it is not waited for and stops at its own next pause point.
   virtual void PauseEvent(const char* name) = 0;
 
   // Lets a paused event go on. A result that a task reported while it was paused is lost; the

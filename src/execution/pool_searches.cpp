@@ -1,0 +1,122 @@
+// Which queued and running tasks belong to an event. The scheduler knows; it is asked without any
+// lock of the pool, over a copy, since its own steps enter the pool with their locks held.
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+#include <string_view>
+
+#include "execution/task_pool.h"
+#include "temvar/task_schedular.h"
+
+namespace temvar {
+namespace {
+
+// The event that a queued task belongs to, or null.
+Ref<RkTaskImpl> OwnerOf(RkTaskImpl& task) {
+  switch (task.Type()) {
+    case kTaskTypePlain:
+      return Ref<RkTaskImpl>::Adopt(ToImpl(TmvTaskSchedular()->FindEventOfTask(task.GetName())));
+    case kTaskTypePackage:
+      return Ref<RkTaskImpl>::Adopt(ToImpl(TmvTaskSchedular()->FindEventOfPackage(&task)));
+    case kTaskTypeEvent:
+      return Ref<RkTaskImpl>(&task);
+    default:
+      return {};
+  }
+}
+
+bool IsCalled(const Ref<RkTaskImpl>& event, std::string_view name) {
+  return std::string_view(event->GetName()) == name;
+}
+
+// Builds a list in order and releases it if the building fails.
+class TaskListBuilder {
+ public:
+  TaskListBuilder() = default;
+  ~TaskListBuilder() { TmvTaskPool()->FreeTaskList(head_); }
+  TaskListBuilder(const TaskListBuilder&) = delete;
+  TaskListBuilder& operator=(const TaskListBuilder&) = delete;
+
+  void Append(Ref<RkTaskImpl> task) {
+    auto* const node = static_cast<TaskListNode*>(std::malloc(sizeof(TaskListNode)));
+    if (node == nullptr) throw std::bad_alloc();
+    *node = {task.Detach(), nullptr};
+    *end_ = node;
+    end_ = &node->next;
+  }
+
+  TaskListNode* Finish() { return std::exchange(head_, nullptr); }
+
+ private:
+  TaskListNode* head_ = nullptr;
+  TaskListNode** end_ = &head_;
+};
+
+}  // namespace
+
+uint32_t RkTaskPoolImpl::RemoveQueued(const char* name) {
+  if (name == nullptr) name = "";
+  std::vector<PendingTask> queued;
+  {
+    MutexLock queue(queueMutex_);
+    queued.assign(pendingTasks_.begin(), pendingTasks_.end());
+  }
+  std::vector<uint64_t> serials;
+  for (const PendingTask& entry : queued) {
+    // A cancel that still waits for its turn belongs to no event and must not be lost.
+    if (entry.task->IsInternal()) continue;
+    const Ref<RkTaskImpl> owner = OwnerOf(*entry.task);
+    if (!owner || IsCalled(owner, name)) serials.push_back(entry.serial);
+  }
+  return static_cast<uint32_t>(ExtractQueued(serials).size());
+}
+
+// Takes the entries with these serials, in ascending order, out of the queue.
+std::vector<RkTaskPoolImpl::PendingTask> RkTaskPoolImpl::ExtractQueued(
+    const std::vector<uint64_t>& serials) {
+  std::vector<PendingTask> extracted;
+  if (serials.empty()) return extracted;
+  extracted.reserve(serials.size());
+  MutexLock queue(queueMutex_);
+  std::deque<PendingTask> kept;
+  for (PendingTask& entry : pendingTasks_) {
+    if (std::binary_search(serials.begin(), serials.end(), entry.serial)) {
+      extracted.push_back(std::move(entry));
+    } else {
+      kept.push_back(std::move(entry));
+    }
+  }
+  pendingTasks_.swap(kept);
+  queuedCount_ = static_cast<uint32_t>(pendingTasks_.size());
+  return extracted;
+}
+
+TaskListNode* RkTaskPoolImpl::ListRunning(const char* name, uint32_t& count) {
+  if (name == nullptr) name = "";
+  count = 0;
+  std::vector<Ref<RkTaskImpl>> running;
+  {
+    MutexLock queue(queueMutex_);
+    running = runningTasks_;
+  }
+  TaskListBuilder list;
+  for (Ref<RkTaskImpl>& task : running) {
+    if (task->Type() != kTaskTypePlain || task->IsInternal()) continue;
+    const Ref<RkTaskImpl> owner = OwnerOf(*task);
+    if (!owner || !IsCalled(owner, name)) continue;
+    list.Append(std::move(task));
+    ++count;
+  }
+  return list.Finish();
+}
+
+void RkTaskPoolImpl::FreeTaskList(TaskListNode* list) {
+  while (list != nullptr) {
+    TaskListNode* const next = list->next;
+    DestroyRkTask(list->task);
+    std::free(list);
+    list = next;
+  }
+}
+
+}  // namespace temvar

@@ -1,0 +1,103 @@
+// How the pool comes to life and how it ends.
+#include <system_error>
+
+#include "execution/task_pool.h"
+#include "platform/thread_name.h"
+
+namespace temvar {
+
+void RkTaskPoolImpl::Start(uint32_t count) {
+  // Once in the life of the library: a second set of threads would never be joined.
+  if (running_ || stopRequested_) {
+    throw std::system_error(std::make_error_code(std::errc::operation_not_permitted));
+  }
+  threadCount_ = count;
+  running_.store(true, std::memory_order_release);
+  threads_.reserve(count);
+  for (uint32_t i = 0; i < count; ++i) {
+    auto* const worker = new RkTaskThreadImpl;
+    worker->SetPool(this);
+    threads_.push_back(worker);
+    worker->Start();
+  }
+  dispatcher_ = std::thread(&RkTaskPoolImpl::RunDispatcher, this);
+}
+
+void RkTaskPoolImpl::Stop() {
+  ThrowIfWorker();
+  if (!dispatcher_.joinable()) {
+    throw std::system_error(std::make_error_code(std::errc::invalid_argument));
+  }
+  {
+    MutexLock queue(queueMutex_);
+    stopRequested_ = true;
+    exitWhenIdle_ = true;
+    workCondition_.NotifyAll();
+    pollCondition_.NotifyAll();
+  }
+  dispatcher_.join();
+  StopWorkers();
+
+  // What is left goes without the lock: releasers are host code.
+  std::vector<Ref<RkTaskImpl>> running;
+  std::deque<PendingTask> pending;
+  {
+    MutexLock queue(queueMutex_);
+    running.swap(runningTasks_);
+    pending.swap(pendingTasks_);
+    queuedCount_ = 0;
+  }
+  running.clear();
+  while (!pending.empty()) pending.pop_front();
+  running_.store(false, std::memory_order_release);
+}
+
+// A worker that called Stop would wait for itself.
+void RkTaskPoolImpl::ThrowIfWorker() const {
+  for (const RkTaskThreadImpl* worker : threads_) {
+    if (worker->IsCurrentThread()) {
+      throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+    }
+  }
+}
+
+void RkTaskPoolImpl::StopWorkers() {
+  for (RkTaskThreadImpl* worker : threads_) {
+    worker->Stop();
+    // A worker leaves an assignment that it had not begun as it is. The pool gave it the
+    // references, so the pool takes them back.
+    Ref<RkTaskImpl> task;
+    Ref<RkTaskFuncImpl> func;
+    worker->TakeAssignment(task, func);
+    DestroyRkTaskThread(worker);
+  }
+  threads_.clear();
+}
+
+void RkTaskPoolImpl::ForgetIdle(RkTaskThreadImpl* thread) {
+  MutexLock idle(idleMutex_);
+  std::erase(idleThreads_, thread);
+  idleCount_ = static_cast<uint32_t>(idleThreads_.size());
+}
+
+void RkTaskPoolImpl::RunDispatcher() {
+  SetCurrentThreadName("temvar-dispatch");
+  uint32_t pending = 0;
+  uint32_t idle = 0;
+  while (!stopRequested_) {
+    DispatchOne(pending, idle);
+    if (exitWhenIdle_ && pending == 0 && idle == GetThreadCount()) {
+      stopRequested_ = true;
+      break;
+    }
+    MutexLock queue(queueMutex_);
+    if (stopRequested_) break;
+    if (GetQueuedCount() == 0) {
+      WaitForWork();
+    } else if (idle == 0) {
+      WaitForPoll();
+    }
+  }
+}
+
+}  // namespace temvar

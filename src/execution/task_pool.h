@@ -1,0 +1,104 @@
+#ifndef TEMVAR_EXECUTION_TASK_POOL_H_
+#define TEMVAR_EXECUTION_TASK_POOL_H_
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <thread>
+#include <vector>
+
+#include "execution/task_thread.h"
+#include "frame/mutex.h"
+#include "frame/ref.h"
+#include "frame/subject.h"
+#include "tasks/task.h"
+#include "temvar/task_pool.h"
+
+namespace temvar {
+
+// Thread-safety:
+// 1. idleMutex_ comes before queueMutex_. Neither is held while the scheduler is asked for the
+// owner of
+//    a task, nor while a reference is dropped that may be the last.
+// 2. A pass of pairing is made by whoever brings one of its halves: the thread that adds a task,
+// the
+//    worker that becomes idle, and the dispatcher. So tasks wait only while no worker is idle.
+//    AddTask looks at idleCount_ under queueMutex_ after it has appended, and ThreadIdle looks at
+//    the queue under queueMutex_ after it has raised idleCount_: one of them sees the other.
+// 3. The flags are set by Stop under queueMutex_, and a pass reads them under it: once Stop has
+// begun
+//    nobody pairs.
+// 4. threads_ and dispatcher_ belong to the thread that calls Start and Stop.
+class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
+ public:
+  void AddTask(RkTask* task) override;
+  void AddFunc(RkTaskFunc* func) override;
+  void Start(uint32_t count) override;
+  void ReservedOperation() override {}
+  void Stop() override;
+  void SetPollInterval(int32_t milliseconds) override { pollInterval_ = milliseconds; }
+  int32_t GetPollInterval() override { return pollInterval_; }
+  uint32_t GetThreadCount() override { return threadCount_; }
+  void DispatchOne(uint32_t& pending, uint32_t& idle) override;
+  void MarkRunning(RkTaskThread* thread) override;
+  void ThreadIdle(RkTaskThread* thread) override;
+  uint32_t GetQueuedCount() override { return queuedCount_; }
+  void WaitForWork() override TMV_REQUIRES(queueMutex_);
+  uint32_t RemoveQueued(const char* name) override;
+  TaskListNode* ListRunning(const char* name, uint32_t& count) override;
+  void FreeTaskList(TaskListNode* list) override;
+
+  // Takes a worker out of the idle queue, wherever it stands in it.
+  void ForgetIdle(RkTaskThreadImpl* thread);
+
+  // True from the first thread that Start makes to the end of Stop. Static: it outlives the object.
+  static bool IsRunning() { return running_.load(std::memory_order_acquire); }
+
+ private:
+  // A queued run: the task with the function that it had when it was added.
+  struct PendingTask {
+    Ref<RkTaskImpl> task;
+    Ref<RkTaskFuncImpl> func;
+    uint64_t serial = 0;  // Tells two runs of one task apart.
+  };
+
+  void RunDispatcher();
+  void WaitForPoll() TMV_REQUIRES(queueMutex_);
+  void Append(PendingTask entry) TMV_REQUIRES(queueMutex_);
+  void PairOldest() TMV_REQUIRES(idleMutex_, queueMutex_);
+  Ref<RkTaskImpl> TakeRunning(RkTaskImpl* task) TMV_REQUIRES(queueMutex_);
+  std::vector<PendingTask> ExtractQueued(const std::vector<uint64_t>& serials)
+      TMV_EXCLUDES(queueMutex_);
+  void ThrowIfWorker() const;
+  void StopWorkers();
+
+  std::atomic<bool> stopRequested_{false};
+  std::atomic<bool> exitWhenIdle_{false};
+  static inline constinit std::atomic<bool> running_{false};
+
+  std::atomic<uint32_t> threadCount_{2};
+  std::atomic<int32_t> pollInterval_{500};
+
+  std::vector<RkTaskThreadImpl*> threads_;
+  std::thread dispatcher_;
+
+  Mutex idleMutex_;
+  std::deque<RkTaskThreadImpl*> idleThreads_ TMV_GUARDED_BY(idleMutex_);
+  std::atomic<uint32_t> idleCount_{0};  // Size of idleThreads_; written under idleMutex_.
+
+  Mutex queueMutex_ TMV_ACQUIRED_AFTER(idleMutex_);
+  std::deque<PendingTask> pendingTasks_ TMV_GUARDED_BY(queueMutex_);
+  std::vector<Ref<RkTaskImpl>> runningTasks_ TMV_GUARDED_BY(queueMutex_);
+  uint64_t nextSerial_ TMV_GUARDED_BY(queueMutex_) = 0;
+  std::atomic<uint32_t> queuedCount_{0};  // Size of pendingTasks_; written under queueMutex_.
+  Condition workCondition_;               // The dispatcher waits for work.
+  Condition pollCondition_;               // The dispatcher waits for a worker, or for Stop.
+};
+
+// The implementation behind an interface pointer; null for null and for what is not of this
+// library.
+RkTaskPoolImpl* ToImpl(RkTaskPool* pool);
+
+}  // namespace temvar
+
+#endif  // TEMVAR_EXECUTION_TASK_POOL_H_

@@ -1,0 +1,84 @@
+#include "execution/task_thread.h"
+
+#include <system_error>
+#include <typeinfo>
+#include <utility>
+
+#include "execution/task_pool.h"
+#include "platform/thread_name.h"
+#include "tasks/current_task.h"
+
+namespace temvar {
+
+void RkTaskThreadImpl::ReportIdle() {
+  if (pool_ != nullptr) pool_->ThreadIdle(this);
+}
+
+void RkTaskThreadImpl::Start() { thread_ = std::thread(&RkTaskThreadImpl::ThreadMain, this); }
+
+void RkTaskThreadImpl::Stop() {
+  // A worker that stops itself would wait for its own callback.
+  if (IsCurrentThread()) {
+    throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+  }
+  {
+    MutexLock lock(mutex_);
+    stopRequested_.store(true, std::memory_order_release);
+    Wake();
+  }
+  Join();
+  // A worker that has ended must not be assigned anything any more.
+  if (RkTaskPoolImpl* const pool = ToImpl(pool_)) pool->ForgetIdle(this);
+}
+
+void RkTaskThreadImpl::Assign(Ref<RkTaskImpl> task, Ref<RkTaskFuncImpl> func) {
+  func_ = func.Detach();
+  task_.store(task.Detach(), std::memory_order_release);
+}
+
+void RkTaskThreadImpl::TakeAssignment(Ref<RkTaskImpl>& task, Ref<RkTaskFuncImpl>& func) {
+  RkTaskImpl* const assigned = task_.exchange(nullptr, std::memory_order_acq_rel);
+  if (assigned == nullptr) return;
+  task = Ref<RkTaskImpl>::Adopt(assigned);
+  func = Ref<RkTaskFuncImpl>::Adopt(std::exchange(func_, nullptr));
+}
+
+void RkTaskThreadImpl::ThreadMain() {
+  SetCurrentThreadName("temvar-worker");
+  Lock();
+  while (!stopRequested_.load(std::memory_order_acquire)) {
+    RunAssignment();
+    if (stopRequested_.load(std::memory_order_acquire)) break;
+    ReportIdle();
+    while (AssignedTask() == nullptr && !stopRequested_.load(std::memory_order_acquire)) Wait();
+    // The gap in which a waiting Stop gets the mutex.
+    Unlock();
+    Lock();
+  }
+  Unlock();
+}
+
+void RkTaskThreadImpl::RunAssignment() {
+  const Ref<RkTaskImpl> task(AssignedTask());
+  if (!task) return;
+  const Ref<RkTaskFuncImpl> func(func_);
+  if (!func) return;
+  const Ref<RkTaskDataImpl> data = func->Data();
+  if (pool_ != nullptr) pool_->MarkRunning(this);
+  if (const RkTaskCallback callback = func->GetCallback()) {
+    current_task = task.get();
+    callback(task.get(), data.get());
+    current_task = nullptr;
+  }
+}
+
+RkTaskThreadImpl* ToImpl(RkTaskThread* thread) {
+  if (thread == nullptr || typeid(*thread) != typeid(RkTaskThreadImpl)) return nullptr;
+  return static_cast<RkTaskThreadImpl*>(thread);
+}
+
+}  // namespace temvar
+
+RkTaskThread* CreateRkTaskThread() { return new temvar::RkTaskThreadImpl; }
+
+void DestroyRkTaskThread(RkTaskThread* thread) { delete temvar::ToImpl(thread); }

@@ -1,0 +1,151 @@
+// The mutex, its scoped lock and the conditions of the library: thin types over the standard ones
+// that carry the annotations of clang's thread-safety analysis.
+//
+// The one order of locks, outermost first: a worker's mutex, pause, registry, state, the pool's
+// idleMutex, the pool's queueMutex, the keyed lock of a package, the lock inside a condition.
+#ifndef TEMVAR_FRAME_MUTEX_H_
+#define TEMVAR_FRAME_MUTEX_H_
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+#include "frame/thread_annotations.h"
+
+namespace temvar {
+
+// A plain mutex, not recursive. Failures are thrown as std::system_error.
+class TMV_CAPABILITY("mutex") Mutex {
+ public:
+  void Lock() TMV_ACQUIRE() { mutex_.lock(); }
+  void Unlock() TMV_RELEASE() { mutex_.unlock(); }
+
+ private:
+  friend class Condition;
+  std::mutex mutex_;
+};
+
+class TMV_SCOPED_CAPABILITY MutexLock {
+ public:
+  explicit MutexLock(Mutex& mutex) TMV_ACQUIRE(mutex) : mutex_(mutex) { mutex_.Lock(); }
+  ~MutexLock() TMV_RELEASE() { mutex_.Unlock(); }
+  MutexLock(const MutexLock&) = delete;
+  MutexLock& operator=(const MutexLock&) = delete;
+
+ private:
+  Mutex& mutex_;
+};
+
+// A condition variable whose waits have a predicate, written under the mutex of the wait.
+//
+// A process may end while threads still wait, and destroying a system condition then blocks until
+// they leave, which they never do. So a condition with waiters is left as it is.
+class Condition {
+ public:
+  Condition() { ::new (&storage_.condition) std::condition_variable; }
+  ~Condition() {
+    if (waiters_ == 0) storage_.condition.~condition_variable();
+  }
+  Condition(const Condition&) = delete;
+  Condition& operator=(const Condition&) = delete;
+
+  template <typename Predicate>
+  void Wait(Mutex& mutex, Predicate predicate) TMV_REQUIRES(mutex) {
+    std::unique_lock<std::mutex> lock(mutex.mutex_, std::adopt_lock);
+    ++waiters_;
+    storage_.condition.wait(lock, predicate);
+    --waiters_;
+    lock.release();
+  }
+
+  template <typename Predicate>
+  void WaitFor(Mutex& mutex, std::chrono::milliseconds time, Predicate predicate)
+      TMV_REQUIRES(mutex) {
+    std::unique_lock<std::mutex> lock(mutex.mutex_, std::adopt_lock);
+    ++waiters_;
+    storage_.condition.wait_for(lock, time, predicate);
+    --waiters_;
+    lock.release();
+  }
+
+  void NotifyOne() { storage_.condition.notify_one(); }
+  void NotifyAll() { storage_.condition.notify_all(); }
+
+ private:
+  union Storage {
+    Storage() {}
+    ~Storage() {}
+    std::condition_variable condition;
+  };
+  Storage storage_;
+  std::atomic<int> waiters_{0};
+};
+
+// Lets threads wait for a state that changes under locks which the notifier may not combine with
+// theirs:
+//   for (;;) { key = PrepareWait(); if (test()) { CancelWait(); break; } Wait(key); }
+// A notification that comes between PrepareWait and Wait ends the wait, so none is lost. Without
+// waiters a notification costs two atomic operations.
+class EventCount {
+ public:
+  using Key = uint64_t;
+
+  Key PrepareWait() {
+    waiters_.fetch_add(1);
+    return epoch_.load();
+  }
+
+  void CancelWait() { waiters_.fetch_sub(1); }
+
+  void Wait(Key key) {
+    {
+      MutexLock lock(mutex_);
+      condition_.Wait(mutex_, [this, key] { return epoch_.load() != key; });
+    }
+    waiters_.fetch_sub(1);
+  }
+
+  void NotifyAll() {
+    epoch_.fetch_add(1);
+    if (waiters_.load() == 0) return;
+    MutexLock lock(mutex_);
+    condition_.NotifyAll();
+  }
+
+ private:
+  std::atomic<uint64_t> epoch_{0};
+  std::atomic<int> waiters_{0};
+  Mutex mutex_;
+  Condition condition_;
+};
+
+// The wake-up of one sleeper, remembered if nobody sleeps yet.
+class WakeSignal {
+ public:
+  void Notify() {
+    MutexLock lock(mutex_);
+    signalled_ = true;
+    condition_.NotifyOne();
+  }
+
+  // Releases `held`, sleeps until Notify, and takes `held` again.
+  void Wait(Mutex& held) TMV_REQUIRES(held) {
+    mutex_.Lock();
+    held.Unlock();
+    condition_.Wait(mutex_, [this]() TMV_NO_THREAD_SAFETY_ANALYSIS { return signalled_; });
+    signalled_ = false;
+    mutex_.Unlock();
+    held.Lock();
+  }
+
+ private:
+  Mutex mutex_;
+  Condition condition_;
+  bool signalled_ TMV_GUARDED_BY(mutex_) = false;
+};
+
+}  // namespace temvar
+
+#endif  // TEMVAR_FRAME_MUTEX_H_

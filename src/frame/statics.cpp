@@ -1,0 +1,67 @@
+// The objects that live as long as the library, in the order in which they are built; they go in
+// the reverse order. Nothing is made later than this, no accessor has a first call, and no thread
+// is started.
+#include <type_traits>
+
+#include "execution/task_pool.h"
+#include "frame/keyed_locks.h"
+#include "scheduler/sync.h"
+#include "scheduler/task_schedular.h"
+
+namespace temvar {
+namespace {
+
+// An object that is left as it is at the end of the process if the pool was not stopped: its
+// threads may still use it, and the process is to end at once.
+template <typename T>
+class StaticObject {
+ public:
+  StaticObject() { ::new (&storage_.object) T; }
+  ~StaticObject() {
+    if (!RkTaskPoolImpl::IsRunning()) storage_.object.~T();
+  }
+  T& Get() { return storage_.object; }
+
+ private:
+  union Storage {
+    Storage() {}
+    ~Storage() {}
+    T object;
+  };
+  Storage storage_;
+};
+
+StaticObject<LockTable> lock_table_object;
+StaticObject<Mutex> lock_table_guard_object;
+StaticObject<RkTaskPoolImpl> pool_object;
+StaticObject<RkTaskSchedularImpl> schedular_object;
+
+constinit TMVLockImpl lock_object;
+
+}  // namespace
+
+LockTable& lock_table = lock_table_object.Get();
+Mutex& lock_table_guard = lock_table_guard_object.Get();
+
+Mutex registry_mutex;
+Mutex state_mutex;
+Mutex pause_mutex;
+EventCount drain_condition;
+Condition resume_condition;
+uint64_t resume_count = 0;
+
+namespace {
+// The pool tells the scheduler when a worker is back.
+const bool schedular_observes_pool = [] {
+  pool_object.Get().AddObserver(&schedular_object.Get());
+  return true;
+}();
+}  // namespace
+
+}  // namespace temvar
+
+TMVLock* TmvLock() { return &temvar::lock_object; }
+
+RkTaskPool* TmvTaskPool() { return &temvar::pool_object.Get(); }
+
+RkTaskSchedular* TmvTaskSchedular() { return &temvar::schedular_object.Get(); }

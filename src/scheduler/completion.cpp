@@ -1,0 +1,118 @@
+// How events start and how tasks, packages and events end.
+#include <chrono>
+#include <cstring>
+#include <stdexcept>
+#include <thread>
+
+#include "scheduler/task_schedular.h"
+
+namespace temvar {
+
+void RkTaskSchedularImpl::Update(void* /*data*/, const char* key) {
+  if (key == nullptr) return;
+  if (std::strcmp(key, kTaskPoolAddThreadToPool) == 0) drain_condition.NotifyAll();
+}
+
+void RkTaskSchedularImpl::AddEvent(RkTask* event) {
+  RkTaskEventImpl* const impl = ToEvent(ToImpl(event));
+  if (impl == nullptr) return;
+  MutexLock registry(registry_mutex);
+  StoreEvent(impl);
+  for (const Ref<RkTaskImpl>& entry : impl->Packages()) {
+    RkTaskPackageImpl* const package = ToPackage(entry.get());
+    if (package == nullptr || package->Tasks().empty()) {
+      throw std::out_of_range("invalid vector<T> subscript");
+    }
+    RkTaskImpl* const first = package->Tasks().front().get();
+    if (first == nullptr) continue;
+    first->SetState(kTaskStateActive);
+    ScheduleTask(first);
+  }
+}
+
+void RkTaskSchedularImpl::ScheduleTask(RkTask* task) {
+  if (task == nullptr) return;
+  if (task->GetState() == kTaskStateCreated) task->SetState(kTaskStateActive);
+  TmvTaskPool()->AddTask(task);
+}
+
+void RkTaskSchedularImpl::TaskFinished(RkTask* task) {
+  RkTaskImpl* const impl = ToImpl(task);
+  if (impl == nullptr) return;
+  if (impl->Type() == kTaskTypePlain) CompletePlain(*impl, kTaskStateSucceeded);
+  if (impl->Type() == kTaskTypePackage) CompletePackage(*impl);
+}
+
+void RkTaskSchedularImpl::TaskFailed(RkTask* task) {
+  RkTaskImpl* const impl = ToImpl(task);
+  if (impl == nullptr) return;
+  if (impl->Type() == kTaskTypePlain) CompletePlain(*impl, kTaskStateFailed);
+  if (impl->Type() == kTaskTypePackage) CompletePackage(*impl);
+}
+
+void RkTaskSchedularImpl::CompletePlain(RkTaskImpl& task, int32_t state) {
+  const Owners owners = FindOwners(TaskName(task.Name()));
+  if (!owners.package) return;
+  MutexLock registry(registry_mutex);
+  AwaitResume(task);
+  const bool cancelled = task.State() == kTaskStateCancelled;
+  MutexLock stateLock(state_mutex);
+  task.SetState(state);
+  if (cancelled) return;
+  if (state == kTaskStateFailed && !owners.package->ContinueOnFailure()) {
+    EndPackage(*owners.package, kTaskStateFailed);
+  } else {
+    Advance(*owners.package, state);
+  }
+}
+
+// A report can meet a pause that came after ReportState had looked. The task then parks without the
+// registry mutex, which ResumeEvent needs, and looks again under it.
+void RkTaskSchedularImpl::AwaitResume(RkTaskImpl& task) {
+  while (task.State() == kTaskStatePaused) {
+    registry_mutex.Unlock();
+    int32_t state = 0;
+    {
+      MutexLock pause(pause_mutex);
+      state = PausePointLocked(&task);
+    }
+    // Woken for another event, or the event has left the registry.
+    if (state == kTaskStatePaused) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    registry_mutex.Lock();
+  }
+}
+
+// Queues the next child, or the package itself behind its last child.
+void RkTaskSchedularImpl::Advance(RkTaskPackageImpl& package, int32_t lastState) {
+  const size_t next = size_t{package.CurrentIndex()} + 1;
+  if (next >= package.Tasks().size()) {
+    EndPackage(package, lastState);
+    return;
+  }
+  package.SetCurrentIndex(static_cast<uint32_t>(next));
+  ScheduleTask(package.Tasks()[next].get());
+}
+
+void RkTaskSchedularImpl::EndPackage(RkTaskPackageImpl& package, int32_t state) {
+  package.SetState(state);
+  ScheduleTask(&package);
+}
+
+void RkTaskSchedularImpl::CompletePackage(RkTaskImpl& package) {
+  EventRef event;
+  EventRef removed;  // Dropped when the mutexes are free.
+  MutexLock registry(registry_mutex);
+  event = FindEventListing(&package);
+  if (!event) return;
+  event->AddFinishedPackage();
+  if (!event->ResetFinishedIfEqual(static_cast<int64_t>(event->Packages().size()))) return;
+  removed = ExtractEvent(*event);
+  drain_condition.NotifyAll();
+  {
+    MutexLock state(state_mutex);
+    event->SetState(package.State());
+  }
+  ScheduleTask(event.get());
+}
+
+}  // namespace temvar

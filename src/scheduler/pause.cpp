@@ -1,0 +1,136 @@
+// Holding events and letting them go on.
+#include <algorithm>
+
+#include "scheduler/task_schedular.h"
+#include "tasks/current_task.h"
+
+namespace temvar {
+
+void RkTaskSchedularImpl::SweepEvent(RkTaskEventImpl& event, int32_t fromState, int32_t toState,
+                                     TaskRefs& swept) {
+  for (const Ref<RkTaskImpl>& package : event.Packages()) {
+    RkTaskEventImpl::SweepTasks(package.get(), fromState, toState, swept);
+  }
+}
+
+void RkTaskSchedularImpl::PauseEvent(const char* name) {
+  const EventRef event = FindEventRef(name);
+  if (!event) return;
+  const uint64_t generation = BeginPause(*event);
+  for (;;) {
+    const EventCount::Key key = drain_condition.PrepareWait();
+    if (IsPauseOver(*event, generation)) break;
+    drain_condition.Wait(key);
+  }
+  drain_condition.CancelWait();
+}
+
+// Moves the active tasks to paused and lists those among them that run. Gives the generation of the
+// pause.
+uint64_t RkTaskSchedularImpl::BeginPause(RkTaskEventImpl& event) {
+  TaskRefs swept;
+  uint64_t generation = 0;
+  {
+    MutexLock pause(pause_mutex);
+    MutexLock registry(registry_mutex);
+    MutexLock state(state_mutex);
+    SweepEvent(event, kTaskStateActive, kTaskStatePaused, swept);
+    generation = event.pauseGeneration;
+  }
+  swept.clear();
+
+  const RunningTasks running(event.GetName());
+  TaskRefs waitedFor;
+  MutexLock pause(pause_mutex);
+  for (const TaskListNode* node = running.First(); node != nullptr; node = node->next) {
+    RkTaskImpl* const task = ToImpl(node->task);
+    // A task that stands at a pause point already will not arrive at one, and a task that pauses
+    // its own event would wait for itself.
+    if (task->parkedCount == 0 && task != current_task) waitedFor.emplace_back(task);
+  }
+  event.StoreDrainCount(static_cast<int64_t>(waitedFor.size()));
+  waitedFor.swap(event.pausedTasks);
+  return generation;
+}
+
+// Whether nothing is left to wait for: each listed task has parked or has left the pool, or the
+// event was resumed, cancelled or removed.
+bool RkTaskSchedularImpl::IsPauseOver(RkTaskEventImpl& event, uint64_t generation) {
+  const bool registered = IsRegistered(event);
+  const RunningTasks running(event.GetName());
+  TaskRefs gone;  // Dropped when the mutex is free.
+  MutexLock pause(pause_mutex);
+  if (!registered || event.pauseGeneration != generation) return true;
+  const auto firstGone = std::stable_partition(
+      event.pausedTasks.begin(), event.pausedTasks.end(),
+      [&running](const Ref<RkTaskImpl>& task) { return running.Contains(task.get()); });
+  gone.assign(firstGone, event.pausedTasks.end());
+  event.pausedTasks.erase(firstGone, event.pausedTasks.end());
+  event.StoreDrainCount(static_cast<int64_t>(event.pausedTasks.size()));
+  return event.LoadDrainCount() == 0;
+}
+
+// Ends every PauseEvent that waits for this event.
+void RkTaskSchedularImpl::EndPauseWaits(RkTaskEventImpl& event) {
+  {
+    MutexLock pause(pause_mutex);
+    ++event.pauseGeneration;
+  }
+  drain_condition.NotifyAll();
+}
+
+void RkTaskSchedularImpl::ResumeEvent(const char* name) {
+  EventRef event;
+  TaskRefs swept;  // Dropped when the mutexes are free.
+  {
+    MutexLock pause(pause_mutex);
+    MutexLock registry(registry_mutex);
+    const auto entry = eventsByName_.find(name == nullptr ? "" : name);
+    if (entry == eventsByName_.end()) return;
+    event = entry->second;
+    MutexLock state(state_mutex);
+    SweepEvent(*event, kTaskStatePaused, kTaskStateActive, swept);
+    ++event->pauseGeneration;
+    ++resume_count;
+    resume_condition.NotifyAll();
+  }
+  drain_condition.NotifyAll();
+}
+
+int32_t RkTaskSchedularImpl::PausePoint(RkTask* task) {
+  RkTaskImpl* const impl = ToImpl(task);
+  if (impl == nullptr) return kTaskStateCreated;
+  if (impl->State() != kTaskStatePaused) return impl->State();
+  const Owners owners = FindOwners(TaskName(impl->Name()));
+  if (owners.event) {
+    MutexLock pause(pause_mutex);
+    Park(*impl, *owners.event);
+  }
+  return impl->State();
+}
+
+int32_t RkTaskSchedularImpl::PausePointLocked(RkTask* task) {
+  RkTaskImpl* const impl = ToImpl(task);
+  if (impl == nullptr) return kTaskStateCreated;
+  if (impl->State() != kTaskStatePaused) return impl->State();
+  const Owners owners = FindOwners(TaskName(impl->Name()));
+  if (owners.event) Park(*impl, *owners.event);
+  return impl->State();
+}
+
+// Waits for the next resume of any event. The state is looked at again first: it changes under
+// pause_mutex, so a resume can't fall between the look and the wait.
+void RkTaskSchedularImpl::Park(RkTaskImpl& task, RkTaskEventImpl& event) {
+  if (event.RemovePausedTask(&task) && event.LoadDrainCount() > 0) event.DecrementDrainCount();
+  drain_condition.NotifyAll();
+  const uint64_t seen = resume_count;
+  ++task.parkedCount;
+  resume_condition.Wait(pause_mutex, [&task, seen]() TMV_NO_THREAD_SAFETY_ANALYSIS {
+    return resume_count != seen || task.State() != kTaskStatePaused;
+  });
+  --task.parkedCount;
+}
+
+bool RkTaskSchedularImpl::CheckPause(RkTask* task) { return PausePoint(task) != kTaskStateCreated; }
+
+}  // namespace temvar

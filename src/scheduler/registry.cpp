@@ -1,0 +1,161 @@
+// The registry of events: entries, look-ups and package edits.
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+#include "scheduler/task_schedular.h"
+
+namespace temvar {
+namespace {
+
+const char* TextOrEmpty(const char* text) { return text == nullptr ? "" : text; }
+
+}  // namespace
+
+// Runs at unload, when the pool has no threads any more, so without a lock.
+RkTaskSchedularImpl::~RkTaskSchedularImpl() = default;
+
+RkTaskSchedularImpl::Place RkTaskSchedularImpl::FindPlace(const TaskName& name) const {
+  for (const auto& [key, event] : eventsByName_) {
+    for (const Ref<RkTaskImpl>& package : event->Packages()) {
+      if (RkTaskImpl* const hit = RkTaskEventImpl::FindInPackage(package.get(), name)) {
+        return {event.get(), ToPackage(package.get()), hit};
+      }
+    }
+  }
+  return {};
+}
+
+RkTaskSchedularImpl::Owners RkTaskSchedularImpl::FindOwners(const TaskName& name) {
+  MutexLock registry(registry_mutex);
+  const Place place = FindPlace(name);
+  return {EventRef(place.event), Ref<RkTaskPackageImpl>(place.package)};
+}
+
+RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::FindEventRef(const char* name) {
+  MutexLock registry(registry_mutex);
+  const auto entry = eventsByName_.find(TextOrEmpty(name));
+  return entry == eventsByName_.end() ? EventRef() : entry->second;
+}
+
+RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::FindEventListing(
+    const RkTaskImpl* package) const {
+  for (const auto& [key, event] : eventsByName_) {
+    for (const Ref<RkTaskImpl>& entry : event->Packages()) {
+      if (entry.get() == package) return event;
+    }
+  }
+  return {};
+}
+
+void RkTaskSchedularImpl::StoreEvent(RkTaskEventImpl* event) {
+  EventRef& entry = eventsByName_[event->Name()];
+  // The reference on an event that is overwritten stays taken: its tasks go on running.
+  entry.Detach();
+  entry = EventRef(event);
+}
+
+RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::ExtractEvent(const RkTaskEventImpl& event) {
+  const auto entry = eventsByName_.find(event.Name());
+  if (entry == eventsByName_.end() || entry->second.get() != &event) return {};
+  EventRef extracted = std::move(entry->second);
+  eventsByName_.erase(entry);
+  return extracted;
+}
+
+bool RkTaskSchedularImpl::IsRegistered(const RkTaskEventImpl& event) {
+  MutexLock registry(registry_mutex);
+  const auto entry = eventsByName_.find(event.Name());
+  return entry != eventsByName_.end() && entry->second.get() == &event;
+}
+
+void RkTaskSchedularImpl::RegisterEvent(RkTask* event) {
+  RkTaskEventImpl* const impl = ToEvent(ToImpl(event));
+  if (impl == nullptr) return;
+  MutexLock registry(registry_mutex);
+  StoreEvent(impl);
+}
+
+void RkTaskSchedularImpl::RemoveEvent(const char* name) {
+  EventRef removed;
+  {
+    MutexLock registry(registry_mutex);
+    const auto entry = eventsByName_.find(TextOrEmpty(name));
+    if (entry == eventsByName_.end()) return;
+    removed = std::move(entry->second);
+    eventsByName_.erase(entry);
+  }
+  drain_condition.NotifyAll();
+}
+
+void RkTaskSchedularImpl::RemoveEventLocked(const char* name) {
+  const auto entry = eventsByName_.find(TextOrEmpty(name));
+  if (entry == eventsByName_.end()) return;
+  eventsByName_.erase(entry);
+  drain_condition.NotifyAll();
+}
+
+RkTask* RkTaskSchedularImpl::FindTask(const char* name) {
+  MutexLock registry(registry_mutex);
+  return Ref<RkTaskImpl>(FindPlace(TaskName(TextOrEmpty(name))).task).Detach();
+}
+
+RkTask* RkTaskSchedularImpl::FindEvent(const char* name) { return FindEventRef(name).Detach(); }
+
+RkTask* RkTaskSchedularImpl::FindEventOfTask(const char* taskName) {
+  return FindOwners(TaskName(TextOrEmpty(taskName))).event.Detach();
+}
+
+RkTask* RkTaskSchedularImpl::FindEventOfPackage(RkTask* package) {
+  const RkTaskImpl* const impl = ToImpl(package);
+  if (impl == nullptr) return nullptr;
+  MutexLock registry(registry_mutex);
+  return FindEventListing(impl).Detach();
+}
+
+RkTaskPackage* RkTaskSchedularImpl::FindPackageOfTask(const char* taskName) {
+  return FindOwners(TaskName(TextOrEmpty(taskName))).package.Detach();
+}
+
+TaskListNode* RkTaskSchedularImpl::ListCurrentTasks(RkTask* event) {
+  const RkTaskEventImpl* const impl = ToEvent(ToImpl(event));
+  if (impl == nullptr) return nullptr;
+  TaskListNode* head = nullptr;
+  TaskListNode** end = &head;
+  MutexLock registry(registry_mutex);
+  for (const Ref<RkTaskImpl>& entry : impl->Packages()) {
+    const RkTaskPackageImpl* const package = ToPackage(entry.get());
+    if (package == nullptr || package->CurrentIndex() >= package->Tasks().size()) continue;
+    auto* const node = static_cast<TaskListNode*>(std::malloc(sizeof(TaskListNode)));
+    if (node == nullptr) {
+      FreeTaskList(head);
+      throw std::bad_alloc();
+    }
+    *node = {Ref(package->Tasks()[package->CurrentIndex()]).Detach(), nullptr};
+    *end = node;
+    end = &node->next;
+  }
+  return head;
+}
+
+void RkTaskSchedularImpl::FreeTaskList(TaskListNode* list) { TmvTaskPool()->FreeTaskList(list); }
+
+bool RkTaskSchedularImpl::InsertTaskAfter(RkTask* newTask, RkTask* existing) {
+  if (newTask == nullptr || existing == nullptr) return false;
+  const Owners owners = FindOwners(TaskName(TextOrEmpty(existing->GetName())));
+  if (!owners.package) return false;
+  MutexLock registry(registry_mutex);
+  return owners.package->InsertAfter(existing, newTask);
+}
+
+bool RkTaskSchedularImpl::InsertTaskAfterName(RkTask* newTask, const char* existingName) {
+  const auto existing = Ref<RkTaskImpl>::Adopt(ToImpl(FindTask(existingName)));
+  return existing && InsertTaskAfter(newTask, existing.get());
+}
+
+uint64_t RkTaskSchedularImpl::GetEventCount() {
+  MutexLock registry(registry_mutex);
+  return eventsByName_.size();
+}
+
+}  // namespace temvar
