@@ -1,0 +1,43 @@
+#ifndef EXAMPLES_SUPPORT_TERMINAL_H_
+#define EXAMPLES_SUPPORT_TERMINAL_H_
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+// What the example programs need of the system beyond standard C++. One source file for each
+// system, chosen by CMake: terminal_posix.cpp, terminal_windows.cpp.
+namespace support {
+
+// The arguments of the command line as UTF-8, without the program's own name.
+std::vector<std::string> Utf8Arguments(int argc, char** argv);
+
+// The keyboard and the screen of a program that runs a job. One object at a time.
+//
+// While it lives, keys arrive one by one without Enter, and Ctrl-C is only noted, the first time; a
+// second Ctrl-C ends the process as usual. Input and output may be files or pipes as well: keys are
+// then read from there.
+class Terminal {
+ public:
+  Terminal();
+  ~Terminal();
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  // Whether standard output is a screen, on which a line can be written over.
+  bool HasLiveOutput() const;
+
+  // Waits up to `timeout` for a key. 0 if none came; behind the end of the input it only waits.
+  char WaitForKey(std::chrono::milliseconds timeout);
+
+  // Whether Ctrl-C was pressed.
+  static bool Interrupted();
+
+ private:
+  bool inputOpen_ = true;
+  bool inputIsTerminal_ = false;
+};
+
+}  // namespace support
+
+#endif  // EXAMPLES_SUPPORT_TERMINAL_H_

@@ -1,0 +1,65 @@
+#include <poll.h>
+#include <signal.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "support/terminal.h"
+
+namespace support {
+namespace {
+
+volatile sig_atomic_t interrupted = 0;
+termios savedSettings;
+
+void NoteInterrupt(int) { interrupted = 1; }
+
+// A program in the background must not touch the terminal's settings: the system would stop it.
+bool OwnsTerminal() { return isatty(STDIN_FILENO) && tcgetpgrp(STDIN_FILENO) == getpgrp(); }
+
+}  // namespace
+
+std::vector<std::string> Utf8Arguments(int argc, char** argv) {
+  return std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc);
+}
+
+Terminal::Terminal() {
+  struct sigaction action = {};
+  action.sa_handler = NoteInterrupt;
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  sigaction(SIGINT, &action, nullptr);
+
+  inputIsTerminal_ = OwnsTerminal() && tcgetattr(STDIN_FILENO, &savedSettings) == 0;
+  inputOpen_ = inputIsTerminal_ || !isatty(STDIN_FILENO);
+  if (inputIsTerminal_) {
+    termios settings = savedSettings;
+    settings.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+    tcsetattr(STDIN_FILENO, TCSANOW, &settings);
+  }
+}
+
+Terminal::~Terminal() {
+  if (inputIsTerminal_) tcsetattr(STDIN_FILENO, TCSANOW, &savedSettings);
+}
+
+bool Terminal::HasLiveOutput() const { return isatty(STDOUT_FILENO) != 0; }
+
+char Terminal::WaitForKey(std::chrono::milliseconds timeout) {
+  if (!inputOpen_) {
+    std::this_thread::sleep_for(timeout);
+    return 0;
+  }
+  pollfd input = {STDIN_FILENO, POLLIN, 0};
+  if (poll(&input, 1, static_cast<int>(timeout.count())) <= 0) return 0;
+  char key = 0;
+  if (read(STDIN_FILENO, &key, 1) != 1) {
+    inputOpen_ = false;
+    return 0;
+  }
+  return key;
+}
+
+bool Terminal::Interrupted() { return interrupted != 0; }
+
+}  // namespace support

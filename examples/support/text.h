@@ -1,0 +1,31 @@
+#ifndef EXAMPLES_SUPPORT_TEXT_H_
+#define EXAMPLES_SUPPORT_TEXT_H_
+
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <string>
+
+namespace support {
+
+// Paths and UTF-8, which is what the library and the screen take.
+inline std::filesystem::path PathFromUtf8(const std::string& text) {
+  return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+inline std::string Utf8FromPath(const std::filesystem::path& path) {
+  const std::u8string text = path.generic_u8string();
+  return std::string(text.begin(), text.end());
+}
+
+// A number of bytes for people: "812 B", "3.4 MB".
+std::string FormatBytes(uint64_t bytes);
+
+// The message of what was thrown; empty for null.
+std::string MessageOf(const std::exception_ptr& error);
+
+// `text` in exactly `width` columns, one for each character: padded, or with its front cut off.
+std::string FitColumns(const std::string& text, size_t width);
+
+}  // namespace support
+
+#endif  // EXAMPLES_SUPPORT_TEXT_H_

@@ -1,0 +1,115 @@
+// Start and stop of the pool. Each TEST is a process: the pool lives once.
+#include <gtest/gtest.h>
+#include <temvar/temvar.h>
+
+#include <system_error>
+
+#include "support/host_job.h"
+
+namespace {
+
+using test::BeQuiet;
+using test::Call;
+using test::Eventually;
+using test::Gate;
+using test::LiveBodies;
+using test::MakeFunc;
+using test::MakeTask;
+
+RkTaskPool& Pool() { return *TmvTaskPool(); }
+
+TEST(PoolLife, WithoutWorkersNothingRunsAndStopReleasesIt) {
+  Pool().Start(0);
+  EXPECT_EQ(Pool().GetThreadCount(), 0u);
+  std::atomic<bool> ran{false};
+  for (int i = 0; i < 3; ++i) Pool().AddFunc(MakeFunc([&ran](RkTask*) { ran = true; }).get());
+  BeQuiet();
+  EXPECT_EQ(Pool().GetQueuedCount(), 3u);
+  EXPECT_EQ(LiveBodies(), 3);
+  Pool().Stop();
+  EXPECT_FALSE(ran);
+  EXPECT_EQ(LiveBodies(), 0);
+}
+
+TEST(PoolLife, StopWaitsForRunningFunctionsAndDropsQueuedTasks) {
+  Pool().Start(2);
+  Gate gate;
+  std::atomic<int> returned{0};
+  std::atomic<int> late{0};
+  for (int i = 0; i < 2; ++i) {
+    Pool().AddFunc(MakeFunc([&](RkTask*) {
+                     gate.Wait();
+                     ++returned;
+                   }).get());
+  }
+  gate.WaitForArrivals(2);
+  for (int i = 0; i < 20; ++i) Pool().AddFunc(MakeFunc([&late](RkTask*) { ++late; }).get());
+  {
+    Call stop([] { Pool().Stop(); });
+    BeQuiet();
+    EXPECT_FALSE(stop.IsDone());
+    gate.Open();
+    stop.WaitForReturn();
+  }
+  EXPECT_EQ(returned, 2);
+  EXPECT_EQ(late, 0);
+  EXPECT_EQ(LiveBodies(), 0);
+}
+
+TEST(PoolLife, StopOfAnIdlePoolReturnsSoon) {
+  Pool().Start(3);
+  Eventually([] { return test::IdleWorkers() == 3; });
+  const auto start = std::chrono::steady_clock::now();
+  Pool().Stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+// What comes too late is dropped, not kept: it may be a report of a task that Stop waited for.
+TEST(PoolLife, TasksAddedWhileItStopsNeverRun) {
+  Pool().Start(1);
+  Gate gate;
+  std::atomic<bool> ran{false};
+  Pool().AddFunc(MakeFunc([&](RkTask*) {
+                   gate.Wait();
+                   Pool().AddFunc(MakeFunc([&ran](RkTask*) { ran = true; }).get());
+                 }).get());
+  gate.WaitForArrivals(1);
+  {
+    Call stop([] { Pool().Stop(); });
+    BeQuiet();
+    gate.Open();
+    stop.WaitForReturn();
+  }
+  EXPECT_FALSE(ran);
+  EXPECT_EQ(LiveBodies(), 0);
+}
+
+TEST(PoolLife, StopOfAPoolThatWasNotStartedThrows) {
+  EXPECT_THROW(Pool().Stop(), std::system_error);
+}
+
+TEST(PoolLife, AnEventThatStopCutOffStaysRegistered) {
+  Pool().Start(1);
+  Gate gate;
+  const test::TaskPtr first = MakeTask("first", [&gate](RkTask* task) {
+    gate.Wait();
+    task->ReportState(task, kTaskStateSucceeded);
+  });
+  std::atomic<bool> secondRan{false};
+  const test::TaskPtr second = MakeTask("second", [&secondRan](RkTask*) { secondRan = true; });
+  const test::PackagePtr package = test::MakePackage({first.get(), second.get()});
+  const test::EventPtr event = test::MakeEvent("cut", {package.get()});
+  TmvTaskSchedular()->AddEvent(event.get());
+  gate.WaitForArrivals(1);
+  {
+    Call stop([] { Pool().Stop(); });
+    BeQuiet();
+    gate.Open();
+    stop.WaitForReturn();
+  }
+  EXPECT_FALSE(secondRan);
+  EXPECT_EQ(first->GetState(), kTaskStateSucceeded);
+  EXPECT_EQ(TmvTaskSchedular()->GetEventCount(), 1u);
+}
+
+}  // namespace

@@ -1,0 +1,209 @@
+// Look-ups in the registry and edits of packages. Nothing runs unless a test starts the pool.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <temvar/temvar.h>
+
+#include "support/host_job.h"
+
+namespace {
+
+using test::EventPtr;
+using test::Eventually;
+using test::Gate;
+using test::ListPtr;
+using test::Log;
+using test::MakeEvent;
+using test::MakePackage;
+using test::MakeTask;
+using test::NamesOf;
+using test::PackagePtr;
+using test::RunningPool;
+using test::TaskPtr;
+using ::testing::ElementsAre;
+
+RkTaskSchedular& Schedular() { return *TmvTaskSchedular(); }
+
+RkTask* AsTask(RkTaskPackage* package) { return package; }
+
+// Two events: "b" with the tasks b1, both | b2, and "a" with a1 | (a2, (deep), a3), both.
+class Queries : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (const EventPtr* event : {&b_, &a_}) Schedular().RegisterEvent(event->get());
+  }
+  void TearDown() override {
+    for (const char* name : {"a", "b"}) Schedular().RemoveEvent(name);
+    EXPECT_EQ(Schedular().GetEventCount(), 0u);
+  }
+
+  TaskPtr bBoth_ = MakeTask("both");
+  TaskPtr aBoth_ = MakeTask("both");
+  TaskPtr a1_ = MakeTask("a1");
+  TaskPtr deep_ = MakeTask("deep");
+  PackagePtr inner_ = MakePackage({deep_.get()});
+  PackagePtr b1_ = MakePackage({MakeTask("b1").get(), bBoth_.get()});
+  PackagePtr b2_ = MakePackage({MakeTask("b2").get()});
+  PackagePtr first_ = MakePackage({a1_.get()});
+  PackagePtr second_ =
+      MakePackage({MakeTask("a2").get(), AsTask(inner_.get()), MakeTask("a3").get(), aBoth_.get()});
+  EventPtr a_ = MakeEvent("a", {first_.get(), second_.get()});
+  EventPtr b_ = MakeEvent("b", {b1_.get(), b2_.get()});
+};
+
+TEST_F(Queries, NamesFindTheFirstTaskInTheOrderOfTheRegistry) {
+  EXPECT_EQ(Schedular().GetEventCount(), 2u);
+  EXPECT_EQ(TaskPtr(Schedular().FindTask("both")).get(), aBoth_.get());
+  EXPECT_EQ(TaskPtr(Schedular().FindEventOfTask("both")).get(), a_.get());
+  EXPECT_EQ(TaskPtr(Schedular().FindEventOfTask("b1")).get(), b_.get());
+  EXPECT_EQ(PackagePtr(Schedular().FindPackageOfTask("b2")).get(), b2_.get());
+
+  EXPECT_EQ(TaskPtr(Schedular().FindTask("deep")).get(), deep_.get());
+  EXPECT_EQ(TaskPtr(Schedular().FindEventOfTask("deep")).get(), a_.get());
+  EXPECT_EQ(PackagePtr(Schedular().FindPackageOfTask("deep")).get(), second_.get());
+}
+
+TEST_F(Queries, OnlyPlainTasksAreFoundByName) {
+  first_->SetName("package");
+  inner_->SetName("nested");
+  for (const char* name : {"package", "nested", "a", "b", "", "A1", "a11", "a"}) {
+    EXPECT_EQ(TaskPtr(Schedular().FindTask(name)), nullptr) << name;
+    EXPECT_EQ(TaskPtr(Schedular().FindEventOfTask(name)), nullptr) << name;
+    EXPECT_EQ(PackagePtr(Schedular().FindPackageOfTask(name)), nullptr) << name;
+  }
+  EXPECT_EQ(TaskPtr(Schedular().FindEvent("a")).get(), a_.get());
+  EXPECT_EQ(TaskPtr(Schedular().FindEvent("a1")), nullptr);
+}
+
+TEST_F(Queries, PackagesAreFoundIfAnEventListsThemDirectly) {
+  EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(second_.get())).get(), a_.get());
+  EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(b2_.get())).get(), b_.get());
+  EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(inner_.get())), nullptr);
+  EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(a1_.get())), nullptr);
+}
+
+TEST_F(Queries, NullsFindNothing) {
+  EXPECT_EQ(Schedular().FindTask(nullptr), nullptr);
+  EXPECT_EQ(Schedular().FindEvent(nullptr), nullptr);
+  EXPECT_EQ(Schedular().FindEventOfTask(nullptr), nullptr);
+  EXPECT_EQ(Schedular().FindEventOfPackage(nullptr), nullptr);
+  EXPECT_EQ(Schedular().FindPackageOfTask(nullptr), nullptr);
+  EXPECT_FALSE(Schedular().IsTaskCancelled(nullptr));
+  EXPECT_FALSE(Schedular().CancelEventOfTask(nullptr));
+  EXPECT_FALSE(Schedular().InsertTaskAfterName(a1_.get(), nullptr));
+  EXPECT_FALSE(Schedular().InsertTaskAfter(a1_.get(), nullptr));
+  Schedular().FreeTaskList(nullptr);
+  Schedular().PauseEvent(nullptr);
+  Schedular().ResumeEvent(nullptr);
+  Schedular().CancelEvent(nullptr);
+  Schedular().RemoveEvent(nullptr);
+  EXPECT_EQ(Schedular().GetEventCount(), 2u);
+}
+
+TEST_F(Queries, RemovalForgetsTheEventAtOnce) {
+  Schedular().RemoveEvent("none");
+  EXPECT_EQ(Schedular().GetEventCount(), 2u);
+  Schedular().RemoveEvent("a");
+  EXPECT_EQ(Schedular().GetEventCount(), 1u);
+  EXPECT_EQ(TaskPtr(Schedular().FindEvent("a")), nullptr);
+  EXPECT_EQ(TaskPtr(Schedular().FindTask("both")).get(), bBoth_.get());
+}
+
+TEST_F(Queries, TheListOfCurrentTasksHoldsOneForEachPackage) {
+  const EventPtr bare = MakeEvent("bare", {});
+  EXPECT_EQ(Schedular().ListCurrentTasks(bare.get()), nullptr);
+  ListPtr list(Schedular().ListCurrentTasks(a_.get()));
+  EXPECT_THAT(NamesOf(list.get()), ElementsAre("a1", "a2"));
+  list.reset(Schedular().ListCurrentTasks(b_.get()));
+  EXPECT_THAT(NamesOf(list.get()), ElementsAre("b1", "b2"));
+}
+
+TEST_F(Queries, InsertionTakesPlaceBehindADirectChildAlone) {
+  const TaskPtr fresh = MakeTask("fresh");
+  EXPECT_TRUE(Schedular().InsertTaskAfter(fresh.get(), a1_.get()));
+  EXPECT_EQ(first_->GetCount(), 2u);
+  EXPECT_EQ(TaskPtr(first_->GetLast()).get(), fresh.get());
+  EXPECT_TRUE(Schedular().InsertTaskAfterName(MakeTask("third").get(), "fresh"));
+  EXPECT_STREQ(TaskPtr(first_->GetLast())->GetName(), "third");
+  EXPECT_TRUE(Schedular().InsertTaskAfterName(MakeTask("second").get(), "a1"));
+  EXPECT_STREQ(TaskPtr(first_->GetNext())->GetName(), "second");
+
+  // In a nested package, in no event, and of a name that finds another task.
+  EXPECT_FALSE(Schedular().InsertTaskAfter(fresh.get(), deep_.get()));
+  EXPECT_FALSE(Schedular().InsertTaskAfterName(fresh.get(), "deep"));
+  EXPECT_FALSE(Schedular().InsertTaskAfter(fresh.get(), MakeTask("stray").get()));
+  EXPECT_FALSE(Schedular().InsertTaskAfterName(fresh.get(), "stray"));
+  EXPECT_FALSE(Schedular().InsertTaskAfter(fresh.get(), bBoth_.get()));
+  EXPECT_EQ(first_->GetCount(), 4u);
+}
+
+TEST(Registry, OrdersNamesByTheirBytes) {
+  const TaskPtr early = MakeTask("same");
+  const TaskPtr middle = MakeTask("same");
+  const TaskPtr late = MakeTask("same");
+  const PackagePtr p1 = MakePackage({early.get()});
+  const PackagePtr p2 = MakePackage({middle.get()});
+  const PackagePtr p3 = MakePackage({late.get()});
+  const EventPtr e1 = MakeEvent("e", {p1.get()});
+  const EventPtr e2 = MakeEvent("e ", {p2.get()});
+  const EventPtr e3 = MakeEvent("\xC3\xA9", {p3.get()});
+  for (const EventPtr* event : {&e3, &e2, &e1}) Schedular().RegisterEvent(event->get());
+  const struct {
+    RkTask* task;
+    const char* event;
+  } kOrder[] = {{early.get(), "e"}, {middle.get(), "e "}, {late.get(), "\xC3\xA9"}};
+  for (const auto& row : kOrder) {
+    EXPECT_EQ(TaskPtr(Schedular().FindTask("same")).get(), row.task);
+    Schedular().RemoveEvent(row.event);
+  }
+}
+
+// A task that is inserted behind the one in progress runs next; behind the last one it runs too.
+TEST(Insertion, TakesEffectWhileThePackageRuns) {
+  RunningPool pool(2);
+  Log log;
+  const auto note = [&log](RkTask* task) {
+    log.Add(task->GetName());
+    task->ReportState(task, kTaskStateSucceeded);
+  };
+  Gate gate;
+  const TaskPtr first = MakeTask("first", [&](RkTask* task) {
+    gate.Wait();
+    note(task);
+  });
+  const TaskPtr last = MakeTask("last", note);
+  const PackagePtr package = MakePackage({first.get(), last.get()});
+  const EventPtr event = MakeEvent("event", {package.get()}, note);
+  Schedular().AddEvent(event.get());
+  gate.WaitForArrivals(1);
+  EXPECT_TRUE(Schedular().InsertTaskAfter(MakeTask("next", note).get(), first.get()));
+  EXPECT_TRUE(Schedular().InsertTaskAfterName(MakeTask("behind", note).get(), "last"));
+  ListPtr list(Schedular().ListCurrentTasks(event.get()));
+  EXPECT_THAT(NamesOf(list.get()), ElementsAre("first"));
+  gate.Open();
+  log.WaitFor("event");
+  EXPECT_THAT(log.Entries(), ElementsAre("first", "next", "last", "behind", "event"));
+  list.reset(Schedular().ListCurrentTasks(event.get()));
+  EXPECT_THAT(NamesOf(list.get()), ElementsAre("behind"));
+}
+
+TEST(Registry, ARemovedEventsReportsFindNothing) {
+  RunningPool pool(1);
+  Gate gate;
+  const TaskPtr task = MakeTask("task", [&gate](RkTask* self) {
+    gate.Wait();
+    self->ReportState(self, kTaskStateSucceeded);
+  });
+  std::atomic<bool> nextRan{false};
+  const TaskPtr next = MakeTask("next", [&nextRan](RkTask*) { nextRan = true; });
+  const PackagePtr package = MakePackage({task.get(), next.get()});
+  const EventPtr event = MakeEvent("event", {package.get()});
+  Schedular().AddEvent(event.get());
+  gate.WaitForArrivals(1);
+  Schedular().RemoveEvent("event");
+  gate.Open();
+  Eventually([] { return test::IdleWorkers() == 1; });
+  EXPECT_EQ(task->GetState(), kTaskStateActive);
+  EXPECT_FALSE(nextRan);
+}
+
+}  // namespace

@@ -1,0 +1,221 @@
+// The passive records of a job: tasks, their holders, packages and events.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <temvar/temvar.h>
+
+#include <limits>
+
+#include "support/host_job.h"
+
+namespace {
+
+using test::DataPtr;
+using test::EventPtr;
+using test::FuncPtr;
+using test::MakePackage;
+using test::MakeTask;
+using test::PackagePtr;
+using test::TaskPtr;
+
+void CountRelease(void* payload) {
+  if (payload != nullptr) ++*static_cast<int*>(payload);
+}
+
+DataPtr MakeData(int* released) {
+  DataPtr data(CreateRkTaskData());
+  data->SetPayload(released);
+  data->SetReleaser(CountRelease);
+  return data;
+}
+
+TEST(Task, NullsDoNothing) {
+  EXPECT_EQ(DuplicateRkTask(nullptr), nullptr);
+  DestroyRkTask(nullptr);
+  DuplicateRkTaskData(nullptr);
+  DestroyRkTaskData(nullptr);
+  DuplicateRkTaskFunc(nullptr);
+  DestroyRkTaskFunc(nullptr);
+}
+
+TEST(Task, IsNewWithItsDefaults) {
+  const TaskPtr task(CreateRkTask());
+  EXPECT_EQ(task->GetType(), kTaskTypePlain);
+  EXPECT_EQ(task->GetState(), kTaskStateCreated);
+  EXPECT_STREQ(task->GetName(), "0");
+  EXPECT_EQ(task->GetFunc(), nullptr);
+  EXPECT_EQ(task->GetData(), nullptr);
+
+  const EventPtr event(CreateRkTaskEvent());
+  EXPECT_EQ(event->GetType(), kTaskTypeEvent);
+  EXPECT_EQ(event->GetState(), kTaskStateCreated);
+  EXPECT_STREQ(event->GetName(), "0");
+  EXPECT_NE(event->GetFunc(), nullptr);
+
+  const PackagePtr package(CreateRkTaskPackage());
+  EXPECT_EQ(package->GetType(), kTaskTypePackage);
+  EXPECT_EQ(package->GetState(), kTaskStateCreated);
+  EXPECT_NE(package->GetFunc(), nullptr);
+}
+
+TEST(Task, TakesNamesAsTextAndAsNumbers) {
+  const TaskPtr task(CreateRkTask());
+  const struct {
+    int64_t number;
+    const char* name;
+  } kNumbers[] = {{0, "0"},
+                  {-12, "-12"},
+                  {std::numeric_limits<int64_t>::max(), "9223372036854775807"},
+                  {std::numeric_limits<int64_t>::min(), "-9223372036854775808"}};
+  for (const auto& row : kNumbers) {
+    task->SetNameNumber(row.number);
+    EXPECT_STREQ(task->GetName(), row.name);
+  }
+  task->SetName("a longer name than any that fits into the object itself");
+  EXPECT_STREQ(task->GetName(), "a longer name than any that fits into the object itself");
+  task->SetName(task->GetName());
+  EXPECT_STREQ(task->GetName(), "a longer name than any that fits into the object itself");
+  task->SetName("");
+  EXPECT_STREQ(task->GetName(), "");
+}
+
+TEST(Task, HoldersLiveAsLongAsSomebodyHoldsThem) {
+  int released = 0;
+  {
+    DataPtr data = MakeData(&released);
+    TaskPtr task(CreateRkTask());
+    task->SetData(data.get());
+    EXPECT_EQ(task->GetData(), data.get());
+    data.reset();
+    EXPECT_EQ(released, 0);
+
+    const DataPtr other(CreateRkTaskData());
+    task->SetData(other.get());
+    EXPECT_EQ(released, 1);
+    task->SetData(nullptr);
+    EXPECT_EQ(task->GetData(), nullptr);
+
+    FuncPtr func(CreateRkTaskFunc());
+    func->Bind(
+        &released, [](RkTask*, RkTaskData*) {}, CountRelease);
+    EXPECT_EQ(func->GetData()->GetPayload(), &released);
+    task->SetFunc(func.get());
+    func.reset();
+    EXPECT_NE(task->GetFunc(), nullptr);
+    // Two more references on the task itself, and the third drop frees it.
+    RkTask* const raw = task.get();
+    EXPECT_EQ(DuplicateRkTask(raw), raw);
+    EXPECT_EQ(DuplicateRkTask(raw), raw);
+    DestroyRkTask(raw);
+    DestroyRkTask(raw);
+    EXPECT_EQ(released, 1);
+  }
+  EXPECT_EQ(released, 2);
+}
+
+TEST(Task, OneDataServesSeveralFunctions) {
+  int released = 0;
+  DataPtr data = MakeData(&released);
+  FuncPtr first(CreateRkTaskFunc());
+  FuncPtr second(CreateRkTaskFunc());
+  EXPECT_EQ(first->GetCallback(), nullptr);
+  EXPECT_EQ(first->GetData(), nullptr);
+  const RkTaskCallback callback = [](RkTask*, RkTaskData*) {};
+  first->SetCallback(callback, data.get());
+  second->SetCallback(callback, data.get());
+  EXPECT_EQ(first->GetCallback(), callback);
+  EXPECT_EQ(second->GetData(), data.get());
+  data.reset();
+  first.reset();
+  EXPECT_EQ(released, 0);
+  second.reset();
+  EXPECT_EQ(released, 1);
+}
+
+TEST(Task, AReleaserIsCalledForANullPayloadToo) {
+  static int calls = 0;
+  const auto count = [](void* payload) {
+    EXPECT_EQ(payload, nullptr);
+    ++calls;
+  };
+  DataPtr data(CreateRkTaskData());
+  data->SetReleaser(count);
+  DuplicateRkTaskData(data.get());
+  DestroyRkTaskData(data.get());
+  EXPECT_EQ(calls, 0);
+  data.reset();
+  EXPECT_EQ(calls, 1);
+}
+
+TEST(TaskPackage, GivesItsChildrenWithReferences) {
+  const PackagePtr package(CreateRkTaskPackage());
+  EXPECT_EQ(package->GetCount(), 0u);
+  EXPECT_EQ(package->GetFirst(), nullptr);
+  EXPECT_EQ(package->GetLast(), nullptr);
+  EXPECT_EQ(package->GetPrevious(), nullptr);
+  EXPECT_EQ(package->GetNext(), nullptr);
+  EXPECT_EQ(package->GetCurrentIndex(), 0u);
+
+  for (const char* name : {"b", "d"}) package->AddTask(MakeTask(name).get());
+  package->InsertTask(MakeTask("a").get(), 0);
+  package->InsertTask(MakeTask("c").get(), 2);
+  package->InsertTask(MakeTask("e").get(), 4);
+  EXPECT_EQ(package->GetCount(), 5u);
+  EXPECT_STREQ(TaskPtr(package->GetFirst())->GetName(), "a");
+  EXPECT_STREQ(TaskPtr(package->GetNext())->GetName(), "b");
+  EXPECT_STREQ(TaskPtr(package->GetLast())->GetName(), "e");
+  EXPECT_EQ(package->GetPrevious(), nullptr);
+  EXPECT_EQ(package->GetCurrentIndex(), 0u);
+}
+
+TEST(TaskPackage, AChildOutlivesItsPackageWithAReferenceOfItsOwn) {
+  TaskPtr child;
+  {
+    const PackagePtr package = MakePackage(
+        {MakeTask("kept", [](RkTask*) {}).get(), MakeTask("lost", [](RkTask*) {}).get()});
+    child.reset(package->GetFirst());
+    EXPECT_EQ(test::LiveBodies(), 2);
+  }
+  EXPECT_EQ(test::LiveBodies(), 1);
+  EXPECT_STREQ(child->GetName(), "kept");
+  child.reset();
+  EXPECT_EQ(test::LiveBodies(), 0);
+}
+
+// An event and a package are freed through the pointer to their task, with all below them.
+TEST(TaskEvent, ReleasesItsWholeTree) {
+  {
+    PackagePtr inner = MakePackage({MakeTask("leaf", [](RkTask*) {}).get()});
+    PackagePtr outer = MakePackage({MakeTask("first", [](RkTask*) {}).get(), inner.get()});
+    EXPECT_EQ(outer->GetCount(), 2u);
+    TaskPtr event(test::MakeEvent("e", {outer.get()}, [](RkTask*) {}).release());
+    inner.reset();
+    outer.reset();
+    EXPECT_EQ(test::LiveBodies(), 3);
+  }
+  EXPECT_EQ(test::LiveBodies(), 0);
+}
+
+TEST(TaskPackage, ChangesFromManyThreadsLoseNothing) {
+  constexpr int kThreads = 4;
+  constexpr int kEach = 500;
+  const PackagePtr package(CreateRkTaskPackage());
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&package, i] {
+      for (int n = 0; n < kEach; ++n) {
+        const TaskPtr task = MakeTask("t");
+        if (i % 2 == 0) {
+          package->AddTask(task.get());
+        } else {
+          package->InsertTask(task.get(), 0);
+        }
+        const TaskPtr last(package->GetLast());
+        EXPECT_STREQ(last->GetName(), "t");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(package->GetCount(), static_cast<uint32_t>(kThreads * kEach));
+}
+
+}  // namespace
