@@ -7,7 +7,7 @@ target_compile_options(temvar_compile_options INTERFACE
   -Wcast-align -Wcast-qual -Wformat=2 -Wimplicit-fallthrough -Wundef)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(temvar_compile_options INTERFACE
-    -Wduplicated-cond -Wlogical-op -Wuseless-cast)
+    -Wduplicated-cond -Wlogical-op)
 elseif(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   target_compile_options(temvar_compile_options INTERFACE -Wthread-safety)
 endif()

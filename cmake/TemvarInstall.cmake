@@ -48,20 +48,8 @@ install(FILES
   "${PROJECT_SOURCE_DIR}/docs/licences.md"
   DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 
-# A Windows program finds its libraries beside itself, so those that the compiler and the
-# dependencies bring travel with libTemvar.dll. A toolchain adds its own to TEMVAR_RUNTIME_DLLS.
-if(MINGW)
-  set(runtime_dlls "${TEMVAR_RUNTIME_DLLS}")
-  foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libgcc_s_dw2-1.dll libwinpthread-1.dll)
-    execute_process(
-      COMMAND "${CMAKE_CXX_COMPILER}" "-print-file-name=${name}"
-      OUTPUT_VARIABLE found OUTPUT_STRIP_TRAILING_WHITESPACE)
-    if(IS_ABSOLUTE "${found}" AND EXISTS "${found}")
-      list(APPEND runtime_dlls "${found}")
-    endif()
-  endforeach()
-  list(REMOVE_DUPLICATES runtime_dlls)
-  install(FILES ${runtime_dlls} DESTINATION "${CMAKE_INSTALL_BINDIR}")
+if(TEMVAR_RUNTIME_DLLS)
+  install(FILES ${TEMVAR_RUNTIME_DLLS} DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endif()
 
 # A host that takes this project in by add_subdirectory makes its own packages.
