@@ -1,0 +1,134 @@
+// A fresh folder for each test that touches files, in three kinds of place: a plain one, one with
+// Greek, CJK and an emoji in its name, and one whose path is longer than 260 characters.
+//
+//   using SettingsFileTest = temvar_test::WorkFolderTest;
+//   TEMVAR_IN_EVERY_PLACE(SettingsFileTest);
+//
+//   TEST_P(SettingsFileTest, KeepsWhatItWasGiven) {
+//     PutFile("old.json", "{}");                        // Makes a file; parents must exist.
+//     store->Load(Path("old.json").c_str());            // UTF-8 path of a name in the folder.
+//     EXPECT_EQ(GetFile("old.json"), "{}");
+//   }
+//
+// The folder goes with everything in it when the test ends. What can't be removed fails the test:
+// on Windows that is a file somebody forgot to close. A test that needs one kind of place only
+// makes a WorkFolder of its own.
+#ifndef TEMVAR_TESTS_SUPPORT_WORK_FOLDER_H_
+#define TEMVAR_TESTS_SUPPORT_WORK_FOLDER_H_
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace temvar_test {
+
+enum class FolderKind { kPlain, kInternational, kLong };
+
+// Between file-system paths and the UTF-8 text that the library takes.
+inline std::string Utf8(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return std::string(text.begin(), text.end());
+}
+inline std::filesystem::path FromUtf8(std::string_view text) {
+  return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+
+class WorkFolder {
+ public:
+  explicit WorkFolder(FolderKind kind = FolderKind::kPlain) : top_(NewTopName()), folder_(top_) {
+    if (kind == FolderKind::kInternational) folder_ /= u8"Ελληνικά 漢字かな 😀";
+    while (kind == FolderKind::kLong && folder_.u16string().size() <= 280) {
+      folder_ /= "one of the folders of a long path";
+    }
+    std::filesystem::create_directories(folder_);
+  }
+  WorkFolder(const WorkFolder&) = delete;
+  WorkFolder& operator=(const WorkFolder&) = delete;
+
+  ~WorkFolder() {
+    std::error_code error;
+    std::filesystem::remove_all(top_, error);
+    EXPECT_FALSE(error) << "can't remove " << Utf8(top_) << ": " << error.message();
+  }
+
+  const std::filesystem::path& path() const { return folder_; }
+
+ private:
+  static std::filesystem::path NewTopName() {
+    std::random_device random;
+    std::ostringstream name;
+    name << "temvar-test-" << std::hex << random() << random();
+    return std::filesystem::temp_directory_path() / name.str();
+  }
+
+  const std::filesystem::path top_;
+  std::filesystem::path folder_;
+};
+
+// The fixture. Everything takes names below the folder in UTF-8, with `/` between them.
+class WorkFolderTest : public testing::TestWithParam<FolderKind> {
+ protected:
+  const std::filesystem::path& Folder() const { return folder_.path(); }
+
+  std::filesystem::path FilePath(std::string_view name) const {
+    if (name.empty()) return Folder();
+    return (Folder() / FromUtf8(name)).make_preferred();
+  }
+
+  // The UTF-8 path of `name`, with the separators of the system; of the folder if it is empty.
+  std::string Path(std::string_view name = {}) const { return Utf8(FilePath(name)); }
+
+  void PutFile(std::string_view name, std::string_view bytes) const {
+    std::ofstream stream(FilePath(name), std::ios::binary | std::ios::trunc);
+    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    stream.close();
+    ASSERT_TRUE(stream) << "can't write " << name;
+  }
+
+  std::string GetFile(std::string_view name) const {
+    std::ifstream stream(FilePath(name), std::ios::binary);
+    EXPECT_TRUE(stream) << "can't read " << name;
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  }
+
+  void MakeFolder(std::string_view name) const {
+    std::filesystem::create_directories(FilePath(name));
+  }
+
+  bool Exists(std::string_view name) const {
+    return std::filesystem::exists(std::filesystem::symlink_status(FilePath(name)));
+  }
+
+ private:
+  const WorkFolder folder_{GetParam()};
+};
+
+inline std::string NameOfFolderKind(const testing::TestParamInfo<FolderKind>& info) {
+  switch (info.param) {
+    case FolderKind::kPlain:
+      return "Plain";
+    case FolderKind::kInternational:
+      return "International";
+    default:
+      return "Long";
+  }
+}
+
+}  // namespace temvar_test
+
+// Runs each TEST_P of `suite`, a class that derives from WorkFolderTest, in every kind of place.
+#define TEMVAR_IN_EVERY_PLACE(suite)                                                            \
+  INSTANTIATE_TEST_SUITE_P(                                                                     \
+      InEveryPlace, suite,                                                                      \
+      testing::Values(temvar_test::FolderKind::kPlain, temvar_test::FolderKind::kInternational, \
+                      temvar_test::FolderKind::kLong),                                          \
+      temvar_test::NameOfFolderKind)
+
+#endif  // TEMVAR_TESTS_SUPPORT_WORK_FOLDER_H_
