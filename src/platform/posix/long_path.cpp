@@ -1,0 +1,9 @@
+#include "platform/long_path.h"
+
+namespace temvar {
+
+TmvWideChar* NewLongPath(const TmvWideChar* /*path*/) { return nullptr; }
+
+TmvWideChar* NewShellPath(const TmvWideChar* /*path*/) { return nullptr; }
+
+}  // namespace temvar

@@ -1,0 +1,61 @@
+#include "platform/long_path.h"
+
+#include <cstdlib>
+#include <cwchar>
+#include <new>
+#include <string>
+
+#include "platform/win32.h"
+
+namespace temvar {
+namespace {
+
+// From this length on some function refuses a path: CreateDirectoryW leaves room for a short name.
+constexpr size_t kShortLimit = MAX_PATH - 12;
+
+bool IsSeparator(wchar_t unit) { return unit == L'\\' || unit == L'/'; }
+
+// `C:\` or `\\server` or `\\?\`.
+bool IsAbsolute(const wchar_t* path) {
+  if (IsSeparator(path[0])) return IsSeparator(path[1]);
+  return path[0] != L'\0' && path[1] == L':' && IsSeparator(path[2]);
+}
+
+// The absolute form of a path; empty if the system can't tell.
+std::wstring FullPath(const wchar_t* path) {
+  std::wstring full(GetFullPathNameW(path, 0, nullptr, nullptr), L'\0');
+  if (full.empty()) return full;
+  const DWORD length =
+      GetFullPathNameW(path, static_cast<DWORD>(full.size()), full.data(), nullptr);
+  // Another thread can have changed the current directory in between; the path is then left alone.
+  full.resize(length < full.size() ? length : 0);
+  return full;
+}
+
+wchar_t* NewBlock(const std::wstring& text) {
+  // Two NUL units, which make it a list of one path for the shell.
+  auto* const block = static_cast<wchar_t*>(std::calloc(text.size() + 2, sizeof(wchar_t)));
+  if (block == nullptr) throw std::bad_alloc();
+  text.copy(block, text.size());
+  return block;
+}
+
+}  // namespace
+
+TmvWideChar* NewLongPath(const TmvWideChar* path) {
+  if (*path == L'\0') return nullptr;
+  if (IsAbsolute(path) && std::wcslen(path) < kShortLimit) return nullptr;
+  const std::wstring full = FullPath(path);
+  if (full.size() < kShortLimit) return nullptr;
+  if (full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\")) return nullptr;
+  if (full.starts_with(L"\\\\")) return NewBlock(L"\\\\?\\UNC" + full.substr(1));
+  return NewBlock(L"\\\\?\\" + full);
+}
+
+TmvWideChar* NewShellPath(const TmvWideChar* path) {
+  if (*path == L'\0' || IsAbsolute(path)) return nullptr;
+  const std::wstring full = FullPath(path);
+  return full.empty() ? nullptr : NewBlock(full);
+}
+
+}  // namespace temvar
