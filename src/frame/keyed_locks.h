@@ -13,10 +13,16 @@
 
 namespace temvar {
 
-// Invariant: while a thread holds or waits for a key, the key's entry stands in the table. The
-// entry's use count tells who needs it: one for the table, and one for each thread inside Lock or
-// Unlock.
-using LockTable = std::map<uintptr_t, std::shared_ptr<std::mutex>>;
+// The mutex of one key. `users` counts the threads that hold it or wait for it; lock_table_guard
+// guards the count. The use count of the shared pointer would not do: a thread that is about to
+// leave Unlock still has a copy, and the next one's Unlock would leave the entry behind for good.
+struct KeyedMutex {
+  std::mutex mutex;
+  uint32_t users = 0;
+};
+
+// Invariant: an entry stands in the table exactly while its key has users.
+using LockTable = std::map<uintptr_t, std::shared_ptr<KeyedMutex>>;
 
 extern LockTable& lock_table;
 extern Mutex& lock_table_guard;

@@ -1,0 +1,69 @@
+#include "frame/keyed_locks.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "support/gate.h"
+
+namespace temvar {
+namespace {
+
+using temvar_tests::Gate;
+using temvar_tests::LetOthersRun;
+
+size_t TableSize() {
+  MutexLock lock(lock_table_guard);
+  return lock_table.size();
+}
+
+TEST(KeyedLocks, LeaveNothingBehind) {
+  int object = 0;
+  for (void* key : {static_cast<void*>(&object), static_cast<void*>(nullptr)}) {
+    TmvLock()->Lock(key);
+    EXPECT_EQ(TableSize(), 1u);
+    TmvLock()->Unlock(key);
+    EXPECT_EQ(TableSize(), 0u);
+  }
+}
+
+TEST(KeyedLocks, ExcludeEachOtherOnOneKeyOnly) {
+  int first = 0;
+  int second = 0;
+  TmvLock()->Lock(&first);
+  TmvLock()->Lock(&second);
+  TmvLock()->Unlock(&second);
+
+  Gate entered;
+  std::thread waiter([&] {
+    TmvLock()->Lock(&first);
+    entered.Open();
+    TmvLock()->Unlock(&first);
+  });
+  LetOthersRun();
+  EXPECT_FALSE(entered.IsOpen());
+  TmvLock()->Unlock(&first);
+  EXPECT_TRUE(entered.Wait());
+  waiter.join();
+  EXPECT_EQ(TableSize(), 0u);
+}
+
+TEST(KeyedLocks, CountCorrectlyUnderContention) {
+  int counter = 0;
+  auto work = [&counter] {
+    for (int i = 0; i < 20000; ++i) {
+      const KeyedLock lock(&counter);
+      ++counter;
+    }
+  };
+  std::thread first(work);
+  std::thread second(work);
+  work();
+  first.join();
+  second.join();
+  EXPECT_EQ(counter, 60000);
+  EXPECT_EQ(TableSize(), 0u);
+}
+
+}  // namespace
+}  // namespace temvar

@@ -1,0 +1,142 @@
+// Sweeps, searches and counters of events, and the list of a package.
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "support/task_tree.h"
+
+namespace temvar {
+namespace {
+
+using temvar_tests::MakeEvent;
+using temvar_tests::MakePackage;
+using temvar_tests::MakeTask;
+
+std::string Names(const TaskRefs& tasks) {
+  std::string names;
+  for (const Ref<RkTaskImpl>& task : tasks) names += task->Name();
+  return names;
+}
+
+std::string TakeName(RkTask* task) {
+  const auto owned = Ref<RkTaskImpl>::Adopt(ToImpl(task));
+  return owned ? owned->Name() : "";
+}
+
+class TaskTree : public testing::Test {
+ protected:
+  Ref<RkTaskImpl> a = MakeTask("a", kTaskStateActive);
+  Ref<RkTaskImpl> b = MakeTask("b", kTaskStateCreated);
+  Ref<RkTaskImpl> c = MakeTask("c", kTaskStateActive);
+  Ref<RkTaskImpl> d = MakeTask("d", kTaskStateSucceeded);
+  Ref<RkTaskImpl> sameName = MakeTask("b", kTaskStateActive);
+  Ref<RkTaskPackageImpl> nested = MakePackage({b.get(), c.get()});
+  Ref<RkTaskPackageImpl> first = MakePackage({a.get(), nested.get(), d.get()});
+  Ref<RkTaskPackageImpl> second = MakePackage({sameName.get()});
+  Ref<RkTaskEventImpl> event = MakeEvent("e", {first.get(), second.get()});
+};
+
+TEST_F(TaskTree, SweepMovesTheLeavesOfOneStateDepthFirst) {
+  nested->SetName("nested");
+  nested->SetState(kTaskStateActive);
+  TaskRefs swept;
+  RkTaskEventImpl::SweepTasks(first.get(), kTaskStateActive, kTaskStatePaused, swept);
+  EXPECT_EQ(Names(swept), "ac");
+  EXPECT_EQ(a->State(), kTaskStatePaused);
+  EXPECT_EQ(b->State(), kTaskStateCreated);
+  EXPECT_EQ(c->State(), kTaskStatePaused);
+  EXPECT_EQ(d->State(), kTaskStateSucceeded);
+  EXPECT_EQ(nested->State(), kTaskStateActive);
+  EXPECT_EQ(sameName->State(), kTaskStateActive);
+}
+
+TEST_F(TaskTree, SearchGivesTheFirstLeafInOrderAndNoContainer) {
+  nested->SetName("nested");
+  event->SetName("e");
+  EXPECT_EQ(event->FindTask(TaskName("b")), b.get());
+  EXPECT_EQ(event->FindTask(TaskName("d")), d.get());
+  EXPECT_EQ(RkTaskEventImpl::FindInPackage(second.get(), TaskName("b")), sameName.get());
+  for (const char* missing : {"nested", "e", "aa", "", "A"}) {
+    EXPECT_EQ(event->FindTask(TaskName(missing)), nullptr) << missing;
+  }
+  c->SetName("renamed");
+  EXPECT_EQ(event->FindTask(TaskName("renamed")), c.get());
+}
+
+TEST_F(TaskTree, NullEntriesAreHarmless) {
+  first->AddTask(nullptr);
+  event->AddPackage(nullptr);
+  TaskRefs swept;
+  for (const auto& package : event->Packages()) {
+    RkTaskEventImpl::SweepTasks(package.get(), kTaskStateActive, kTaskStatePaused, swept);
+  }
+  EXPECT_EQ(Names(swept), "acb");
+  EXPECT_EQ(event->FindTask(TaskName("x")), nullptr);
+}
+
+TEST_F(TaskTree, FinishedPackagesResetOnlyWhenComplete) {
+  EXPECT_FALSE(event->ResetFinishedIfEqual(2));
+  event->AddFinishedPackage();
+  EXPECT_FALSE(event->ResetFinishedIfEqual(2));
+  event->AddFinishedPackage();
+  EXPECT_TRUE(event->ResetFinishedIfEqual(2));
+  EXPECT_TRUE(event->ResetFinishedIfEqual(0));
+}
+
+TEST_F(TaskTree, PausedTasksGiveBackOneReference) {
+  event->pausedTasks = {a, c, a};
+  EXPECT_FALSE(event->RemovePausedTask(b.get()));
+  EXPECT_TRUE(event->RemovePausedTask(a.get()));
+  EXPECT_EQ(Names(event->pausedTasks), "ca");
+}
+
+TEST_F(TaskTree, PackageKeepsItsOrderAndPosition) {
+  EXPECT_EQ(TakeName(first->GetFirst()), "a");
+  EXPECT_EQ(TakeName(first->GetLast()), "d");
+  EXPECT_EQ(first->GetCount(), 3u);
+  EXPECT_EQ(first->GetPrevious(), nullptr);
+  first->SetCurrentIndex(1);
+  EXPECT_EQ(TakeName(first->GetPrevious()), "a");
+  EXPECT_EQ(TakeName(first->GetNext()), "d");
+  first->SetCurrentIndex(2);
+  EXPECT_EQ(first->GetNext(), nullptr);
+
+  const auto x = MakeTask("x");
+  EXPECT_FALSE(first->InsertAfter(b.get(), x.get()));  // In the nested package only.
+  EXPECT_TRUE(first->InsertAfter(d.get(), x.get()));
+  EXPECT_EQ(TakeName(first->GetLast()), "x");
+  first->InsertTask(x.get(), 0);
+  EXPECT_EQ(TakeName(first->GetFirst()), "x");
+  EXPECT_EQ(first->GetCurrentIndex(), 2u);
+}
+
+TEST_F(TaskTree, PositionBeyondTheListThrowsAndLeavesTheLockFree) {
+  second->SetCurrentIndex(5);
+  try {
+    second->GetPrevious();
+    FAIL() << "no exception";
+  } catch (const std::out_of_range& error) {
+    EXPECT_STREQ(error.what(), "invalid vector<T> subscript");
+  }
+  EXPECT_EQ(second->GetNext(), nullptr);
+  EXPECT_EQ(second->GetCount(), 1u);
+}
+
+TEST(BoundCall, HoldsTaskAndDataAliveAndRefusesAnEmptyCall) {
+  auto func = MakeBoundFunc([](RkTask* task) {
+    DestroyRkTask(task);  // The test's own reference; the call holds another.
+    EXPECT_STREQ(task->GetName(), "last");
+  });
+  RkTask* task = MakeTask("last").Detach();
+  RunBoundCall(task, func->GetData());
+
+  const auto empty = MakeBoundFunc(nullptr);
+  const auto other = MakeTask("other");
+  EXPECT_THROW(RunBoundCall(other.get(), empty->GetData()), std::bad_function_call);
+  EXPECT_THROW(RunBoundCall(other.get(), nullptr), std::bad_function_call);
+  DeleteBoundCall(nullptr);
+}
+
+}  // namespace
+}  // namespace temvar
