@@ -7,13 +7,6 @@
 
 #include "temvar/export.h"
 
-// Lets the compiler check formats given to FormatTime; the position counts the object as the first.
-#if defined(__GNUC__)
-#define TMV_STRFTIME_LIKE(format) __attribute__((__format__(__strftime__, format, 0)))
-#else
-#define TMV_STRFTIME_LIKE(format)
-#endif
-
 // What the system and its clock know: standard folders, dates as text, durations, a sleep, the
 // version of Windows.
 //
@@ -45,12 +38,10 @@ class TMVUtilitySys {
   // Writes `time` as local time into `buffer` of `size` bytes, by the strftime text `format`. A
   // time below 0 or from 32,535,194,400 (at the end of the year 3000) on counts as 0. As with
   // strftime, a text that doesn't fit leaves the buffer undefined.
-  virtual void FormatTime(int64_t time, char* buffer, size_t size, const char* format)
-      TMV_STRFTIME_LIKE(5) = 0;
+  virtual void FormatTime(int64_t time, char* buffer, size_t size, const char* format) = 0;
 
   // FormatTime of this moment.
-  virtual void FormatCurrentTime(char* buffer, size_t size, const char* format)
-      TMV_STRFTIME_LIKE(4) = 0;
+  virtual void FormatCurrentTime(char* buffer, size_t size, const char* format) = 0;
 
   // Always true.
   virtual bool AlwaysTrue() = 0;
