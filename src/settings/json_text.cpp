@@ -1,0 +1,96 @@
+#include "settings/json_text.h"
+
+#include <charconv>
+#include <vector>
+
+namespace temvar {
+namespace {
+
+using rapidjson::SizeType;
+using Compact = rapidjson::Writer<JsonText, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonHeap>;
+using Pretty = rapidjson::PrettyWriter<JsonText, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonHeap>;
+
+// One of RapidJSON's writers with our form of doubles.
+template <typename Base>
+class TextWriter : public Base {
+ public:
+  explicit TextWriter(JsonText& out) : Base(out) {}
+
+  // As printf does it for "%g", but with a decimal point whatever the host's locale is.
+  bool Double(double value) {
+    char text[32];
+    const auto end =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::general, 6).ptr;
+    return Base::RawValue(text, static_cast<size_t>(end - text), rapidjson::kNumberType);
+  }
+
+  // RapidJSON reserves six bytes for each byte of a string, and makes that product in 32 bits.
+  bool String(const char* text, SizeType length, bool copy = false) {
+    if (length > kMaxJsonText / 6) {
+      throw std::bad_alloc();
+    }
+    return Base::String(text, length, copy);
+  }
+  bool Key(const char* text, SizeType length, bool copy = false) {
+    return String(text, length, copy);
+  }
+};
+
+// An object or array that has been opened, and its next member or element.
+struct Level {
+  const JsonValue* value;
+  SizeType next;
+};
+
+template <typename Writer>
+void Open(const JsonValue& value, Writer& writer, std::vector<Level>& levels) {
+  value.IsObject() ? writer.StartObject() : writer.StartArray();
+  levels.push_back({&value, 0});
+}
+
+// The next value to write; null when all levels are closed.
+template <typename Writer>
+const JsonValue* Next(Writer& writer, std::vector<Level>& levels) {
+  while (!levels.empty()) {
+    auto& [container, next] = levels.back();
+    if (container->IsObject() && next < container->MemberCount()) {
+      const JsonMember& member = container->MemberBegin()[next++];
+      writer.Key(member.name.GetString(), member.name.GetStringLength());
+      return &member.value;
+    }
+    if (container->IsArray() && next < container->Size()) {
+      return &container->Begin()[next++];
+    }
+    container->IsObject() ? writer.EndObject(next) : writer.EndArray(next);
+    levels.pop_back();
+  }
+  return nullptr;
+}
+
+// RapidJSON's own walk is recursive: a deep document would overflow the thread's stack.
+template <typename Writer>
+void Write(const JsonValue& root, Writer& writer) {
+  std::vector<Level> levels;
+  for (const JsonValue* value = &root; value != nullptr; value = Next(writer, levels)) {
+    if (value->IsObject() || value->IsArray()) {
+      Open(*value, writer, levels);
+    } else {
+      value->Accept(writer);
+    }
+  }
+}
+
+}  // namespace
+
+void WritePretty(const JsonValue& value, JsonText& out) {
+  TextWriter<Pretty> writer(out);
+  writer.SetIndent(' ', 4);
+  Write(value, writer);
+}
+
+void WriteCompact(const JsonValue& value, JsonText& out) {
+  TextWriter<Compact> writer(out);
+  Write(value, writer);
+}
+
+}  // namespace temvar
