@@ -31,7 +31,7 @@ void AppendNumber(Number value, int base, std::string& out) {
 class Printer {
  public:
   Printer(const BinaryXml& document, std::string& out)
-      : document_(document), out_(out), limit_(out.size() + kMaxManifestText) {}
+      : document_(document), out_(out), limit_(out.size() + MaxManifestText(document.length())) {}
 
   // Prints the records from `offset` on.
   void PrintAll(int64_t offset) {

@@ -29,7 +29,7 @@ class DocumentBuilder {
 
   bool RawNumber(const char*, SizeType, bool) { return false; }
   bool String(const char* text, SizeType length, bool) {
-    const JsonValue value = NewText(text, length, document_.GetAllocator());
+    const JsonValue value = PoolText(text, length, document_.GetAllocator());
     return document_.String(value.GetString(), length, false);
   }
   bool Key(const char* text, SizeType length, bool copy) { return String(text, length, copy); }
@@ -77,7 +77,7 @@ JsonValue* FindMember(JsonValue& object, const char* key) {
   return nullptr;
 }
 
-JsonValue NewText(const char* text, size_t length, JsonPool& pool) {
+JsonValue PoolText(const char* text, size_t length, JsonPool& pool) {
   if (length > kMaxTextLength) {
     throw std::bad_alloc();
   }

@@ -23,7 +23,7 @@ std::unique_ptr<JsonDocument> ParseJson(const char* text);
 JsonValue* FindMember(JsonValue& object, const char* key);
 
 // A text value with a copy of `text` in `pool`.
-JsonValue NewText(const char* text, size_t length, JsonPool& pool);
+JsonValue PoolText(const char* text, size_t length, JsonPool& pool);
 
 // Appends a member; leaves `object` as it was when it throws std::bad_alloc.
 void AppendMember(JsonValue& object, JsonValue& name, JsonValue& value, JsonPool& pool);

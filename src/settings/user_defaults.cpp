@@ -8,7 +8,7 @@
 #include "settings/json_document.h"
 #include "settings/json_text.h"
 #include "settings/settings_file.h"
-#include "temvar/utility_string.h"
+#include "utilities/text.h"
 
 namespace temvar {
 namespace {
@@ -87,7 +87,7 @@ void TMVUserDefaultsImpl::SetMember(const char* key, JsonValue& value, JsonValue
     return;
   }
   JsonPool& pool = document_->GetAllocator();
-  JsonValue name = NewText(key, std::strlen(key), pool);
+  JsonValue name = PoolText(key, std::strlen(key), pool);
   AppendMember(object, name, value, pool);
 }
 
@@ -95,7 +95,7 @@ void TMVUserDefaultsImpl::SetString(const char* key, const char* value, Value* p
   JsonValue* object = ObjectOf(parent);
   if (object != nullptr && key != nullptr) {
     const char* text = value != nullptr ? value : "";
-    JsonValue copy = NewText(text, std::strlen(text), document_->GetAllocator());
+    JsonValue copy = PoolText(text, std::strlen(text), document_->GetAllocator());
     SetMember(key, copy, *object);
   }
 }
@@ -197,7 +197,7 @@ int32_t TMVUserDefaultsImpl::GetValueInt(Value* value) { return IntegerOf(FromHa
 char* TMVUserDefaultsImpl::StringifyValue(Value* value) {
   JsonText text;
   WriteCompact(value != nullptr ? *FromHandle(value) : *SharedNull(), text);
-  return TmvUtilityString()->DupString(text.GetString());
+  return NewNarrowText({text.GetString(), text.GetSize()});
 }
 
 }  // namespace temvar

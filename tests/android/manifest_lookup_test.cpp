@@ -1,0 +1,106 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "manifest_data.h"
+#include "support/manifest_builder.h"
+#include "temvar/temvar.h"
+
+namespace {
+
+using temvar_test::Bytes;
+using temvar_test::kNone;
+using temvar_test::ManifestBuilder;
+
+class ManifestLookup : public testing::Test {
+ protected:
+  void Decode(const Bytes& document) {
+    EXPECT_TRUE(manifest_->Decode(document.data(), static_cast<int32_t>(document.size())));
+  }
+
+  std::string Value(const char* name) {
+    char* value = manifest_->GetAttributeValue(name);
+    EXPECT_NE(value, nullptr);
+    const std::string copy(value);
+    TmvUtilityString()->FreeString(value);
+    return copy;
+  }
+
+  const std::unique_ptr<TMVAndroidManifest, decltype(&DestroyTmvAndroidManifest)> manifest_{
+      CreateTmvAndroidManifest(), &DestroyTmvAndroidManifest};
+};
+
+Bytes Example() {
+  return ManifestBuilder({"manifest", "package", "a.b", "uses-sdk", "minSdkVersion"})
+      .Start(0, {{1, 2}})
+      .Start(3, {{4, kNone, 9}})
+      .End(3)
+      .End(0)
+      .Build();
+}
+
+TEST_F(ManifestLookup, FindsValuesOfTheExample) {
+  Decode(Example());
+  EXPECT_EQ(Value("package"), "a.b");
+  EXPECT_EQ(Value("minSdkVersion"), "resourceID 0x9");
+  EXPECT_EQ(Value("absent"), "");
+  EXPECT_EQ(Value("Package"), "");
+}
+
+TEST_F(ManifestLookup, SearchesTheTextAndNoKeys) {
+  Decode(Example());
+  EXPECT_EQ(Value("age"), "a.b");                           // the end of a name
+  EXPECT_EQ(Value("uses"), "dk minSdkVersion=");            // an element
+  EXPECT_EQ(Value("resourceID"), "x9");                     // a value
+  EXPECT_EQ(Value(""), "anifest package=");                 // the third byte of the text
+  EXPECT_EQ(Value("9"), "\n  </uses-sdk>\n</manifest>\n");  // no quotation mark follows
+  EXPECT_EQ(Value("/manifest"), "");                        // the text ends two bytes on
+  EXPECT_EQ(Value("/manifest>"), "");                       // one byte before the end
+  EXPECT_EQ(Value("/manifest>\n"), "");                     // at the end
+  EXPECT_EQ(Value(nullptr), "");
+}
+
+TEST_F(ManifestLookup, IsEmptyBeforeAndAfterNothing) {
+  for (const char* name : {"package", ""}) EXPECT_EQ(Value(name), "");
+  EXPECT_TRUE(manifest_->Decode(nullptr, 0));
+  EXPECT_TRUE(manifest_->Decode(nullptr, 100));
+  EXPECT_TRUE(manifest_->Decode(Example().data(), -1));
+  EXPECT_EQ(Value(""), "");
+  DestroyTmvAndroidManifest(nullptr);
+}
+
+TEST_F(ManifestLookup, LetsTheFirstDocumentAnswer) {
+  Decode(Example());
+  Decode(ManifestBuilder({"manifest", "package", "c.d", "last"})
+             .Start(0, {{1, 2}, {3, 2}})
+             .Words({temvar_test::kTextCode})
+             .Build());
+  EXPECT_EQ(Value("package"), "a.b");
+  EXPECT_EQ(Value("last"), "c.d");
+  EXPECT_EQ(Value("100104").substr(0, 9), "at offset");  // the message of the last line
+  Decode(Example());
+  EXPECT_EQ(Value("package"), "a.b");
+}
+
+TEST_F(ManifestLookup, ReadsWhatThePackagerWrote) {
+  EXPECT_TRUE(manifest_->Decode(k_application_bin, sizeof k_application_bin - 1));
+  const struct {
+    const char* name;
+    const char* value;
+  } table[] = {
+      {"package", "org.example.cafe"},
+      {"versionCode", "resourceID 0x7fffffff"},
+      {"versionName", "2.0 "},  // ends at the quotation mark of the value itself
+      {"minSdkVersion", "resourceID 0xe"},
+      {" name", "android.permission.INTERNET"},
+      {"label", "Caf\xE9 & more"},
+      {"debuggable", "resourceID 0xffffffff"},
+      {"priority", "resourceID 0xfffffffb"},
+      {"platformBuildVersionCode", "29"},
+      {"authorities", "org.example.provider"},
+  };
+  for (const auto& row : table) EXPECT_EQ(Value(row.name), row.value) << row.name;
+}
+
+}  // namespace
