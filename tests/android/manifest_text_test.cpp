@@ -116,12 +116,14 @@ TEST(ManifestText, HarmsNothingOnForgedDocuments) {
   const std::string rest =
       "  <uses-sdk minSdkVersion=\"resourceID 0x9\">\n  </uses-sdk>\n</manifest>\n";
   const std::string no_strings = "< =\"\">\n  < =\"resourceID 0x9\">\n  </>\n</>\n";
+  const std::string no_name =
+      "< package=\"a.b\">\n  <uses-sdk minSdkVersion=\"resourceID 0x9\">\n  </uses-sdk>\n</>\n";
   const std::string bare =
       "<manifest>\n  Unrecognized tag code 'ffffffff' at offset " + std::to_string(first + 36);
   const Forged table[] = {
       {"no attribute", 28, 0, bare},
       {"a negative count", 28, 0x80000000, bare},
-      {"name beyond the pool", 20, 0x01000000, "< package=\"a.b\">\n" + rest},
+      {"name beyond the pool: its entry reads 0", 20, 0x01000000, kPlainText},
       {"name at the largest index", 20, 0x7FFFFFFF, "< package=\"a.b\">\n" + rest},
       {"name at an index whose entry wraps to the pool", 20, 0x40000000,
        "< package=\"a.b\">\n" + rest},
@@ -130,8 +132,8 @@ TEST(ManifestText, HarmsNothingOnForgedDocuments) {
       {"string count of none puts the strings over the index", kFromStart + 16, 0, ""},
       {"string count of the most", kFromStart + 16, 0x7FFFFFFF, no_strings},
       {"string count of the least", kFromStart + 16, 0x80000000, no_strings},
-      {"string far behind", kFromStart + 36, 0x7FFFFFFF, "< package=\"a.b\">\n" + rest},
-      {"string far in front", kFromStart + 36, 0x80000000, "< package=\"a.b\">\n" + rest},
+      {"string far behind", kFromStart + 36, 0x7FFFFFFF, no_name},
+      {"string far in front", kFromStart + 36, 0x80000000, no_name},
       {"scan from far in front", kFromStart + 12, 0x80000000, kPlainText},
       {"scan from in front, off the words", kFromStart + 12, 0xFFFFFFFF,
        "  Unrecognized tag code '0' at offset -1"},

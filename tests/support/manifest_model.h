@@ -53,7 +53,8 @@ class ManifestModel {
 
   long long Begin() const {
     const long long begin = Int(12);
-    for (long long at = begin; at < Size() - 4; at += 4) {
+    const long long in_buffer = begin < 0 ? (begin % 4 + 4) % 4 : begin;
+    for (long long at = in_buffer; at < Size() - 4; at += 4) {
       if (Int(at) == 0x00100102) return at;
     }
     return begin;
