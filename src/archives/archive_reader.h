@@ -1,0 +1,44 @@
+// minizip's reading side as both kinds of extraction use it.
+#ifndef TEMVAR_ARCHIVES_ARCHIVE_READER_H_
+#define TEMVAR_ARCHIVES_ARCHIVE_READER_H_
+
+#include <unzip.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+namespace temvar {
+
+// Bytes that are read from an entry at a time.
+inline constexpr size_t kReadSize = 8192;
+
+// Closes the open entry first, then the file.
+struct UnzipCloser {
+  void operator()(void* archive) const { unzClose(archive); }
+};
+using UnzipHandle = std::unique_ptr<void, UnzipCloser>;
+
+// Opens an archive for reading; null if it can't be opened or is no archive.
+unzFile OpenForReading(const char* archive);
+
+// What is needed of the current entry. `name` has all its bytes, also a NUL.
+struct EntryInfo {
+  std::string name;
+  uLong dos_date;
+  uLong method;
+};
+
+// Reads the current entry's information; minizip's result.
+int ReadEntryInfo(unzFile archive, EntryInfo* info);
+
+// Opens the current entry, without a password; minizip's result. Methods other than stored and
+// deflated are UNZ_BADZIPFILE.
+int OpenEntry(unzFile archive, const EntryInfo& info);
+
+// A block of kReadSize bytes, null if there is no memory.
+std::unique_ptr<char[]> NewReadBlock();
+
+}  // namespace temvar
+
+#endif  // TEMVAR_ARCHIVES_ARCHIVE_READER_H_

@@ -1,0 +1,140 @@
+#include "archives/archive_writer.h"
+
+#include <zip.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "archives/archive_files.h"
+#include "platform/win32.h"
+#include "temvar/utility_file.h"
+#include "temvar/utility_string.h"
+#include "utilities/stream.h"
+#include "utilities/system_path.h"
+#include "utilities/text.h"
+
+namespace temvar {
+
+namespace {
+
+constexpr size_t kWriteSize = 16384;
+constexpr int kReadError = -1;
+
+// Closes the archive if an exception gets in the way of closing it with a look at the result.
+struct ZipCloser {
+  void operator()(void* archive) const { zipClose(archive, nullptr); }
+};
+using ZipHandle = std::unique_ptr<void, ZipCloser>;
+
+ZipHandle CreateArchive(const char* path) {
+  zlib_filefunc64_def files = ArchiveFiles();
+  return ZipHandle(zipOpen2_64(SystemPath(path).get(), APPEND_STATUS_CREATE, nullptr, &files));
+}
+
+// The file's last-write time as a DOS date and time in local time; 0 for a file that isn't there.
+uLong DosDateOf(const char* path) {
+  WIN32_FIND_DATAW data;
+  const HANDLE find = FindFirstFileW(SystemPath(path).get(), &data);
+  if (find == INVALID_HANDLE_VALUE) return 0;
+  FindClose(find);
+  FILETIME local;
+  WORD date = 0;
+  WORD time = 0;
+  if (!FileTimeToLocalFileTime(&data.ftLastWriteTime, &local) ||
+      !FileTimeToDosDateTime(&local, &date, &time)) {
+    return 0;
+  }
+  return static_cast<uLong>(date) << 16 | time;
+}
+
+std::string OwnName(const std::string& path) {
+  size_t separator = path.rfind('\\');
+  if (separator == std::string::npos) separator = path.rfind('/');
+  return separator == std::string::npos ? path : path.substr(separator + 1);
+}
+
+class Writer {
+ public:
+  explicit Writer(zipFile archive) : archive_(archive), block_(kWriteSize) {}
+
+  void Add(const std::string& path, const std::string& name);
+
+ private:
+  bool OpenEntry(const std::string& path, const std::string& name);
+  // 0, or the error that leaves the entry open, to be closed with what it holds.
+  int CopyIn(const std::string& path, std::FILE* input);
+
+  const zipFile archive_;
+  std::vector<char> block_;
+};
+
+void Writer::Add(const std::string& path, const std::string& name) {
+  if (!OpenEntry(path, name.empty() ? OwnName(path) : name)) return;
+  const Stream input(TmvUtilityFile()->OpenFile(path.c_str(), "rb"));
+  if (input == nullptr) {
+    std::printf("error in opening %s for reading\n", path.c_str());
+    return;
+  }
+  if (CopyIn(path, input.get()) < 0) return;
+  if (zipCloseFileInZip(archive_) != ZIP_OK) {
+    std::printf("error in closing %s in the zipfile\n", path.c_str());
+  }
+}
+
+bool Writer::OpenEntry(const std::string& path, const std::string& name) {
+  zip_fileinfo info = {};
+  info.dosDate = DosDateOf(path.c_str());
+  const NarrowText ansi(TmvUtilityString()->Utf8ToAnsi(name.c_str()));
+  if (zipOpenNewFileInZip(archive_, ansi.get(), &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
+                          Z_DEFAULT_COMPRESSION) == ZIP_OK) {
+    return true;
+  }
+  std::printf("error in opening %s in zipfile\n", name.c_str());
+  return false;
+}
+
+int Writer::CopyIn(const std::string& path, std::FILE* input) {
+  int result = ZIP_OK;
+  size_t count = 0;
+  do {
+    count = std::fread(block_.data(), 1, block_.size(), input);
+    if (count < block_.size() && !std::feof(input)) {
+      std::printf("error in reading %s\n", path.c_str());
+      result = kReadError;
+    }
+    if (count == 0) break;
+    const int written = zipWriteInFileInZip(archive_, block_.data(), static_cast<unsigned>(count));
+    if (written < 0) {
+      std::printf("error in writing %s in the zipfile\n", path.c_str());
+      result = written;
+    }
+  } while (result == ZIP_OK);
+  return result;
+}
+
+}  // namespace
+
+bool WriteArchiveFile(const char* archive_path, const ArchiveEntries& entries,
+                      const char* exclusions) {
+  ZipHandle archive = CreateArchive(archive_path);
+  if (archive == nullptr) {
+    std::printf("error opening %s\n", TmvUtilityString()->SafeString(archive_path));
+    return false;
+  }
+  Writer writer(archive.get());
+  for (const auto& [path, name] : entries) {
+    if (exclusions != nullptr && TmvUtilityFile()->ExtensionInList(path.c_str(), exclusions)) {
+      continue;
+    }
+    writer.Add(path, name);
+  }
+  if (zipClose(archive.release(), nullptr) != ZIP_OK) {
+    std::printf("error in closing %s\n", archive_path);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace temvar

@@ -1,0 +1,81 @@
+#include "archives/entry_extraction.h"
+
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "archives/archive_reader.h"
+#include "temvar/utility_string.h"
+#include "temvar/utility_unzip.h"
+#include "utilities/binary_data.h"
+
+namespace temvar {
+
+namespace {
+
+void TellError(int code, const char* archive, const char* where) {
+  std::cerr << "Error " << code << " with zipfile " << archive << " in " << where << std::endl;
+}
+
+// Appends the open entry's contents; minizip's result, or UNZ_INTERNALERROR once there is more than
+// a BinaryDataResult can count. The size that the archive states may be a lie and isn't used.
+int AppendEntry(unzFile archive, char* block, std::string* bytes) {
+  for (;;) {
+    const int count = unzReadCurrentFile(archive, block, kReadSize);
+    if (count <= 0) return count;
+    const auto size = static_cast<size_t>(count);
+    if (size > kMaxBinaryDataSize - bytes->size()) return UNZ_INTERNALERROR;
+    bytes->append(block, size);
+  }
+}
+
+}  // namespace
+
+bool ExtractEntryToMemory(BinaryDataResult* result, const char* archive_path,
+                          const char* entry_name) {
+  const char* const path = TmvUtilityString()->SafeString(archive_path);
+  const char* const entry = TmvUtilityString()->SafeString(entry_name);
+  const UnzipHandle archive(TmvUtilityUnzip()->OpenArchive(path));
+  if (archive == nullptr) {
+    std::cerr << "Cannot open " << path << std::endl;
+    return false;
+  }
+  constexpr int kCaseSensitive = 1;
+  if (unzLocateFile(archive.get(), entry, kCaseSensitive) != UNZ_OK) {
+    std::cerr << "File " << entry << " not found in " << path << std::endl;
+    return false;
+  }
+  EntryInfo info;
+  int code = ReadEntryInfo(archive.get(), &info);
+  if (code != UNZ_OK) {
+    TellError(code, path, "unzGetCurrentFileInfo.");
+    return false;
+  }
+  const auto block = NewReadBlock();
+  if (block == nullptr) {
+    std::cerr << "Error allocating memory for read buffer" << std::endl;
+    return false;
+  }
+  code = OpenEntry(archive.get(), info);
+  if (code != UNZ_OK) {
+    TellError(code, path, "unzOpenCurrentFilePassword.");
+    return false;
+  }
+  auto bytes = std::make_unique<std::string>();
+  std::cout << "Extracting: " << info.name.c_str() << " from " << path << std::endl;
+  code = AppendEntry(archive.get(), block.get(), bytes.get());
+  if (code < 0) {
+    TellError(code, path, "unzReadCurrentFile");
+    bytes->clear();
+  }
+  code = unzCloseCurrentFile(archive.get());
+  if (code != UNZ_OK) {
+    TellError(code, path, "unzCloseCurrentFile");
+    bytes->clear();
+  }
+  FillBinaryData(result, std::move(bytes));
+  return true;
+}
+
+}  // namespace temvar
