@@ -1,0 +1,75 @@
+// What the tests of archives share.
+#ifndef TEMVAR_TESTS_ARCHIVES_ARCHIVE_TEST_H_
+#define TEMVAR_TESTS_ARCHIVES_ARCHIVE_TEST_H_
+
+#include <gmock/gmock.h>
+#include <temvar/temvar.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "support/output_capture.h"
+#include "support/work_folder.h"
+#include "support/zip_file.h"
+
+namespace temvar_test {
+
+// An archive "a.zip" in the work folder, and the destination "out" beside it.
+class ArchiveTest : public WorkFolderTest {
+ protected:
+  struct Extraction {
+    bool result = false;
+    Output output;
+  };
+
+  void PutArchive(const std::vector<ZipEntry>& entries, const ZipFrame& frame = {}) const {
+    PutFile("a.zip", ZipBytes(entries, frame));
+  }
+
+  std::string Archive() const { return Path("a.zip"); }
+  std::string Destination() const { return Path("out"); }
+  // The full name of an entry, as the lines tell it.
+  std::string Full(const std::string& entry) const { return Destination() + '\\' + entry; }
+
+  Extraction Extract() const { return ExtractTo(Destination()); }
+  Extraction ExtractTo(const std::string& destination) const {
+    Extraction extraction;
+    extraction.output = OutputOf([&] {
+      extraction.result = TmvUtilityUnzip()->ExtractArchive(Archive().c_str(), destination.c_str());
+    });
+    return extraction;
+  }
+
+  // Every file and directory (with a slash behind it) below `folder`, by its name from there on.
+  std::set<std::string> Tree(std::string_view folder) const {
+    std::set<std::string> names;
+    const std::filesystem::path top = FilePath(folder);
+    std::error_code error;
+    for (const auto& item : std::filesystem::recursive_directory_iterator(top, error)) {
+      std::u8string name = item.path().lexically_relative(top).generic_u8string();
+      if (item.is_directory()) name += u8'/';
+      names.insert(std::string(name.begin(), name.end()));
+    }
+    return names;
+  }
+};
+
+inline std::string ErrorLine(int code, const std::string& where) {
+  return "error " + std::to_string(code) + " with zipfile in " + where + "\n";
+}
+
+// Bytes that don't pack well and differ from seed to seed.
+inline std::string NoisyBytes(size_t size, uint32_t seed = 1) {
+  std::string bytes(size, '\0');
+  for (char& byte : bytes) {
+    seed = seed * 1664525u + 1013904223u;
+    byte = static_cast<char>(seed >> 24);
+  }
+  return bytes;
+}
+
+}  // namespace temvar_test
+
+#endif  // TEMVAR_TESTS_ARCHIVES_ARCHIVE_TEST_H_

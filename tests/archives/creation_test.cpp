@@ -1,0 +1,211 @@
+// TMVUtilityZip: which files go in, under which names, and what the archive holds.
+#include <memory>
+
+#include "archives/archive_test.h"
+
+namespace {
+
+using temvar_test::NoisyBytes;
+using temvar_test::Output;
+using temvar_test::OutputOf;
+using temvar_test::ZipEntry;
+using testing::ElementsAre;
+using testing::Field;
+
+struct ZipDeleter {
+  void operator()(TMVUtilityZip* zip) const { DestroyTmvUtilityZip(zip); }
+};
+
+class CreationTest : public temvar_test::ArchiveTest {
+ protected:
+  // Writes "a.zip" and gives its entries.
+  std::vector<ZipEntry> Write(const char* exclusions = nullptr) {
+    output_ = OutputOf([&] { result_ = zip_->WriteArchive(Archive().c_str(), exclusions); });
+    EXPECT_EQ(output_.err, "");
+    return temvar_test::ReadZip(GetFile("a.zip"));
+  }
+
+  std::vector<std::string> Names(const char* exclusions = nullptr) {
+    std::vector<std::string> names;
+    for (const ZipEntry& entry : Write(exclusions)) names.push_back(entry.name);
+    return names;
+  }
+
+  void AddFile(const std::string& file, const std::string& name) {
+    zip_->AddFile(Path(file).c_str(), name.c_str());
+  }
+
+  void MakeTree() const {
+    MakeFolder("data/sub/deeper");
+    MakeFolder("data/empty");
+    PutFile("data/b.txt", "b");
+    PutFile("data/sub/a.txt", "a");
+    PutFile("data/sub/deeper/c.txt", "c");
+  }
+
+  std::unique_ptr<TMVUtilityZip, ZipDeleter> zip_{CreateTmvUtilityZip()};
+  bool result_ = false;
+  Output output_;
+};
+TEMVAR_IN_EVERY_PLACE(CreationTest);
+
+TEST_P(CreationTest, EntriesHoldWhatTheFormatAsks) {
+  const std::string large = NoisyBytes(200'000) + std::string(200'000, 'a');
+  PutFile("large.bin", large);
+  PutFile("nothing", "");
+  AddFile("large.bin", "in/large.bin");
+  AddFile("nothing", "");
+  const auto entries = Write();
+  EXPECT_TRUE(result_);
+  EXPECT_EQ(output_.out, "");
+  ASSERT_THAT(entries, ElementsAre(Field(&ZipEntry::name, "in/large.bin"),
+                                   Field(&ZipEntry::name, "nothing")));
+  EXPECT_EQ(entries[0].data, large);
+  EXPECT_EQ(entries[0].packed, temvar_test::Deflated(large, -15));
+  EXPECT_EQ(entries[1].data, "");
+  for (const ZipEntry& entry : entries) {
+    EXPECT_EQ(entry.method, 8);
+    EXPECT_EQ(entry.flags, 0);
+    EXPECT_EQ(entry.external_attributes, 0u);
+    EXPECT_EQ(entry.central_extra, "");
+  }
+}
+
+TEST_P(CreationTest, EntriesStandInTheByteOrderOfTheirPaths) {
+  for (const char* file : {"b", "a.b", "a", "B", "a.a"}) {
+    PutFile(file, file);
+    AddFile(file, "");
+  }
+  EXPECT_THAT(Names(), ElementsAre("B", "a", "a.a", "a.b", "b"));
+}
+
+TEST_P(CreationTest, APathStandsOnceWithItsLastName) {
+  PutFile("f.txt", "data");
+  AddFile("f.txt", "first");
+  AddFile("f.txt", "second");
+  EXPECT_THAT(Names(), ElementsAre("second"));
+  // Adding goes on from the same list.
+  PutFile("g.txt", "more");
+  AddFile("g.txt", "third");
+  EXPECT_THAT(Names(), ElementsAre("second", "third"));
+}
+
+TEST_P(CreationTest, AnEmptyListMakesAnEmptyArchiveAndReplacesAnOldOne) {
+  PutFile("a.zip", NoisyBytes(5000));
+  EXPECT_THAT(Write(), ElementsAre());
+  EXPECT_TRUE(result_);
+  EXPECT_EQ(GetFile("a.zip").size(), 22u);
+}
+
+TEST_P(CreationTest, NamesAreStoredInTheAnsiCodePage) {
+  PutFile("f", "1");
+  PutFile("g", "2");
+  AddFile("f", "caf\xC3\xA9/\xE2\x82\xAC");
+  AddFile("g", "\xE6\xBC\xA2.txt");
+  const auto entries = Write();
+  ASSERT_EQ(entries.size(), 2u);
+  EXPECT_EQ(entries[0].name, "caf\xE9/\x80");
+  EXPECT_EQ(entries[1].name, "?.txt");
+  EXPECT_EQ(entries[0].flags, 0);
+}
+
+TEST_P(CreationTest, ExclusionsGoByTheExtensionOnDisk) {
+  for (const char* file : {"a.ZIP", "b.zip", "c.txt", "d.tmp", "e"}) PutFile(file, "x");
+  AddFile("a.ZIP", "kept.name");
+  AddFile("b.zip", "");
+  AddFile("c.txt", "in.zip");
+  AddFile("d.tmp", "");
+  AddFile("e", "");
+  EXPECT_THAT(Names(";.zip;"), ElementsAre("in.zip", "d.tmp", "e"));
+  EXPECT_THAT(Names(";.zip;.tmp;"), ElementsAre("in.zip", "e"));
+  EXPECT_EQ(Names("").size(), 5u);
+}
+
+TEST_P(CreationTest, AFileThatCantBeReadIsToldAndStandsEmpty) {
+  PutFile("there", "data");
+  AddFile("gone", "name");
+  AddFile("there", "");
+  const auto entries = Write();
+  EXPECT_TRUE(result_);
+  EXPECT_EQ(output_.out, "error in opening " + Path("gone") + " for reading\n");
+  ASSERT_THAT(entries,
+              ElementsAre(Field(&ZipEntry::name, "name"), Field(&ZipEntry::name, "there")));
+  EXPECT_EQ(entries[0].data, "");
+  EXPECT_EQ(entries[1].data, "data");
+}
+
+TEST_P(CreationTest, AnArchiveInItsOwnTreeStandsEmptyInIt) {
+  MakeTree();
+  PutFile("data/own.zip", "old");
+  zip_->AddDirectory(Path("data").c_str(), nullptr);
+  const std::string own = Path("data/own.zip");
+  bool result = false;
+  const Output output = OutputOf([&] { result = zip_->WriteArchive(own.c_str(), nullptr); });
+  EXPECT_TRUE(result);
+  EXPECT_EQ(output.out, "error in opening " + Path("data") + "/own.zip for reading\n");
+  EXPECT_EQ(temvar_test::ReadZip(GetFile("data/own.zip")).size(), 4u);
+}
+
+TEST_P(CreationTest, AnArchiveThatCantBeMadeIsFalse) {
+  for (const std::string& archive : {Path("no/such/folder/a.zip"), Path(), std::string()}) {
+    bool result = true;
+    const Output output = OutputOf([&] { result = zip_->WriteArchive(archive.c_str(), nullptr); });
+    EXPECT_FALSE(result);
+    EXPECT_EQ(output.out, "error opening " + archive + "\n");
+  }
+  EXPECT_FALSE(zip_->WriteArchive(nullptr, nullptr));
+}
+
+TEST_P(CreationTest, AddDirectoryNamesFilesRelativeToTheRoot) {
+  MakeTree();
+  const auto names_with = [&](const std::string& directory, const char* root) {
+    zip_.reset(CreateTmvUtilityZip());
+    zip_->AddDirectory(directory.c_str(), root);
+    return Names();
+  };
+  const std::string data = Path("data");
+  const std::string parent = Path();
+  const std::string longer = data + std::string(1000, 'x');
+  EXPECT_THAT(names_with(data, nullptr), ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
+  EXPECT_THAT(names_with(data, ""), ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
+  EXPECT_THAT(names_with(data + "/", nullptr),
+              ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
+  EXPECT_THAT(names_with(data + "\\", nullptr),
+              ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
+  EXPECT_THAT(names_with(data, parent.c_str()),
+              ElementsAre("data/b.txt", "data/sub/a.txt", "data/sub/deeper/c.txt"));
+  // A root that no path goes beyond leaves the bare names.
+  EXPECT_THAT(names_with(data, longer.c_str()), ElementsAre("b.txt", "a.txt", "c.txt"));
+  EXPECT_THAT(names_with("", nullptr), ElementsAre());
+  EXPECT_THAT(names_with(Path("missing"), nullptr), ElementsAre());
+  EXPECT_THAT(names_with(Path("data/b.txt"), nullptr), ElementsAre());
+}
+
+TEST_P(CreationTest, LinksThatLeadBackEndTheWalk) {
+  MakeTree();
+  std::error_code no_links;
+  std::filesystem::create_directory_symlink(FilePath("data"), FilePath("data/sub/back"), no_links);
+  if (no_links) GTEST_SKIP() << "this system lets the user make no links: " << no_links.message();
+  std::filesystem::create_directory_symlink(FilePath("data/sub"), FilePath("data/sub/self"));
+  MakeFolder("elsewhere");
+  PutFile("elsewhere/d.txt", "d");
+  std::filesystem::create_directory_symlink(FilePath("elsewhere"), FilePath("data/there"));
+  zip_->AddDirectory(Path("data").c_str(), nullptr);
+  EXPECT_THAT(Names(), ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt", "there/d.txt"));
+}
+
+TEST_P(CreationTest, WhatIsPackedUnpacksToTheSame) {
+  MakeTree();
+  PutFile("data/big", NoisyBytes(1'000'000));
+  zip_->AddDirectory(Path("data").c_str(), nullptr);
+  Write();
+  EXPECT_TRUE(Extract().result);
+  std::set<std::string> tree = Tree("data");
+  tree.erase("empty/");
+  EXPECT_EQ(Tree("out"), tree);
+  EXPECT_EQ(GetFile("out/big"), GetFile("data/big"));
+}
+
+TEST(CreationObject, DestroyingNullDoesNothing) { DestroyTmvUtilityZip(nullptr); }
+
+}  // namespace

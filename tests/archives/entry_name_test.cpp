@@ -1,0 +1,172 @@
+// ExtractArchive on names that lead out of the destination, and on long ones.
+#include <fstream>
+
+#include "archives/archive_test.h"
+
+namespace {
+
+using testing::UnorderedElementsAre;
+
+class EntryNameTest : public temvar_test::ArchiveTest {
+ protected:
+  // What an archive with a hostile entry between two good ones may do: all up to it, and nothing
+  // outside of "out".
+  void ExpectRefused(const std::string& name) const {
+    PutArchive(
+        {{.name = "good", .data = "1"}, {.name = name, .data = "!"}, {.name = "x", .data = "2"}});
+    const std::set<std::string> before = Tree("");
+    const Extraction run = Extract();
+    EXPECT_FALSE(run.result);
+    const std::string shown = Full(name.c_str());
+    const bool is_directory = name.back() == '/' || name.back() == '\\';
+    EXPECT_EQ(run.output.out, " extracting: " + Full("good") + "\n" +
+                                  (is_directory ? "creating directory: " : " extracting: ") +
+                                  shown + "\nerror opening " + shown + "\n");
+    EXPECT_THAT(Tree("out"), UnorderedElementsAre("good"));
+    std::filesystem::remove_all(FilePath("out"));
+    EXPECT_EQ(Tree(""), before);
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Here, EntryNameTest, testing::Values(temvar_test::FolderKind::kPlain),
+                         temvar_test::NameOfFolderKind);
+
+TEST_P(EntryNameTest, NamesThatLeadOutAreRefused) {
+  using namespace std::string_literals;
+  const std::string names[] = {
+      // Up.
+      "../x",
+      "..\\x",
+      "a/../../x",
+      "a\\..\\..\\x",
+      "a/../x",
+      "..",
+      "a/..",
+      "../",
+      "a/..\\",
+      // Up, behind what Windows drops from the end of a component.
+      ".. /x",
+      "../. ./x",
+      "... /x",
+      "..../x",
+      " /x",
+      "a/. /x",
+      "..\\ .\\x",
+      ". ",
+      // Absolute, drives, servers, streams.
+      "/x",
+      "\\x",
+      "//x",
+      "\\\\server\\share\\x",
+      "//server/share/x",
+      "\\\\?\\C:\\x",
+      "\\\\.\\NUL",
+      "C:x",
+      "C:\\x",
+      "C:/x",
+      "a/C:x",
+      "x:stream",
+      "a/x::$DATA",
+      // Devices, whatever follows.
+      "NUL",
+      "nul",
+      "con",
+      "PRN",
+      "aux",
+      "COM1",
+      "com9",
+      "LPT1",
+      "LPT0",
+      "COM\xC2\xB9",
+      "CONIN$",
+      "conout$",
+      "NUL.txt",
+      "NUL .txt",
+      "NUL.",
+      "a/nul",
+      "a/nul/x",
+      "a\\Con.tar.gz",
+      "COM1 ",
+      // A NUL cuts the path behind the name that was looked at.
+      "x\0/../y"s,
+      "x\0"s,
+  };
+  for (const std::string& name : names) {
+    SCOPED_TRACE(testing::PrintToString(name));
+    ExpectRefused(name);
+  }
+}
+
+TEST_P(EntryNameTest, NamesThatOnlyLookLikeItAreUnpacked) {
+  const std::string names[] = {"..a",     "a..",       "a..b/c", "./a",    "a/./b",  "a//b",
+                               ".hidden", "...a/...b", "NULL",   "CONS/1", "COM10",  "COM",
+                               "LPTA",    "x.NUL",     "~/a",    "$a",     "%TEMP%", " leading"};
+  for (const std::string& name : names) {
+    SCOPED_TRACE(name);
+    PutArchive({{.name = name, .data = "data"}});
+    EXPECT_TRUE(Extract().result);
+    size_t files = 0;
+    for (const auto& item : std::filesystem::recursive_directory_iterator(FilePath("out"))) {
+      files += item.is_regular_file() ? 1 : 0;
+    }
+    EXPECT_EQ(files, 1u);
+    std::filesystem::remove_all(FilePath("out"));
+  }
+}
+
+TEST_P(EntryNameTest, LinksInTheDestinationAreNotFollowed) {
+  MakeFolder("out/real");
+  MakeFolder("outside");
+  PutFile("outside/kept.txt", "kept");
+  std::error_code no_links;
+  std::filesystem::create_directory_symlink(FilePath("outside"), FilePath("out/link"), no_links);
+  if (!no_links) {
+    std::filesystem::create_directory_symlink(FilePath("outside"), FilePath("out/real/deep"));
+    std::filesystem::create_symlink(FilePath("outside/kept.txt"), FilePath("out/file.txt"));
+    std::filesystem::create_symlink(FilePath("outside/new.txt"), FilePath("out/dangling.txt"));
+  } else {
+    GTEST_SKIP() << "this system lets the user make no links: " << no_links.message();
+  }
+  for (const char* name : {"link/new.txt", "link/kept.txt", "link\\new.txt", "link/", "link/sub/",
+                           "real/deep/new.txt", "real/../link/x", "file.txt", "dangling.txt"}) {
+    SCOPED_TRACE(name);
+    PutArchive({{.name = "real/ok", .data = "1"}, {.name = name, .data = "overwritten"}});
+    const Extraction run = Extract();
+    EXPECT_FALSE(run.result);
+    EXPECT_THAT(run.output.out, testing::EndsWith("error opening " + Full(name) + "\n"));
+    EXPECT_THAT(Tree("outside"), UnorderedElementsAre("kept.txt"));
+    EXPECT_EQ(GetFile("outside/kept.txt"), "kept");
+  }
+  EXPECT_EQ(GetFile("out/real/ok"), "1");
+}
+
+TEST_P(EntryNameTest, ADestinationThatIsALinkItselfIsTheHostsChoice) {
+  MakeFolder("real");
+  std::error_code no_links;
+  std::filesystem::create_directory_symlink(FilePath("real"), FilePath("out"), no_links);
+  if (no_links) GTEST_SKIP() << "this system lets the user make no links: " << no_links.message();
+  PutArchive({{.name = "a/b", .data = "x"}});
+  EXPECT_TRUE(Extract().result);
+  EXPECT_EQ(GetFile("real/a/b"), "x");
+}
+
+TEST_P(EntryNameTest, LongNamesAreWhole) {
+  // Around the size of minizip's own name buffer, and as long as a name of a file may be.
+  for (const size_t length : {200u, 254u}) {
+    const std::string name(length, 'n');
+    PutArchive({{.name = name, .data = "long"}, {.name = "b", .data = "2"}});
+    const Extraction run = Extract();
+    EXPECT_EQ(run.output.out, " extracting: " + Full(name) + "\n extracting: " + Full("b") + "\n");
+  }
+  // Too long for any file system: no file, but nothing runs over, and the next entry comes.
+  for (const size_t length : {255u, 256u, 257u, 300u, 5000u, 65535u}) {
+    SCOPED_TRACE(length);
+    const std::string name = "d/" + std::string(length - 2, 'n');
+    PutArchive({{.name = name, .data = "long"}, {.name = "b", .data = "2"}});
+    const Extraction run = Extract();
+    EXPECT_TRUE(run.result);
+    EXPECT_THAT(run.output.out, testing::HasSubstr(Full(name) + "\n"));
+    EXPECT_THAT(run.output.out, testing::EndsWith(" extracting: " + Full("b") + "\n"));
+  }
+}
+
+}  // namespace

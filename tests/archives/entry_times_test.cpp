@@ -1,0 +1,109 @@
+// Times of entries, which are local. CTest runs this in several time zones.
+//
+// Like Windows, the library converts by the offset from UTC that holds now, not at the time given:
+// summer entries read in winter are off by the hour, but a packed file comes back with its own
+// time.
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+
+#include "archives/archive_test.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::sys_days;
+using std::chrono::sys_seconds;
+using temvar_test::DosDate;
+
+class EntryTimesTest : public temvar_test::ArchiveTest {
+ protected:
+  sys_seconds TimeOf(std::string_view file) const {
+    const auto time = std::filesystem::last_write_time(FilePath(file));
+    return std::chrono::round<std::chrono::seconds>(std::chrono::file_clock::to_sys(time));
+  }
+
+  void SetTime(std::string_view file, sys_seconds time) const {
+    std::filesystem::last_write_time(FilePath(file), std::chrono::file_clock::from_sys(time));
+  }
+
+  // Local time minus UTC at this moment, by the library's conversion of a local text of today.
+  std::chrono::seconds OffsetNow() const {
+    const auto today = std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now());
+    const std::chrono::year_month_day date(today);
+    const std::string text = std::to_string(static_cast<int>(date.year())) + "-" +
+                             std::to_string(static_cast<unsigned>(date.month())) + "-" +
+                             std::to_string(static_cast<unsigned>(date.day())) + " 12:00:00";
+    PutFile("now", "");
+    EXPECT_TRUE(TmvUtilityFile()->SetFileTimestamp(Path("now").c_str(), text.c_str()));
+    return today + 12h - TimeOf("now");
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Here, EntryTimesTest, testing::Values(temvar_test::FolderKind::kPlain),
+                         temvar_test::NameOfFolderKind);
+
+struct Moment {
+  uint32_t dos_date;
+  sys_seconds local;
+};
+
+const Moment kMoments[] = {
+    {DosDate(1980, 1, 1, 0, 0, 0), sys_days{1980y / 1 / 1}},
+    {DosDate(2024, 1, 15, 23, 59, 58), sys_days{2024y / 1 / 15} + 23h + 59min + 58s},
+    {DosDate(2024, 7, 15, 12, 30, 2), sys_days{2024y / 7 / 15} + 12h + 30min + 2s},
+    // Minutes around both changes of the summer time in Central Europe.
+    {DosDate(2024, 3, 31, 1, 59, 58), sys_days{2024y / 3 / 31} + 1h + 59min + 58s},
+    {DosDate(2024, 3, 31, 2, 30, 0), sys_days{2024y / 3 / 31} + 2h + 30min},
+    {DosDate(2024, 10, 27, 2, 30, 0), sys_days{2024y / 10 / 27} + 2h + 30min},
+    {DosDate(2024, 10, 27, 3, 0, 0), sys_days{2024y / 10 / 27} + 3h},
+    {DosDate(2099, 12, 31, 23, 59, 58), sys_days{2099y / 12 / 31} + 23h + 59min + 58s},
+};
+
+TEST_P(EntryTimesTest, TheOffsetIsThatOfTheZone) {
+  // CTest tells what the zone that it sets may give; no zone is further off than this.
+  const std::chrono::seconds offset = OffsetNow();
+  EXPECT_LE(std::chrono::abs(offset), 14h);
+  if (const char* const expected = std::getenv("TEMVAR_TEST_OFFSETS")) {
+    EXPECT_THAT(expected, testing::HasSubstr(";" + std::to_string(offset.count()) + ";"));
+  }
+}
+
+TEST_P(EntryTimesTest, UnpackedFilesGetTheEntrysTime) {
+  for (const Moment& moment : kMoments) {
+    PutArchive({{.name = "f", .data = "x", .dos_date = moment.dos_date}});
+    EXPECT_TRUE(Extract().result);
+    EXPECT_EQ(TimeOf("out/f"), moment.local - OffsetNow());
+  }
+}
+
+TEST_P(EntryTimesTest, ADateThatNoCalendarHasLeavesTheTimeOfUnpacking) {
+  PutArchive({{.name = "f", .data = "x", .dos_date = 0},
+              {.name = "g", .data = "x", .dos_date = 0xFFFFFFFF}});
+  EXPECT_TRUE(Extract().result);
+  const auto now = std::chrono::system_clock::now();
+  EXPECT_LT(now - TimeOf("out/f"), 1h);
+  EXPECT_LT(now - TimeOf("out/g"), 1h);
+}
+
+TEST_P(EntryTimesTest, PackedFilesKeepTheirTime) {
+  const std::unique_ptr<TMVUtilityZip, void (*)(TMVUtilityZip*)> zip(CreateTmvUtilityZip(),
+                                                                     DestroyTmvUtilityZip);
+  zip->AddFile(Path("f").c_str(), "");
+  for (const Moment& moment : kMoments) {
+    PutFile("f", "x");
+    const sys_seconds time = moment.local - OffsetNow();
+    // An odd second is rounded up, since the format counts in twos.
+    for (const auto part : {0s, -1s}) {
+      if (time + part < sys_days{1980y / 1 / 2}) continue;
+      SetTime("f", time + part);
+      ASSERT_TRUE(zip->WriteArchive(Archive().c_str(), nullptr));
+      const auto entries = temvar_test::ReadZip(GetFile("a.zip"));
+      ASSERT_EQ(entries.size(), 1u);
+      EXPECT_EQ(entries[0].dos_date, moment.dos_date);
+      EXPECT_TRUE(Extract().result);
+      EXPECT_EQ(TimeOf("out/f"), time);
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,98 @@
+// ExtractEntry: one entry into memory.
+#include "archives/archive_test.h"
+
+namespace {
+
+using temvar_test::NoisyBytes;
+
+class ExtractEntryTest : public temvar_test::ArchiveTest {
+ protected:
+  // Unpacks the entry into `result_`, which a test begins with as it wants it.
+  bool Take(const std::string& entry) {
+    bool result = false;
+    output_ = temvar_test::OutputOf([&] {
+      result = TmvUtilityUnzip()->ExtractEntry(&record_, Archive().c_str(), entry.c_str());
+    });
+    return result;
+  }
+
+  // The record's bytes, which go.
+  std::string TakenBytes() {
+    EXPECT_NE(record_.Owner, nullptr);
+    EXPECT_EQ(record_.Reserved, 0u);
+    EXPECT_EQ(record_.Data[record_.Size], '\0');
+    const std::string bytes(record_.Data, record_.Size);
+    FreeBinayDataResult(&record_);
+    record_ = kUntouched;
+    return bytes;
+  }
+
+  std::string ErrorText(int code, const std::string& where) const {
+    return "Error " + std::to_string(code) + " with zipfile " + Archive() + " in " + where + "\n";
+  }
+
+  static constexpr BinaryDataResult kUntouched = {nullptr, nullptr, 77, 78};
+  BinaryDataResult record_ = kUntouched;
+  temvar_test::Output output_;
+};
+TEMVAR_IN_EVERY_PLACE(ExtractEntryTest);
+
+TEST_P(ExtractEntryTest, GivesTheContents) {
+  const std::string large = NoisyBytes(300'000) + std::string(100'000, 'z');
+  PutArchive({{.name = "a/large.bin", .data = large, .method = 8},
+              {.name = "empty", .data = ""},
+              {.name = "stored", .data = std::string("nul\0inside", 10)}});
+  ASSERT_TRUE(Take("a/large.bin"));
+  EXPECT_EQ(TakenBytes(), large);
+  EXPECT_EQ(output_.out, "Extracting: a/large.bin from " + Archive() + "\n");
+  EXPECT_EQ(output_.err, "");
+  ASSERT_TRUE(Take("empty"));
+  EXPECT_EQ(TakenBytes(), "");
+  ASSERT_TRUE(Take("stored"));
+  EXPECT_EQ(TakenBytes(), std::string("nul\0inside", 10));
+}
+
+TEST_P(ExtractEntryTest, ComparesNamesByteForByte) {
+  const std::string long_name(255, 'n');
+  PutArchive({{.name = "Dir/Name", .data = "1"},
+              {.name = long_name, .data = "2"},
+              {.name = long_name + "n", .data = "3"},
+              {.name = "../up", .data = "nothing is written, so this is no danger"}});
+  for (const std::string& name : {std::string("dir/name"), std::string("Dir\\Name"),
+                                  std::string("Dir/Nam"), long_name + "n", std::string()}) {
+    EXPECT_FALSE(Take(name));
+    EXPECT_EQ(output_.err, "File " + name + " not found in " + Archive() + "\n");
+    EXPECT_EQ(output_.out, "");
+    EXPECT_EQ(record_.Owner, nullptr);
+    EXPECT_EQ(record_.Size, 77u);
+    EXPECT_EQ(record_.Reserved, 78u);
+  }
+  ASSERT_TRUE(Take(long_name));
+  EXPECT_EQ(TakenBytes(), "2");
+  ASSERT_TRUE(Take("../up"));
+  TakenBytes();
+}
+
+TEST_P(ExtractEntryTest, AMissingArchiveIsToldOnStandardError) {
+  EXPECT_FALSE(Take("x"));
+  EXPECT_EQ(output_.err, "Cannot open " + Archive() + "\n");
+  EXPECT_EQ(output_.out, "");
+  EXPECT_EQ(record_.Size, 77u);
+}
+
+TEST_P(ExtractEntryTest, ADamagedEntryIsTrueWithoutBytes) {
+  PutArchive({{.name = "crc", .data = "data", .crc = 1},
+              {.name = "data", .data = "data", .method = 8, .packed = "\xFF\xFF\xFF"},
+              {.name = "method", .data = "data", .method = 12}});
+  ASSERT_TRUE(Take("crc"));
+  EXPECT_EQ(TakenBytes(), "");
+  EXPECT_EQ(output_.err, ErrorText(-105, "unzCloseCurrentFile"));
+  ASSERT_TRUE(Take("data"));
+  EXPECT_EQ(TakenBytes(), "");
+  EXPECT_EQ(output_.err, ErrorText(-3, "unzReadCurrentFile"));
+  EXPECT_FALSE(Take("method"));
+  EXPECT_EQ(output_.err, ErrorText(-103, "unzOpenCurrentFilePassword."));
+  EXPECT_EQ(record_.Size, 77u);
+}
+
+}  // namespace

@@ -1,0 +1,213 @@
+// ExtractArchive: what is unpacked, what is printed, what a damaged archive does.
+#include "archives/archive_test.h"
+
+namespace {
+
+using temvar_test::ErrorLine;
+using temvar_test::NoisyBytes;
+using testing::UnorderedElementsAre;
+
+using ExtractionTest = temvar_test::ArchiveTest;
+TEMVAR_IN_EVERY_PLACE(ExtractionTest);
+
+TEST_P(ExtractionTest, UnpacksFilesAndDirectoriesAndTellsEach) {
+  const std::string large = NoisyBytes(100'000);
+  PutArchive({{.name = "a.txt", .data = "stored"},
+              {.name = "empty", .data = ""},
+              {.name = "sub/", .data = ""},
+              {.name = "no/entry/of/its/own.bin", .data = large, .method = 8},
+              {.name = "back\\slash.txt", .data = "both separators"}});
+  const Extraction run = Extract();
+  EXPECT_TRUE(run.result);
+  EXPECT_EQ(run.output.out, " extracting: " + Full("a.txt") + "\n extracting: " + Full("empty") +
+                                "\ncreating directory: " + Full("sub/") +
+                                "\n extracting: " + Full("no/entry/of/its/own.bin") +
+                                "\n extracting: " + Full("back\\slash.txt") + "\n");
+  EXPECT_EQ(run.output.err, "");
+  EXPECT_THAT(Tree("out"),
+              UnorderedElementsAre("a.txt", "empty", "sub/", "no/", "no/entry/", "no/entry/of/",
+                                   "no/entry/of/its/", "no/entry/of/its/own.bin", "back/",
+                                   "back/slash.txt"));
+  EXPECT_EQ(GetFile("out/a.txt"), "stored");
+  EXPECT_EQ(GetFile("out/no/entry/of/its/own.bin"), large);
+}
+
+TEST_P(ExtractionTest, ReplacesWhatIsThereAndTakesTheLastOfTwoEqualNames) {
+  MakeFolder("out");
+  PutFile("out/a.txt", "something longer that was there before");
+  PutArchive({{.name = "a.txt", .data = "first"}, {.name = "a.txt", .data = "2nd"}});
+  EXPECT_TRUE(Extract().result);
+  EXPECT_EQ(GetFile("out/a.txt"), "2nd");
+}
+
+TEST_P(ExtractionTest, AnArchiveWithoutEntriesMakesTheDestination) {
+  PutArchive({});
+  const Extraction run = Extract();
+  EXPECT_TRUE(run.result);
+  EXPECT_EQ(run.output.out + run.output.err, "");
+  EXPECT_TRUE(Exists("out"));
+}
+
+TEST_P(ExtractionTest, TheDestinationMayEndInASeparator) {
+  PutArchive({{.name = "f", .data = "x"}});
+  EXPECT_EQ(ExtractTo(Destination() + "\\").output.out, " extracting: " + Destination() + "\\f\n");
+  EXPECT_EQ(ExtractTo(Destination() + "/").output.out, " extracting: " + Destination() + "/\\f\n");
+  EXPECT_EQ(GetFile("out/f"), "x");
+}
+
+TEST_P(ExtractionTest, AnArchiveThatCantBeOpenedIsToldOnStandardError) {
+  const std::string no_archives[] = {
+      "", "no archive at all", std::string(100, 'P'),
+      temvar_test::ZipBytes({{.name = "f", .data = "x"}}).substr(40)};
+  for (const std::string& bytes : no_archives) {
+    if (bytes.empty()) {
+      std::filesystem::remove(FilePath("a.zip"));
+    } else {
+      PutFile("a.zip", bytes);
+    }
+    // Twice: the first line must not close the stream for what follows.
+    for (int i = 0; i < 2; ++i) {
+      const Extraction run = Extract();
+      EXPECT_FALSE(run.result);
+      EXPECT_EQ(run.output.out, "");
+      EXPECT_EQ(run.output.err.substr(0, 12), "Cannot open ");
+      EXPECT_EQ(run.output.err.back(), '\n');
+      if (GetParam() != temvar_test::FolderKind::kInternational) {
+        EXPECT_EQ(run.output.err, "Cannot open " + Archive() + "\n");
+      }
+      EXPECT_FALSE(Exists("out"));
+    }
+  }
+}
+
+TEST_P(ExtractionTest, AnEmptyDestinationIsRefused) {
+  PutArchive({{.name = "f", .data = "x"}});
+  for (const char* destination : {"", "\xFF not UTF-8"}) {
+    const Extraction run = ExtractTo(destination);
+    EXPECT_FALSE(run.result);
+    EXPECT_EQ(run.output.out + run.output.err, "");
+  }
+  EXPECT_FALSE(TmvUtilityUnzip()->ExtractArchive(Archive().c_str(), nullptr));
+}
+
+TEST_P(ExtractionTest, AnOutputThatCantBeOpenedCostsThatEntryAlone) {
+  MakeFolder("out/taken.txt");
+  PutFile("out/file", "no directory");
+  PutArchive({{.name = "taken.txt", .data = "a directory has this name"},
+              {.name = "file/below.txt", .data = "a file stands in the way"},
+              {.name = "not UTF-8 \xE4", .data = "no name"},
+              {.name = "last.txt", .data = "comes out"}});
+  const Extraction run = Extract();
+  EXPECT_TRUE(run.result);
+  EXPECT_EQ(run.output.out, "error opening " + Full("taken.txt") + "\nerror opening " +
+                                Full("file/below.txt") + "\nerror opening " +
+                                Full("not UTF-8 \xE4") + "\n extracting: " + Full("last.txt") +
+                                "\n");
+  EXPECT_EQ(GetFile("out/last.txt"), "comes out");
+}
+
+struct Damage {
+  const char* what;
+  temvar_test::ZipEntry entry;
+  int code;
+  const char* where;
+};
+
+// Each stands between two good entries: the one before stays, the one behind isn't reached.
+TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
+  const Damage damages[] = {
+      {"a wrong CRC of stored data",
+       {.name = "bad", .data = "data", .crc = 1},
+       -105,
+       "unzCloseCurrentFile"},
+      {"a wrong CRC of deflated data",
+       {.name = "bad", .data = "data", .method = 8, .crc = 1},
+       -105,
+       "unzCloseCurrentFile"},
+      {"no deflated data",
+       {.name = "bad", .data = "data", .method = 8, .packed = "\xFF\xFF\xFF"},
+       -3,
+       "unzReadCurrentFile"},
+      {"deflated data cut short",
+       {.name = "bad",
+        .data = std::string(9999, 'x') + "y",
+        .method = 8,
+        .packed = temvar_test::Deflated(std::string(9999, 'x') + "y", -15).substr(0, 9)},
+       -5,
+       "unzReadCurrentFile"},
+      {"an unknown method",
+       {.name = "bad", .data = "data", .method = 99},
+       -103,
+       "unzOpenCurrentFilePassword"},
+      {"bzip2", {.name = "bad", .data = "data", .method = 12}, -103, "unzOpenCurrentFilePassword"},
+      {"encrypted",
+       {.name = "bad", .data = "data", .flags = 1, .packed = std::string("twelve bytesdata")},
+       -105,
+       "unzCloseCurrentFile"},
+  };
+  for (const Damage& damage : damages) {
+    SCOPED_TRACE(damage.what);
+    PutArchive({{.name = "before", .data = "b"}, damage.entry, {.name = "behind", .data = "b"}});
+    const Extraction run = Extract();
+    EXPECT_FALSE(run.result);
+    EXPECT_THAT(run.output.out, testing::EndsWith(ErrorLine(damage.code, damage.where)));
+    EXPECT_TRUE(Exists("out/before"));
+    EXPECT_FALSE(Exists("out/behind"));
+    // The file is on disk before its CRC is known.
+    EXPECT_EQ(Exists("out/bad"), std::string(damage.where) != "unzOpenCurrentFilePassword");
+    std::filesystem::remove_all(FilePath("out"));
+  }
+}
+
+TEST_P(ExtractionTest, ADamagedDirectoryEndsTheExtraction) {
+  PutArchive({{.name = "only", .data = "x"}}, {.count = 3});
+  Extraction run = Extract();
+  EXPECT_FALSE(run.result);
+  EXPECT_EQ(run.output.out,
+            " extracting: " + Full("only") + "\n" + ErrorLine(-103, "unzGoToNextFile"));
+
+  PutArchive({}, {.count = 1});
+  run = Extract();
+  EXPECT_FALSE(run.result);
+  EXPECT_EQ(run.output.out, ErrorLine(-103, "unzGetCurrentFileInfo"));
+}
+
+TEST_P(ExtractionTest, ReadsArchivesInOtherShapes) {
+  struct Shape {
+    const char* what;
+    temvar_test::ZipEntry entry;
+    temvar_test::ZipFrame frame;
+  };
+  const std::string utf8_name = "\xC3\xA9t\xC3\xA9 \xE6\xBC\xA2.txt";
+  const Shape shapes[] = {
+      {"64-bit end records", {.name = "f", .data = "data"}, {.zip64_end = true}},
+      {"a program before it", {.name = "f", .data = "data"}, {.prefix = NoisyBytes(5000)}},
+      {"UTF-8 flag", {.name = utf8_name, .data = "data", .flags = 0x800}, {}},
+      {"UTF-8 without the flag", {.name = utf8_name, .data = "data"}, {}},
+      {"extra field and comment",
+       {.name = "f",
+        .data = "data",
+        .central_extra = std::string("\x55\x54\x05\0\1TIME", 9),
+        .comment = std::string(3000, 'c')},
+       {}},
+      {"broken extra field",
+       {.name = "f", .data = "data", .central_extra = "\x01\x02\xFF\xFFx"},
+       {}},
+  };
+  for (const Shape& shape : shapes) {
+    SCOPED_TRACE(shape.what);
+    PutArchive({shape.entry, {.name = "second", .data = "2"}}, shape.frame);
+    EXPECT_TRUE(Extract().result);
+    EXPECT_EQ(GetFile("out/" + shape.entry.name), "data");
+    EXPECT_EQ(GetFile("out/second"), "2");
+    std::filesystem::remove_all(FilePath("out"));
+  }
+}
+
+TEST_P(ExtractionTest, OpenArchiveGivesAHandleOrNull) {
+  EXPECT_EQ(TmvUtilityUnzip()->OpenArchive(Archive().c_str()), nullptr);
+  EXPECT_EQ(TmvUtilityUnzip()->OpenArchive(""), nullptr);
+  EXPECT_EQ(TmvUtilityUnzip()->OpenArchive(nullptr), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,175 @@
+// A second implementation of the ZIP format for the tests: writes archives as odd or hostile as a
+// test asks for, and reads the central directory of those that the library writes.
+#ifndef TEMVAR_TESTS_SUPPORT_ZIP_FILE_H_
+#define TEMVAR_TESTS_SUPPORT_ZIP_FILE_H_
+
+#include <zlib.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace temvar_test {
+
+// A DOS date with its time: years from 1980, even seconds.
+constexpr uint32_t DosDate(uint32_t year, uint32_t month, uint32_t day, uint32_t hour,
+                           uint32_t minute, uint32_t second) {
+  return ((year - 1980) << 9 | month << 5 | day) << 16 | hour << 11 | minute << 5 | second / 2;
+}
+
+// One entry. What isn't given is told as it is.
+struct ZipEntry {
+  std::string name = {};
+  std::string data = {};
+  uint16_t method = 0;  // 0 stored, 8 deflated; another number is told over stored data.
+  uint16_t flags = 0;
+  uint32_t dos_date = DosDate(2024, 1, 31, 17, 5, 8);
+  std::optional<uint32_t> crc = {};
+  std::optional<uint32_t> size = {};  // Of the contents, as both headers tell it.
+  std::optional<std::string> packed = {};
+  std::string central_extra = {};
+  std::string comment = {};
+  uint32_t internal_attributes = 0;  // Only read.
+  uint32_t external_attributes = 0;  // Only read.
+};
+
+// What surrounds the entries.
+struct ZipFrame {
+  std::optional<uint16_t> count = {};  // Entries, as the end record tells it.
+  bool zip64_end = false;              // With the two 64-bit records before the end record.
+  std::string prefix = {};             // Bytes before the archive, as in a self-extracting one.
+};
+
+class Bytes {
+ public:
+  Bytes& Put(uint64_t value, int size) {
+    for (; size > 0; --size, value >>= 8) text_ += static_cast<char>(value & 0xFF);
+    return *this;
+  }
+  Bytes& Put(std::string_view text) {
+    text_ += text;
+    return *this;
+  }
+  const std::string& text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+inline uint32_t Crc32(std::string_view data) {
+  return static_cast<uint32_t>(
+      crc32(0, reinterpret_cast<const Bytef*>(data.data()), static_cast<uInt>(data.size())));
+}
+
+// Packs with zlib; window bits -15 for what stands in a ZIP entry, 15 for zlib, 31 for gzip.
+inline std::string Deflated(std::string_view data, int window_bits, int level = 6) {
+  z_stream stream = {};
+  deflateInit2(&stream, level, Z_DEFLATED, window_bits, 8, Z_DEFAULT_STRATEGY);
+  std::string packed(deflateBound(&stream, static_cast<uLong>(data.size())) + 64, '\0');
+  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
+  stream.avail_in = static_cast<uInt>(data.size());
+  stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+  stream.avail_out = static_cast<uInt>(packed.size());
+  deflate(&stream, Z_FINISH);
+  packed.resize(packed.size() - stream.avail_out);
+  deflateEnd(&stream);
+  return packed;
+}
+
+// The fields that a local header and its central one share, from the flags to the sizes.
+inline std::string SharedFields(const ZipEntry& entry, const std::string& packed) {
+  return Bytes()
+      .Put(entry.flags, 2)
+      .Put(entry.method, 2)
+      .Put(entry.dos_date, 4)
+      .Put(entry.crc.value_or(Crc32(entry.data)), 4)
+      .Put(packed.size(), 4)
+      .Put(entry.size.value_or(static_cast<uint32_t>(entry.data.size())), 4)
+      .Put(entry.name.size(), 2)
+      .text();
+}
+
+inline std::string ZipBytes(const std::vector<ZipEntry>& entries, const ZipFrame& frame = {}) {
+  Bytes archive;
+  Bytes central;
+  for (const ZipEntry& entry : entries) {
+    const std::string packed =
+        entry.packed.value_or(entry.method == 8 ? Deflated(entry.data, -15) : entry.data);
+    const std::string fields = SharedFields(entry, packed);
+    const size_t offset = archive.text().size();
+    archive.Put(0x04034b50, 4).Put(20, 2).Put(fields).Put(0, 2).Put(entry.name).Put(packed);
+    central.Put(0x02014b50, 4).Put(20, 2).Put(20, 2).Put(fields).Put(entry.central_extra.size(), 2);
+    central.Put(entry.comment.size(), 2).Put(0, 2).Put(0, 2).Put(0, 4).Put(offset, 4);
+    central.Put(entry.name).Put(entry.central_extra).Put(entry.comment);
+  }
+  const size_t central_start = archive.text().size();
+  const size_t central_size = central.text().size();
+  archive.Put(central.text());
+  if (frame.zip64_end) {
+    const size_t record = archive.text().size();
+    archive.Put(0x06064b50, 4).Put(44, 8).Put(45, 2).Put(45, 2).Put(0, 4).Put(0, 4);
+    archive.Put(entries.size(), 8).Put(entries.size(), 8).Put(central_size, 8);
+    archive.Put(central_start, 8);
+    archive.Put(0x07064b50, 4).Put(0, 4).Put(record, 8).Put(1, 4);
+  }
+  const uint16_t count = frame.count.value_or(static_cast<uint16_t>(entries.size()));
+  archive.Put(0x06054b50, 4).Put(0, 4).Put(count, 2).Put(count, 2);
+  archive.Put(central_size, 4).Put(central_start, 4).Put(0, 2);
+  return frame.prefix + archive.text();
+}
+
+// Reads the entries of an archive without comment. Contents are unpacked and their CRC is checked;
+// a damaged archive gives what was read up to there and one entry named "damaged".
+inline std::vector<ZipEntry> ReadZip(const std::string& archive) {
+  const auto number = [&](size_t at, size_t size) {
+    uint64_t value = 0;
+    for (size_t i = 0; i < size && at + i < archive.size(); ++i) {
+      value |= uint64_t{static_cast<unsigned char>(archive[at + i])} << (8 * i);
+    }
+    return value;
+  };
+  std::vector<ZipEntry> entries;
+  const size_t end = archive.size() < 22 ? 0 : archive.size() - 22;
+  if (number(end, 4) != 0x06054b50) return {ZipEntry{"damaged", ""}};
+  size_t at = number(end + 16, 4);
+  for (uint64_t left = number(end + 10, 2); left > 0; --left) {
+    ZipEntry entry;
+    const size_t local = number(at + 42, 4);
+    entry.flags = static_cast<uint16_t>(number(at + 8, 2));
+    entry.method = static_cast<uint16_t>(number(at + 10, 2));
+    entry.dos_date = static_cast<uint32_t>(number(at + 12, 4));
+    entry.crc = static_cast<uint32_t>(number(at + 16, 4));
+    entry.internal_attributes = static_cast<uint32_t>(number(at + 36, 2));
+    entry.external_attributes = static_cast<uint32_t>(number(at + 38, 4));
+    entry.name = archive.substr(at + 46, number(at + 28, 2));
+    entry.central_extra = archive.substr(at + 46 + entry.name.size(), number(at + 30, 2));
+    const size_t packed_size = number(at + 20, 4);
+    entry.packed =
+        archive.substr(local + 30 + number(local + 26, 2) + number(local + 28, 2), packed_size);
+    entry.data.resize(number(at + 24, 4));
+    if (entry.method == 8) {
+      z_stream stream = {};
+      inflateInit2(&stream, -15);
+      stream.next_in = reinterpret_cast<Bytef*>(entry.packed->data());
+      stream.avail_in = static_cast<uInt>(entry.packed->size());
+      Bytef nothing = 0;
+      stream.next_out = entry.data.empty() ? &nothing : reinterpret_cast<Bytef*>(entry.data.data());
+      stream.avail_out = static_cast<uInt>(entry.data.size());
+      const int result = inflate(&stream, Z_FINISH);
+      inflateEnd(&stream);
+      if (result != Z_STREAM_END) entry.name = "damaged";
+    } else {
+      entry.data = *entry.packed;
+    }
+    if (number(at, 4) != 0x02014b50 || Crc32(entry.data) != *entry.crc) entry.name = "damaged";
+    at += 46 + number(at + 28, 2) + number(at + 30, 2) + number(at + 32, 2);
+    entries.push_back(entry);
+  }
+  return entries;
+}
+
+}  // namespace temvar_test
+
+#endif  // TEMVAR_TESTS_SUPPORT_ZIP_FILE_H_
