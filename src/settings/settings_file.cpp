@@ -2,30 +2,21 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 
 #include "temvar/utility_file.h"
+#include "utilities/stream.h"
 
 namespace temvar {
 namespace {
-
-struct Closer {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, Closer>;
 
 // The parser counts in 32 bits, so a file of more bytes can't be valid. Where a directory can be
 // opened as a file, its size is far beyond that too.
 constexpr int64_t kMaxFileSize = UINT32_MAX - 1;
 
-File Open(const char* path, const char* mode) {
-  return File(TmvUtilityFile()->OpenFile(path, mode));
-}
-
 }  // namespace
 
 std::optional<std::string> ReadSettingsFile(const char* path) {
-  const File file = Open(path, "rb");
+  const Stream file(TmvUtilityFile()->OpenFile(path, "rb"));
   if (file == nullptr || std::fseek(file.get(), 0, SEEK_END) != 0) {
     return std::nullopt;
   }
@@ -40,7 +31,7 @@ std::optional<std::string> ReadSettingsFile(const char* path) {
 }
 
 void WriteSettingsFile(const char* path, const char* text, size_t size) {
-  if (const File file = Open(path, "wb")) {
+  if (const Stream file(TmvUtilityFile()->OpenFile(path, "wb")); file != nullptr) {
     static_cast<void>(std::fwrite(text, 1, size, file.get()));
   }
 }

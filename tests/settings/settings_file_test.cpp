@@ -1,0 +1,234 @@
+// What is accepted as a settings file and what isn't, in the manner of the public suites for JSON
+// parsers.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/settings_store.h"
+
+namespace {
+
+using SettingsFile = temvar_test::SettingsTest;
+TEMVAR_IN_EVERY_PLACE(SettingsFile);
+
+struct Text {
+  std::string_view text;
+  std::string_view compact;  // what it is when it is written back
+};
+
+std::string Nested(size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); }
+
+TEST_P(SettingsFile, TakesValidTexts) {
+  const std::string deep = Nested(500);
+  const Text table[] = {
+      // Structure and white space.
+      {"{}", "{}"},
+      {"[]", "[]"},
+      {" \t\r\n{ \n} \r\t", "{}"},
+      {"{\"a\":[],\"b\":{}}", "{\"a\":[],\"b\":{}}"},
+      {"[[],[[]],{\"\":0}]", "[[],[[]],{\"\":0}]"},
+      {"[ 1 , null , true , false ]", "[1,null,true,false]"},
+      {"{\"a\":1,\"a\":2}", "{\"a\":1,\"a\":2}"},
+      {deep, deep},
+      // Integers, to the last bit of 64.
+      {"[0,-0,-1,1234567890]", "[0,0,-1,1234567890]"},
+      {"[2147483647,2147483648,-2147483648,-2147483649,4294967295,4294967296]",
+       "[2147483647,2147483648,-2147483648,-2147483649,4294967295,4294967296]"},
+      {"[9223372036854775807,-9223372036854775808,18446744073709551615]",
+       "[9223372036854775807,-9223372036854775808,18446744073709551615]"},
+      // Doubles, six digits.
+      {"[0.0,-0.0,1.0,1.5,-2.25,3.14159265358979]", "[0,-0,1,1.5,-2.25,3.14159]"},
+      {"[1e5,1E6,1e+6,1e-4,1e-5,123456789.0]", "[100000,1e+06,1e+06,0.0001,1e-05,1.23457e+08]"},
+      {"[18446744073709551616,-9223372036854775809]", "[1.84467e+19,-9.22337e+18]"},
+      {"[1e100,1.7e308,1e-100,0.1e309,1e-400]", "[1e+100,1.7e+308,1e-100,1e+308,0]"},
+      // Texts: escapes, surrogates, bytes that pass as they stand.
+      {R"(["\"\\\/\b\f\n\r\t"])", R"(["\"\\/\b\f\n\r\t"])"},
+      {R"(["\u0000\u001f\u007F\u00e9\u20AC\ud83d\uDE00"])",
+       "[\"\\u0000\\u001F\x7F\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\"]"},
+      {"[\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\"]", "[\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\"]"},
+      {"{\"\\u0061\":\"\"}", "{\"a\":\"\"}"},
+      // Left open by the grammar: bytes that are no UTF-8, a lone low surrogate.
+      {"[\"\xFF\xC3\"]", "[\"\xFF\xC3\"]"},
+      {R"(["\uDC00"])", "[\"\xED\xB0\x80\"]"},
+      // A NUL ends the text.
+      {std::string_view("{\"a\":1}\0{\"b\":", 12), "{\"a\":1}"},
+  };
+  for (const Text& row : table) {
+    TMVUserDefaults* store = Load(row.text);
+    EXPECT_TRUE(store->IsLoaded()) << row.text;
+    EXPECT_EQ(Compact(store), row.compact) << row.text;
+  }
+}
+
+TEST_P(SettingsFile, CountsAnythingElseAsDamaged) {
+  using namespace std::string_view_literals;
+  const std::string_view table[] = {
+      "",
+      " ",
+      "\n",
+      "\0"sv,
+      "\xEF\xBB\xBF{}",
+      "\xEF\xBB\xBF",
+      "\xFF\xFE{\0}\0"sv,
+      // The root is an object or an array, and nothing follows.
+      "1",
+      "-1.5",
+      "true",
+      "null",
+      "\"text\"",
+      "{}x",
+      "{},",
+      "{}{}",
+      "[]]",
+      "{}}",
+      "[1]2",
+      "{}//",
+      "{} /* */",
+      "{\"a\":1}\x01",
+      // Objects and arrays that are not whole.
+      "{",
+      "[",
+      "{\"a\"",
+      "{\"a\":",
+      "{\"a\":1",
+      "{\"a\":1,",
+      "[1",
+      "[1,",
+      "[[",
+      "[{]",
+      "{[}",
+      "]",
+      "}",
+      "[1,]",
+      "[,1]",
+      "[,]",
+      "[1,,2]",
+      "[1 2]",
+      "[1;2]",
+      "{\"a\":1,}",
+      "{,}",
+      "{\"a\"}",
+      "{\"a\",1}",
+      "{\"a\":1 \"b\":2}",
+      "{\"a\"::1}",
+      "{a:1}",
+      "{'a':1}",
+      "{1:1}",
+      "{null:1}",
+      "{\"a\":}",
+      "[:]",
+      "[\"a\":1]",
+      "{\"a\" b}",
+      "{\"a\":1\0}"sv,
+      // Words.
+      "[nul]",
+      "[nulll]",
+      "[NULL]",
+      "[True]",
+      "[tru]",
+      "[fals]",
+      "[undefined]",
+      "[NaN]",
+      "[-NaN]",
+      "[Infinity]",
+      "[-Infinity]",
+      "[Inf]",
+      "[nan]",
+      // Numbers.
+      "[+1]",
+      "[01]",
+      "[-01]",
+      "[00]",
+      "[-]",
+      "[--1]",
+      "[.5]",
+      "[-.5]",
+      "[1.]",
+      "[1.e1]",
+      "[1e]",
+      "[1e+]",
+      "[1E-]",
+      "[1e1.5]",
+      "[0x10]",
+      "[1_000]",
+      "[1a]",
+      "[0e]",
+      "[1.2.3]",
+      "[1 000.0]",
+      "[\xEF\xBC\x91]",
+      // Too large for a double: by its exponent, by its digits, and just so.
+      "[1e309]",
+      "[-1e400]",
+      "[1e999999999999]",
+      "[1.8e308]",
+      "[-1.8e308]",
+      "[2e308]",
+      // Texts.
+      "[\"]",
+      "[\"a]",
+      "[\"\\\"]",
+      "[\"\\a\"]",
+      "[\"\\x41\"]",
+      "[\"\\u\"]",
+      "[\"\\u12\"]",
+      "[\"\\u12g4\"]",
+      "[\"\\U0041\"]",
+      "[\"\n\"]",
+      "[\"\t\"]",
+      "[\"\x1F\"]",
+      "[\"a\0b\"]"sv,
+      "['a']",
+      "[\"\\ud800\"]",
+      "[\"\\ud800a\"]",
+      "[\"\\ud800\\n\"]",
+      "[\"\\ud800\\ud800\"]",
+      "[\\n]",
+      "[\"a\" \"b\"]",
+      "[a\"]",
+      // White space that JSON doesn't know, comments.
+      "[\f1]",
+      "[\v1]",
+      "[\xC2\xA0]",
+      "[1/**/]",
+      "// c\n[]",
+      "# c\n[]",
+  };
+  for (const std::string_view text : table) {
+    TMVUserDefaults* store = Load(text);
+    EXPECT_FALSE(store->IsLoaded()) << text;
+    EXPECT_EQ(Compact(store), "{}") << text;
+    EXPECT_EQ(GetFile(kFile), text);
+  }
+}
+
+TEST_P(SettingsFile, StartsEmptyWithoutAFile) {
+  TMVUserDefaults* store = Load();
+  EXPECT_FALSE(store->IsLoaded());
+  EXPECT_EQ(store->GetFilePath(), Path(kFile));
+  EXPECT_FALSE(Exists(kFile));
+  EXPECT_EQ(Saved(store), "{}");
+  EXPECT_FALSE(store->IsLoaded());
+  EXPECT_TRUE(Load()->IsLoaded());
+
+  MakeFolder("folder");
+  EXPECT_FALSE(InitUserDefaults("folder", Path("folder").c_str()));
+  EXPECT_FALSE(InitUserDefaults("none", Path("none/settings.json").c_str()));
+  EXPECT_FALSE(InitUserDefaults("empty path", ""));
+  EXPECT_FALSE(InitUserDefaults("no path", nullptr));
+  EXPECT_FALSE(InitUserDefaults("no UTF-8", "\xFF"));
+  for (const char* name : {"folder", "none", "empty path", "no path", "no UTF-8"}) {
+    GetUserDefaults(name)->Save();
+    EXPECT_EQ(Compact(GetUserDefaults(name)), "{}");
+  }
+}
+
+// Deeper than any thread's stack lets a parser or writer descend.
+TEST_P(SettingsFile, SurvivesDepth) {
+  const std::string deep = Nested(100000);
+  EXPECT_EQ(Compact(Load(deep)), deep);
+  EXPECT_FALSE(Load(deep.substr(1))->IsLoaded());
+  EXPECT_FALSE(Load(std::string(100000, '['))->IsLoaded());
+  EXPECT_FALSE(Load(std::string(100000, '[') + "\"")->IsLoaded());
+}
+
+}  // namespace

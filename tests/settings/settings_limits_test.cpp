@@ -1,0 +1,74 @@
+// What is left when the disk or the memory is full.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <fstream>
+#include <new>
+#include <string>
+
+#include "support/settings_store.h"
+
+namespace {
+
+using SettingsLimits = temvar_test::SettingsTest;
+INSTANTIATE_TEST_SUITE_P(, SettingsLimits, testing::Values(temvar_test::FolderKind::kPlain));
+
+void SetLimit(int resource, rlim_t value) {
+  rlimit limit = {};
+  ASSERT_EQ(getrlimit(static_cast<__rlimit_resource>(resource), &limit), 0);
+  limit.rlim_cur = value;
+  ASSERT_EQ(setrlimit(static_cast<__rlimit_resource>(resource), &limit), 0);
+}
+
+// The file holds the beginning of the new text, in whole blocks of the stream; the document stays,
+// and once there is room again, Save writes all of it.
+TEST_P(SettingsLimits, LeavesTheBeginningOnAFullDisk) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  TMVUserDefaults* store = Load("{\"old\":1}");
+  store->SetString("text", std::string(100000, 'x').c_str(), nullptr);
+  const std::string whole = Saved(store);
+  SetLimit(RLIMIT_FSIZE, 65536);
+  const std::string cut = Saved(store);
+  EXPECT_EQ(cut, whole.substr(0, cut.size()));
+  EXPECT_EQ(cut.size(), 65536u);
+  EXPECT_FALSE(Load()->IsLoaded());
+  SetLimit(RLIMIT_FSIZE, RLIM_INFINITY);
+  EXPECT_EQ(Saved(store), whole);
+}
+
+// Pages that the process uses, in bytes.
+size_t AddressSpace() {
+  size_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  return pages * 4096;
+}
+
+TEST_P(SettingsLimits, StaysWholeWhenMemoryIsShort) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers need the address space that this test takes away";
+#endif
+  std::string text = "{\"0\":0";
+  for (int i = 1; i < 300000; ++i) text += ",\"" + std::to_string(i) + "\":0";
+  TMVUserDefaults* store = Load(text + "}");
+  const std::string long_text(50 << 20, 'x');
+
+  // The array of members is full: the next one needs a larger array, for which there is no room.
+  SetLimit(RLIMIT_AS, AddressSpace() + (4 << 20));
+  EXPECT_THROW(store->SetInt("new", 1, nullptr), std::bad_alloc);
+  EXPECT_THROW(store->SetInt("new", 1, nullptr), std::bad_alloc);
+  EXPECT_THROW(store->SetString("1", long_text.c_str(), nullptr), std::bad_alloc);
+  EXPECT_THROW(store->Save(), std::bad_alloc);
+  EXPECT_THROW(store->StringifyValue(store->GetRootValue()), std::bad_alloc);
+  EXPECT_THROW(InitUserDefaults("other", Path(kFile).c_str()), std::bad_alloc);
+  SetLimit(RLIMIT_AS, RLIM_INFINITY);
+
+  EXPECT_EQ(GetUserDefaults("other"), nullptr);
+  EXPECT_EQ(Compact(store), text + "}");
+  for (int i = 0; i < 100; ++i) store->SetInt(("new" + std::to_string(i)).c_str(), i, nullptr);
+  EXPECT_EQ(store->GetInt("new99", nullptr), 99);
+  EXPECT_EQ(store->GetInt("299999", nullptr), 0);
+  EXPECT_EQ(GetFile(kFile), text + "}");
+}
+
+}  // namespace

@@ -1,0 +1,155 @@
+// The operations that work by key: typed reads, setters, parents.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/settings_store.h"
+
+namespace {
+
+using SettingsMembers = temvar_test::SettingsTest;
+INSTANTIATE_TEST_SUITE_P(, SettingsMembers, testing::Values(temvar_test::FolderKind::kPlain));
+
+constexpr char kAllTypes[] =
+    R"({"text":"abc","empty":"","int":-7,"big":4294967298,"huge":18446744073709551614,)"
+    R"("low":-9223372036854775807,"double":2.5,"whole":3.0,"yes":true,"no":false,"null":null,)"
+    R"("object":{"int":8,"inner":{"text":"x"}},"array":[1,"two"]})";
+
+TEST_P(SettingsMembers, ReadsAndConvertsNothing) {
+  TMVUserDefaults* store = Load(kAllTypes);
+  const struct {
+    const char* key;
+    const char* text;
+    int32_t number;
+  } table[] = {
+      {"text", "abc", 0}, {"empty", "", 0},  {"int", "", -7},  {"big", "", 2},    {"huge", "", -2},
+      {"low", "", 1},     {"double", "", 0}, {"whole", "", 0}, {"yes", "", 0},    {"no", "", 0},
+      {"null", "", 0},    {"object", "", 0}, {"array", "", 0}, {"absent", "", 0}, {"TEXT", "", 0},
+      {"", "", 0},        {nullptr, "", 0},
+  };
+  for (const auto& row : table) {
+    const std::string key = row.key == nullptr ? "null" : row.key;
+    EXPECT_STREQ(store->GetString(row.key, nullptr), row.text) << key;
+    EXPECT_EQ(store->GetInt(row.key, nullptr), row.number) << key;
+    const bool there = row.key != nullptr && key != "absent" && key != "TEXT" && !key.empty();
+    EXPECT_EQ(store->HasKey(row.key, nullptr), there) << key;
+    EXPECT_STREQ(store->GetValueString(store->GetValue(row.key, nullptr)), row.text) << key;
+    EXPECT_EQ(store->GetValueInt(store->GetValue(row.key, nullptr)), row.number) << key;
+  }
+}
+
+TEST_P(SettingsMembers, SetsWhateverWasThere) {
+  for (const char* key :
+       {"text", "empty", "int", "double", "yes", "null", "object", "array", "new"}) {
+    TMVUserDefaults* store = Load(kAllTypes);
+    store->SetString(key, "changed", nullptr);
+    EXPECT_STREQ(store->GetString(key, nullptr), "changed") << key;
+    EXPECT_EQ(store->GetInt(key, nullptr), 0);
+    for (const int32_t number : {0, -1, INT32_MAX, INT32_MIN}) {
+      store->SetInt(key, number, nullptr);
+      EXPECT_EQ(store->GetInt(key, nullptr), number) << key;
+      EXPECT_STREQ(store->GetString(key, nullptr), "");
+    }
+  }
+  TMVUserDefaults* store = Load("{}");
+  store->SetString("", "empty key", nullptr);
+  store->SetString("null", nullptr, nullptr);
+  store->SetString(nullptr, "x", nullptr);
+  store->SetInt(nullptr, 1, nullptr);
+  EXPECT_EQ(Compact(store), R"({"":"empty key","null":""})");
+}
+
+TEST_P(SettingsMembers, WorksOnAnyObject) {
+  TMVUserDefaults* store = Load(kAllTypes);
+  TMVUserDefaults::Value* object = store->GetValue("object", nullptr);
+  TMVUserDefaults::Value* inner = store->GetValue("inner", object);
+  EXPECT_EQ(store->GetInt("int", object), 8);
+  EXPECT_STREQ(store->GetString("text", inner), "x");
+  store->SetString("text", "y", inner);
+  store->SetInt("more", 1, inner);
+  EXPECT_EQ(Compact(store, object), R"({"int":8,"inner":{"text":"y","more":1}})");
+  EXPECT_STREQ(store->GetString("text", store->GetRootValue()), "abc");
+}
+
+// What is no object has no members and takes none: neither the shared null value, which is
+// everybody's, nor a root that is an array.
+TEST_P(SettingsMembers, FindsAndSetsNothingOutsideObjects) {
+  TMVUserDefaults* store = Load(kAllTypes);
+  const std::string before = Compact(store);
+  for (const char* key : {"text", "int", "yes", "null", "array", "absent"}) {
+    TMVUserDefaults::Value* parent = store->GetValue(key, nullptr);
+    store->SetString("a", "b", parent);
+    store->SetInt("a", 1, parent);
+    EXPECT_FALSE(store->HasKey("a", parent)) << key;
+    EXPECT_STREQ(store->GetString("a", parent), "");
+    EXPECT_EQ(Compact(store, store->GetValue("a", parent)), "null");
+  }
+  EXPECT_EQ(Compact(store), before);
+
+  store = Load("[{\"a\":1}]");
+  store->SetInt("b", 2, nullptr);
+  EXPECT_FALSE(store->HasKey("a", nullptr));
+  EXPECT_EQ(Compact(store), "[{\"a\":1}]");
+  EXPECT_EQ(store->GetInt("a", store->GetArrayElement(store->GetRootValue(), 0)), 1);
+}
+
+TEST_P(SettingsMembers, ComparesKeysByTheirBytes) {
+  TMVUserDefaults* store = Load(R"({"a\u0000b":1,"a":2,"ab":3,"\u00e9":4})");
+  EXPECT_EQ(store->GetInt("a", nullptr), 2);
+  EXPECT_EQ(store->GetInt("ab", nullptr), 3);
+  EXPECT_EQ(store->GetInt("\xC3\xA9", nullptr), 4);
+  EXPECT_FALSE(store->HasKey("\xE9", nullptr));
+}
+
+TEST_P(SettingsMembers, SplitsTriples) {
+  TMVUserDefaults* store = Load("{\"number\":789}");
+  const struct {
+    const char* text;
+    int32_t first, second, third;
+  } table[] = {
+      {"7,8,9", 7, 8, 9},
+      {"7, x,9z", 7, 0, 9},
+      {"-1,+2, \t3", -1, 2, 3},
+      {"1,2,3,4", 1, 2, 3},
+      {"1,2,3 4", 1, 2, 3},
+      {",,", 0, 0, 0},
+      {",5", 0, 5, 0},
+      {"1", 1, 0, 0},
+      {"1,2", 1, 2, 0},
+      {"", 0, 0, 0},
+      {"x", 0, 0, 0},
+      {"1.9,0x10,1e3", 1, 0, 1},
+      {"2147483647,-2147483648,0", INT32_MAX, INT32_MIN, 0},
+      {"2147483648,-2147483649,99999999999999999999", INT32_MAX, INT32_MIN, INT32_MAX},
+  };
+  for (const auto& row : table) {
+    store->SetString("key", row.text, nullptr);
+    const IntTriple triple = store->GetIntTriple("key", nullptr);
+    EXPECT_EQ(triple.First, row.first) << row.text;
+    EXPECT_EQ(triple.Second, row.second) << row.text;
+    EXPECT_EQ(triple.Third, row.third) << row.text;
+    EXPECT_STREQ(store->GetString("key", nullptr), row.text);
+  }
+  EXPECT_EQ(store->GetIntTriple("number", nullptr).First, 0);
+  EXPECT_EQ(store->GetIntTriple("absent", nullptr).Third, 0);
+}
+
+TEST_P(SettingsMembers, KeepsTextsUntilTheRelease) {
+  TMVUserDefaults* store = Load(R"({"short":"abc","long":"a text that is longer than a value"})");
+  const char* loaded = store->GetString("short", nullptr);
+  const char* longer = store->GetString("long", nullptr);
+  const char* name =
+      store->GetValueString(store->GetMemberName(store->GetMemberBegin(store->GetRootValue())));
+  store->SetString("short", "xyz", nullptr);
+  const char* set = store->GetString("short", nullptr);
+  store->SetString("short", loaded, nullptr);  // a text of the document itself
+  store->SetInt("long", 1, nullptr);
+  for (int i = 0; i < 100; ++i) store->SetInt(std::to_string(i).c_str(), i, nullptr);
+  EXPECT_STREQ(loaded, "abc");
+  EXPECT_STREQ(longer, "a text that is longer than a value");
+  EXPECT_STREQ(name, "short");
+  EXPECT_STREQ(set, "xyz");
+  EXPECT_STREQ(store->GetString("short", nullptr), "abc");
+}
+
+}  // namespace

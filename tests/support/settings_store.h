@@ -1,0 +1,52 @@
+// A settings store over a file of the test's own.
+#ifndef TEMVAR_TESTS_SUPPORT_SETTINGS_STORE_H_
+#define TEMVAR_TESTS_SUPPORT_SETTINGS_STORE_H_
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+#include "support/work_folder.h"
+#include "temvar/temvar.h"
+
+namespace temvar_test {
+
+class SettingsTest : public WorkFolderTest {
+ protected:
+  static constexpr char kFile[] = "settings.json";
+
+  // A new store of that file, registered as "test".
+  TMVUserDefaults* Load() {
+    const bool loaded = InitUserDefaults("test", Path(kFile).c_str());
+    TMVUserDefaults* store = GetUserDefaults("test");
+    EXPECT_EQ(store->IsLoaded(), loaded);
+    return store;
+  }
+
+  // The same with this text in the file.
+  TMVUserDefaults* Load(std::string_view text) {
+    PutFile(kFile, text);
+    return Load();
+  }
+
+  // What the store writes to the file.
+  std::string Saved(TMVUserDefaults* store) {
+    store->Save();
+    return GetFile(kFile);
+  }
+
+  static std::string Compact(TMVUserDefaults* store, TMVUserDefaults::Value* value) {
+    char* text = store->StringifyValue(value);
+    const std::string copy(text);
+    TmvUtilityString()->FreeString(text);
+    return copy;
+  }
+  static std::string Compact(TMVUserDefaults* store) {
+    return Compact(store, store->GetRootValue());
+  }
+};
+
+}  // namespace temvar_test
+
+#endif  // TEMVAR_TESTS_SUPPORT_SETTINGS_STORE_H_
