@@ -225,7 +225,7 @@ TEST_P(SettingsFile, StartsEmptyWithoutAFile) {
 // Deeper than any thread's stack lets a parser or writer descend.
 TEST_P(SettingsFile, SurvivesDepth) {
   const std::string deep = Nested(100000);
-  EXPECT_EQ(Compact(Load(deep)), deep);
+  EXPECT_TRUE(Compact(Load(deep)) == deep);
   EXPECT_FALSE(Load(deep.substr(1))->IsLoaded());
   EXPECT_FALSE(Load(std::string(100000, '['))->IsLoaded());
   EXPECT_FALSE(Load(std::string(100000, '[') + "\"")->IsLoaded());
