@@ -87,7 +87,7 @@ std::vector<RkTaskPoolImpl::PendingTask> RkTaskPoolImpl::ExtractQueued(
     }
   }
   pendingTasks_.swap(kept);
-  queuedCount_ = static_cast<uint32_t>(pendingTasks_.size());
+  NoteQueued();
   return extracted;
 }
 

@@ -45,7 +45,7 @@ void RkTaskPoolImpl::Stop() {
     MutexLock queue(queueMutex_);
     running.swap(runningTasks_);
     pending.swap(pendingTasks_);
-    queuedCount_ = 0;
+    NoteQueued();
   }
   running.clear();
   while (!pending.empty()) pending.pop_front();
@@ -77,7 +77,7 @@ void RkTaskPoolImpl::StopWorkers() {
 void RkTaskPoolImpl::ForgetIdle(RkTaskThreadImpl* thread) {
   MutexLock idle(idleMutex_);
   std::erase(idleThreads_, thread);
-  idleCount_ = static_cast<uint32_t>(idleThreads_.size());
+  NoteIdle();
 }
 
 void RkTaskPoolImpl::RunDispatcher() {

@@ -21,7 +21,7 @@ void RkTaskPoolImpl::AddTask(RkTask* task) {
     if (idleThreads_.empty()) {
       workCondition_.NotifyOne();
     } else {
-      PairOldest();
+      PairOldest(nullptr);
     }
     return;
   }
@@ -54,7 +54,7 @@ void RkTaskPoolImpl::DispatchOne(uint32_t& pending, uint32_t& idle) {
   }
   {
     MutexLock queueLock(queueMutex_);
-    if (!pendingTasks_.empty() && !stopRequested_) PairOldest();
+    if (!pendingTasks_.empty() && !stopRequested_) PairOldest(nullptr);
     pending = static_cast<uint32_t>(pendingTasks_.size());
   }
   idle = static_cast<uint32_t>(idleThreads_.size());
@@ -79,7 +79,7 @@ void RkTaskPoolImpl::ThreadIdle(RkTaskThread* thread) {
 
   MutexLock idle(idleMutex_);
   idleThreads_.push_back(worker);
-  ++idleCount_;
+  NoteIdle();
   worker->TakeAssignment(task, func);
 
   MutexLock queue(queueMutex_);
@@ -87,7 +87,7 @@ void RkTaskPoolImpl::ThreadIdle(RkTaskThread* thread) {
     running = TakeRunning(task.get());
     if (running) Notify(nullptr, kTaskPoolAddThreadToPool);
   }
-  if (!pendingTasks_.empty() && !stopRequested_) PairOldest();
+  if (!pendingTasks_.empty() && !stopRequested_) PairOldest(worker);
 }
 
 void RkTaskPoolImpl::WaitForWork() {
@@ -111,21 +111,22 @@ void RkTaskPoolImpl::WaitForPoll() {
 void RkTaskPoolImpl::Append(PendingTask entry) {
   entry.serial = nextSerial_++;
   pendingTasks_.push_back(std::move(entry));
-  ++queuedCount_;
+  NoteQueued();
 }
 
-// The oldest queued task goes to the worker that has been idle longest.
-void RkTaskPoolImpl::PairOldest() {
+// The oldest queued task goes to the worker that has been idle longest. `caller` is the worker that
+// makes this pass, or null; it looks for an assignment before it sleeps and needs no waking.
+void RkTaskPoolImpl::PairOldest(const RkTaskThreadImpl* caller) {
   RkTaskThreadImpl* const worker = idleThreads_.front();
   RkTask* task = pendingTasks_.front().task.get();
   // The queue's references become the worker's.
   worker->Assign(std::move(pendingTasks_.front().task), std::move(pendingTasks_.front().func));
   Notify(&task, kTaskPoolReadyToRunThread);
   idleThreads_.pop_front();
-  --idleCount_;
+  NoteIdle();
   pendingTasks_.pop_front();
-  --queuedCount_;
-  worker->Wake();
+  NoteQueued();
+  if (worker != caller) worker->Wake();
 }
 
 // Takes the first entry of this task out of the running list. The result keeps its reference.

@@ -65,10 +65,16 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   void RunDispatcher();
   void WaitForPoll() TMV_REQUIRES(queueMutex_);
   void Append(PendingTask entry) TMV_REQUIRES(queueMutex_);
-  void PairOldest() TMV_REQUIRES(idleMutex_, queueMutex_);
+  void PairOldest(const RkTaskThreadImpl* caller) TMV_REQUIRES(idleMutex_, queueMutex_);
   Ref<RkTaskImpl> TakeRunning(RkTaskImpl* task) TMV_REQUIRES(queueMutex_);
   std::vector<PendingTask> ExtractQueued(const std::vector<uint64_t>& serials)
       TMV_EXCLUDES(queueMutex_);
+  void NoteIdle() TMV_REQUIRES(idleMutex_) {
+    idleCount_.store(static_cast<uint32_t>(idleThreads_.size()), std::memory_order_release);
+  }
+  void NoteQueued() TMV_REQUIRES(queueMutex_) {
+    queuedCount_.store(static_cast<uint32_t>(pendingTasks_.size()), std::memory_order_release);
+  }
   void ThrowIfWorker() const;
   void StopWorkers();
 

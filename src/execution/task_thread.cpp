@@ -37,8 +37,9 @@ void RkTaskThreadImpl::Assign(Ref<RkTaskImpl> task, Ref<RkTaskFuncImpl> func) {
 }
 
 void RkTaskThreadImpl::TakeAssignment(Ref<RkTaskImpl>& task, Ref<RkTaskFuncImpl>& func) {
-  RkTaskImpl* const assigned = task_.exchange(nullptr, std::memory_order_acq_rel);
+  RkTaskImpl* const assigned = AssignedTask();
   if (assigned == nullptr) return;
+  task_.store(nullptr, std::memory_order_relaxed);
   task = Ref<RkTaskImpl>::Adopt(assigned);
   func = Ref<RkTaskFuncImpl>::Adopt(std::exchange(func_, nullptr));
 }
@@ -58,16 +59,16 @@ void RkTaskThreadImpl::ThreadMain() {
   Unlock();
 }
 
+// The assignment's references hold task and function until ReportIdle, so the call needs none of
+// its own; the data has one, in case the callback gives its holder other data.
 void RkTaskThreadImpl::RunAssignment() {
-  const Ref<RkTaskImpl> task(AssignedTask());
-  if (!task) return;
-  const Ref<RkTaskFuncImpl> func(func_);
-  if (!func) return;
-  const Ref<RkTaskDataImpl> data = func->Data();
+  RkTaskImpl* const task = AssignedTask();
+  if (task == nullptr || func_ == nullptr) return;
+  const Ref<RkTaskDataImpl> data = func_->Data();
   if (pool_ != nullptr) pool_->MarkRunning(this);
-  if (const RkTaskCallback callback = func->GetCallback()) {
-    current_task = task.get();
-    callback(task.get(), data.get());
+  if (const RkTaskCallback callback = func_->GetCallback()) {
+    current_task = task;
+    callback(task, data.get());
     current_task = nullptr;
   }
 }

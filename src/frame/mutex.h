@@ -83,11 +83,11 @@ class Condition {
   std::atomic<int> waiters_{0};
 };
 
-// Lets threads wait for a state that changes under locks which the notifier may not combine with
-// theirs:
+// Lets threads wait for a state whose changes are told while other locks are held:
 //   for (;;) { key = PrepareWait(); if (test()) { CancelWait(); break; } Wait(key); }
-// A notification that comes between PrepareWait and Wait ends the wait, so none is lost. Without
-// waiters a notification costs two atomic operations.
+// The state changes under a mutex that the test takes, and NotifyAll comes after the change. So a
+// waiter whose test missed the change has registered before it and is seen: no notification is
+// lost, and one without waiters costs a read.
 class EventCount {
  public:
   using Key = uint64_t;
@@ -104,13 +104,13 @@ class EventCount {
       MutexLock lock(mutex_);
       condition_.Wait(mutex_, [this, key] { return epoch_.load() != key; });
     }
-    waiters_.fetch_sub(1);
+    CancelWait();
   }
 
   void NotifyAll() {
-    epoch_.fetch_add(1);
-    if (waiters_.load() == 0) return;
+    if (waiters_.load(std::memory_order_acquire) == 0) return;
     MutexLock lock(mutex_);
+    epoch_.fetch_add(1);
     condition_.NotifyAll();
   }
 

@@ -9,6 +9,9 @@
 #include "temvar/task_schedular.h"
 
 namespace temvar {
+namespace {
+std::atomic<uint64_t> rename_count{0};
+}  // namespace
 
 RkTaskImpl::RkTaskImpl() { StoreName("0"); }
 
@@ -73,9 +76,12 @@ void RkTaskImpl::SetNameNumber(int64_t number) { StoreName(std::to_string(number
 void RkTaskImpl::SetName(const char* name) { StoreName(name == nullptr ? "" : name); }
 
 void RkTaskImpl::StoreName(std::string name) {
-  nameHash_ = TaskName(std::string_view(name)).hash;
+  nameHash_ = TaskName(std::string_view(name)).ShortHash();
   name_ = std::move(name);
+  if (inPackage_.load(std::memory_order_relaxed)) rename_count.fetch_add(1);
 }
+
+uint64_t RenameCount() { return rename_count.load(); }
 
 // RkTask is a virtual base, so a static downcast doesn't exist and dynamic_cast walks the
 // hierarchy. The three classes are all there are: the exact type and the address of the whole

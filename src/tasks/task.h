@@ -21,9 +21,15 @@ struct TaskName {
   explicit TaskName(std::string_view name)
       : text(name), hash(std::hash<std::string_view>()(name)) {}
 
+  uint32_t ShortHash() const { return static_cast<uint32_t>(hash); }
+
   std::string_view text;
   size_t hash;
 };
+
+// How often a task that stands in a package was renamed, over all packages: what a package has
+// noted of its children's names holds for as long as this stands still.
+uint64_t RenameCount();
 
 // Name, func and data are set up by the host before the task is handed over, and are only read from
 // then on. Type and state are read from any thread; the scheduler writes the state under its state
@@ -55,7 +61,11 @@ class RkTaskImpl : public virtual RkTask {
   int32_t State() const { return state_.load(std::memory_order_acquire); }
   const std::string& Name() const { return name_; }
   const Ref<RkTaskFuncImpl>& Func() const { return func_; }
-  bool HasName(const TaskName& name) const { return nameHash_ == name.hash && name_ == name.text; }
+  bool HasName(const TaskName& name) const { return name_ == name.text; }
+  uint32_t NameHash() const { return nameHash_; }
+
+  // From now on the task stands in a package.
+  void SetInPackage() { inPackage_.store(true, std::memory_order_relaxed); }
 
   void AddRef() { refCount_.fetch_add(1, std::memory_order_relaxed); }
   void Release();
@@ -75,7 +85,8 @@ class RkTaskImpl : public virtual RkTask {
   std::atomic<int32_t> type_{kTaskTypePlain};
   std::atomic<int32_t> state_{kTaskStateCreated};
   bool internal_ = false;
-  size_t nameHash_;
+  std::atomic<bool> inPackage_{false};
+  uint32_t nameHash_ = 0;
   std::string name_;
   Ref<RkTaskDataImpl> data_;
   Ref<RkTaskFuncImpl> func_;

@@ -36,16 +36,7 @@ void RkTaskEventImpl::SweepTasks(RkTaskImpl* package, int32_t fromState, int32_t
 
 RkTaskImpl* RkTaskEventImpl::FindInPackage(RkTaskImpl* package, const TaskName& name) {
   const RkTaskPackageImpl* const parent = ToPackage(package);
-  if (parent == nullptr) return nullptr;
-  for (const Ref<RkTaskImpl>& child : parent->Tasks()) {
-    if (!child) continue;
-    if (child->Type() == kTaskTypePackage) {
-      if (RkTaskImpl* const hit = FindInPackage(child.get(), name)) return hit;
-    } else if (child->HasName(name)) {
-      return child.get();
-    }
-  }
-  return nullptr;
+  return parent == nullptr ? nullptr : parent->FindTask(name);
 }
 
 RkTaskImpl* RkTaskEventImpl::FindTask(const TaskName& name) const {

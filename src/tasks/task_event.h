@@ -34,7 +34,7 @@ class RkTaskEventImpl final : public RkTaskImpl, public RkTaskEvent {
   // The first plain task of this name below `package`, depth first, or null. No reference is added.
   static RkTaskImpl* FindInPackage(RkTaskImpl* package, const TaskName& name);
 
-  // FindInPackage over the packages in order.
+  // The same over the packages in order.
   RkTaskImpl* FindTask(const TaskName& name) const;
 
   // Takes the task out of pausedTasks, with the list's reference. False if it isn't there.

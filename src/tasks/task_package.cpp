@@ -1,6 +1,7 @@
 #include "tasks/task_package.h"
 
 #include <algorithm>
+#include <limits>
 #include <stdexcept>
 #include <typeinfo>
 
@@ -8,6 +9,25 @@
 #include "tasks/bound_call.h"
 
 namespace temvar {
+namespace {
+
+// Index of the first entry from `start` on that is `hash`, or the size. Whole blocks are compared
+// at once, in a form that compilers turn into vector instructions: a report of a task spends its
+// time here.
+size_t FindHash(const std::vector<uint32_t>& hashes, size_t start, uint32_t hash) {
+  constexpr size_t kBlock = 32;
+  const uint32_t* const data = hashes.data();
+  size_t i = start;
+  for (; i + kBlock <= hashes.size(); i += kBlock) {
+    uint32_t hits = 0;
+    for (size_t j = 0; j < kBlock; ++j) hits |= data[i + j] == hash ? 1u : 0u;
+    if (hits != 0) break;
+  }
+  while (i < hashes.size() && data[i] != hash) ++i;
+  return i;
+}
+
+}  // namespace
 
 RkTaskPackageImpl::RkTaskPackageImpl() {
   SetType(kTaskTypePackage);
@@ -20,16 +40,22 @@ RkTaskPackageImpl::~RkTaskPackageImpl() {
 }
 
 void RkTaskPackageImpl::AddTask(RkTask* task) {
-  Ref<RkTaskImpl> child(ToImpl(task));
-  const KeyedLock lock(this);
-  tasks_.push_back(std::move(child));
+  InsertTask(task, std::numeric_limits<uint32_t>::max());
 }
 
 void RkTaskPackageImpl::InsertTask(RkTask* task, uint32_t index) {
   Ref<RkTaskImpl> child(ToImpl(task));
+  if (child) child->SetInPackage();
   const KeyedLock lock(this);
-  const size_t position = std::min<size_t>(index, tasks_.size());
-  tasks_.insert(tasks_.begin() + static_cast<std::ptrdiff_t>(position), std::move(child));
+  // Beyond the end counts as the end.
+  const auto position = static_cast<std::ptrdiff_t>(std::min<size_t>(index, tasks_.size()));
+  // Room first, so that a failed allocation leaves both lists alike.
+  if (nameHashes_.size() == nameHashes_.capacity()) nameHashes_.reserve(2 * tasks_.size() + 8);
+  const uint32_t hash = child ? child->NameHash() : 0;
+  const bool nested = child && child->Type() == kTaskTypePackage;
+  tasks_.insert(tasks_.begin() + position, std::move(child));
+  nameHashes_.insert(nameHashes_.begin() + position, hash);
+  hasNested_ = hasNested_ || nested;
 }
 
 void RkTaskPackageImpl::SetContinueOnFailure(bool continueOnFailure) {
@@ -80,6 +106,29 @@ bool RkTaskPackageImpl::InsertAfter(RkTask* after, RkTask* task) {
   if (hit == copy.end()) return false;
   InsertTask(task, static_cast<uint32_t>(hit - copy.begin()) + 1);
   return true;
+}
+
+RkTaskImpl* RkTaskPackageImpl::FindTask(const TaskName& name) const {
+  if (hashedAtRename_ != RenameCount()) RefreshHashes();
+  for (size_t i = 0; i < tasks_.size(); ++i) {
+    if (!hasNested_) i = FindHash(nameHashes_, i, name.ShortHash());
+    if (i == tasks_.size()) break;
+    RkTaskImpl* const child = tasks_[i].get();
+    if (child == nullptr) continue;
+    if (child->Type() == kTaskTypePackage) {
+      const RkTaskPackageImpl* const nested = ToPackage(child);
+      RkTaskImpl* const hit = nested == nullptr ? nullptr : nested->FindTask(name);
+      if (hit != nullptr) return hit;
+    } else if (child->HasName(name)) {
+      return child;
+    }
+  }
+  return nullptr;
+}
+
+void RkTaskPackageImpl::RefreshHashes() const {
+  hashedAtRename_ = RenameCount();
+  for (size_t i = 0; i < tasks_.size(); ++i) nameHashes_[i] = tasks_[i] ? tasks_[i]->NameHash() : 0;
 }
 
 RkTask* RkTaskPackageImpl::ChildAt(size_t index) const { return Ref(tasks_[index]).Detach(); }

@@ -37,14 +37,22 @@ class RkTaskPackageImpl final : public RkTaskImpl, public RkTaskPackage {
   // For the scheduler, see 2.
   using Children = std::vector<Ref<RkTaskImpl>>;
   const Children& Tasks() const { return tasks_; }
+  // The first plain task of this name, depth first, or null. No reference is added.
+  RkTaskImpl* FindTask(const TaskName& name) const;
   uint32_t CurrentIndex() const { return currentIndex_.load(std::memory_order_relaxed); }
   void SetCurrentIndex(uint32_t index) { currentIndex_.store(index, std::memory_order_relaxed); }
   bool ContinueOnFailure() const { return continueOnFailure_.load(std::memory_order_relaxed); }
 
  private:
   RkTask* ChildAt(size_t index) const;
+  void RefreshHashes() const;
 
   Children tasks_;
+  // The name hash of each child, side by side: a search reads these, and a child only on a hit.
+  // Made anew by the search when a child was renamed since; guarded like tasks_, see 2.
+  mutable std::vector<uint32_t> nameHashes_;
+  mutable uint64_t hashedAtRename_ = 0;
+  mutable bool hasNested_ = false;
   std::atomic<uint32_t> currentIndex_{0};
   std::atomic<bool> continueOnFailure_{true};
 };
