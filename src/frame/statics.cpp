@@ -7,6 +7,7 @@
 #include "frame/keyed_locks.h"
 #include "scheduler/sync.h"
 #include "scheduler/task_schedular.h"
+#include "utilities/identifier_state.h"
 
 namespace temvar {
 namespace {
@@ -33,12 +34,15 @@ class StaticObject {
 
 StaticObject<LockTable> lock_table_object;
 StaticObject<Mutex> lock_table_guard_object;
+IdentifierState identifier_state;
 StaticObject<RkTaskPoolImpl> pool_object;
 StaticObject<RkTaskSchedularImpl> schedular_object;
 
 constinit TMVLockImpl lock_object;
 
 }  // namespace
+
+IdentifierState& GetIdentifierState() { return identifier_state; }
 
 LockTable& lock_table = lock_table_object.Get();
 Mutex& lock_table_guard = lock_table_guard_object.Get();

@@ -40,7 +40,9 @@ char* TMVUtilityAppImpl::NewPrefixedId(const char* prefix) {
 }
 
 int64_t TMVUtilityAppImpl::NextSerial() {
-  return int32_t{GetIdentifierState().serial.fetch_add(2)} + int64_t{2};
+  // Atomic addition wraps around; the sum of the old value has to be made to.
+  const auto before = static_cast<uint32_t>(GetIdentifierState().serial.fetch_add(2));
+  return static_cast<int32_t>(before + 2);
 }
 
 }  // namespace temvar
