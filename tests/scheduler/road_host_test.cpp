@@ -93,6 +93,9 @@ struct PackageCase {
   int32_t packageState;
 };
 
+// For the name of the test, which must not change from run to run.
+void PrintTo(const PackageCase& row, std::ostream* out) { *out << row.reports; }
+
 class PackageEnd : public testing::TestWithParam<PackageCase> {};
 
 TEST_P(PackageEnd, FollowsFromTheReports) {
@@ -124,7 +127,10 @@ INSTANTIATE_TEST_SUITE_P(
     Reports, PackageEnd,
     testing::Values(PackageCase{"sss", true, "111", 1}, PackageCase{"sfs", true, "161", 1},
                     PackageCase{"ssf", true, "116", 6}, PackageCase{"f", true, "6", 6},
-                    PackageCase{"fss", false, "600", 6}, PackageCase{"sfs", false, "160", 6}));
+                    PackageCase{"fss", false, "600", 6}, PackageCase{"sfs", false, "160", 6}),
+    [](const testing::TestParamInfo<PackageCase>& row) {
+      return std::string(row.param.reports) + (row.param.continueOnFailure ? "_goes_on" : "_stops");
+    });
 
 TEST(Road, AnEventTakesTheStateOfThePackageThatEndedLast) {
   RunningPool pool(2);
