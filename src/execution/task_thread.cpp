@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "execution/task_pool.h"
+#include "platform/crash_thread.h"
 #include "platform/thread_name.h"
 #include "tasks/current_task.h"
 
@@ -45,6 +46,7 @@ void RkTaskThreadImpl::TakeAssignment(Ref<RkTaskImpl>& task, Ref<RkTaskFuncImpl>
 }
 
 void RkTaskThreadImpl::ThreadMain() {
+  const CrashThreadScope crash_stack;
   SetCurrentThreadName("temvar-worker");
   Lock();
   while (!stopRequested_.load(std::memory_order_acquire)) {

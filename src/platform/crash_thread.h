@@ -1,0 +1,30 @@
+// Room for a crash report on a thread that has used up its stack.
+#ifndef TEMVAR_PLATFORM_CRASH_THREAD_H_
+#define TEMVAR_PLATFORM_CRASH_THREAD_H_
+
+namespace temvar {
+
+// Lives on the stack of a thread, from the thread's first statement to its last, and gives that
+// thread the stack that the crash handlers run on, 256 KiB between two guard pages. Without one, a
+// thread still reports every crash but its own stack overflow. On Windows, where the handlers run
+// on what is left of the thread's stack, it asks the system to keep 64 KiB there.
+// A thread that has such a stack already, and a large enough one, keeps it. Never throws: without
+// memory the thread goes without.
+class CrashThreadScope {
+ public:
+  CrashThreadScope() noexcept;
+  ~CrashThreadScope();
+  CrashThreadScope(const CrashThreadScope&) = delete;
+  CrashThreadScope& operator=(const CrashThreadScope&) = delete;
+
+ private:
+  void* stack_ = nullptr;  // What this scope made; null when there is nothing to give back.
+};
+
+// The same for a thread that this library did not start: the room stays for the life of the
+// process. A second call on one thread does nothing.
+void KeepCrashStack() noexcept;
+
+}  // namespace temvar
+
+#endif  // TEMVAR_PLATFORM_CRASH_THREAD_H_

@@ -1,0 +1,113 @@
+#include "platform/crash_clock.h"
+
+#include <time.h>
+
+namespace temvar {
+namespace {
+
+constexpr int64_t kDay = 24 * 60 * 60;
+constexpr int kYearsAhead = 5;
+constexpr size_t kMaxOffsets = 32;
+
+// From `since` on, local time is UTC plus `offset` seconds. In the order of time; an offset holds
+// until the next one begins.
+struct ZoneOffset {
+  int64_t since;
+  int64_t offset;
+};
+
+constinit ZoneOffset offsets[kMaxOffsets] = {};
+constinit size_t offset_count = 0;
+
+int64_t OffsetAt(int64_t moment) {
+  const time_t value = moment;
+  tm local = {};
+  return localtime_r(&value, &local) != nullptr ? local.tm_gmtoff : 0;
+}
+
+// The first second in (`early`, `late`] at which the offset is no longer that of `early`.
+int64_t FindChange(int64_t early, int64_t late) {
+  const int64_t offset = OffsetAt(early);
+  while (late - early > 1) {
+    const int64_t middle = early + (late - early) / 2;
+    (OffsetAt(middle) == offset ? early : late) = middle;
+  }
+  return late;
+}
+
+int64_t OffsetFor(int64_t moment) {
+  int64_t offset = 0;
+  for (size_t i = 0; i < offset_count; ++i) {
+    if (i == 0 || offsets[i].since <= moment) offset = offsets[i].offset;
+  }
+  return offset;
+}
+
+struct Date {
+  int64_t year;
+  int64_t month;
+  int64_t day;
+};
+
+// Civil date of a day number, counted from 1970-01-01. Years are taken to begin in March, so that
+// the leap day is the last of its year; 400 of them have 146,097 days.
+Date DateOfDay(int64_t day_number) {
+  const int64_t shifted = day_number + 719468;  // From 0000-03-01.
+  const int64_t era = (shifted >= 0 ? shifted : shifted - 146096) / 146097;
+  const int64_t day_of_era = shifted - era * 146097;
+  const int64_t year_of_era =
+      (day_of_era - day_of_era / 1460 + day_of_era / 36524 - day_of_era / 146096) / 365;
+  const int64_t day_of_year =
+      day_of_era - (365 * year_of_era + year_of_era / 4 - year_of_era / 100);
+  const int64_t march_month = (5 * day_of_year + 2) / 153;
+  Date date = {};
+  date.day = day_of_year - (153 * march_month + 2) / 5 + 1;
+  date.month = march_month < 10 ? march_month + 3 : march_month - 9;
+  date.year = year_of_era + era * 400 + (date.month <= 2 ? 1 : 0);
+  return date;
+}
+
+char* WriteDigits(char* at, int64_t value, int digits) {
+  for (int i = digits - 1; i >= 0; --i) {
+    at[i] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  }
+  return at + digits;
+}
+
+}  // namespace
+
+void PrepareCrashTime() {
+  tzset();
+  int64_t day = time(nullptr);
+  const int64_t end = day + kYearsAhead * 366 * kDay;
+  offset_count = 0;
+  offsets[offset_count++] = {day, OffsetAt(day)};
+  for (; day < end && offset_count < kMaxOffsets; day += kDay) {
+    if (OffsetAt(day + kDay) == offsets[offset_count - 1].offset) continue;
+    const int64_t change = FindChange(day, day + kDay);
+    offsets[offset_count++] = {change, OffsetAt(change)};
+  }
+}
+
+bool CrashTime(char (&text)[32]) {
+  timespec now = {};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return CrashTimeOf(now.tv_sec, text);
+}
+
+bool CrashTimeOf(int64_t time, char (&text)[32]) {
+  const int64_t local = time + OffsetFor(time);
+  const int64_t second = (local % kDay + kDay) % kDay;
+  const Date date = DateOfDay((local - second) / kDay);
+  char* at = WriteDigits(text, date.year, 4);
+  at = WriteDigits(at, date.month, 2);
+  at = WriteDigits(at, date.day, 2);
+  at = WriteDigits(at, second / 3600, 2);
+  at = WriteDigits(at, second / 60 % 60, 2);
+  at = WriteDigits(at, second % 60, 2);
+  *at = '\0';
+  return true;
+}
+
+}  // namespace temvar
