@@ -1,0 +1,109 @@
+// A host that crashes on request: crash_child WAY DIRECTORY LOG [OPTION...]
+//
+// It installs the report for DIRECTORY and crashes in the given way (faults.h). What it does and
+// what its callbacks are told goes line by line into LOG. Options:
+//   destroyed     destroys the handle before the crash
+//   exiting       sets the host's exit flag before the crash
+//   bystander     starts a thread that does nothing, named in the log
+//   no-collect, no-notify    installs without that callback
+//   second        calls Install again, with another directory and the same callbacks
+//   leave-files   the collect callback writes files and leaves a block
+//   crash-in-collect         the collect callback crashes too
+//   catch         the host takes care of the fault itself, and the process runs on
+#include <temvar/temvar.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "crash/faults.h"
+
+namespace {
+
+std::string log_path;
+std::vector<std::string> options;
+bool exit_flag = false;
+
+bool Has(const char* option) {
+  return std::find(options.begin(), options.end(), option) != options.end();
+}
+
+void Log(const std::string& line) {
+  if (std::FILE* const file = std::fopen(log_path.c_str(), "ab")) {
+    std::fprintf(file, "%s\n", line.c_str());
+    std::fclose(file);
+  }
+}
+
+std::string Utf8(const TmvWideChar* wide) {
+  char* const text = TmvUtilityString()->WideToUtf8(wide);
+  const std::string result(text);
+  TmvUtilityString()->FreeString(text);
+  return result;
+}
+
+void OnReport(const TmvWideChar* archive) {
+  // By now the archive is complete.
+  const bool there = std::filesystem::exists(std::filesystem::u8path(Utf8(archive)));
+  Log("report " + Utf8(archive) + (there ? " there" : " missing"));
+}
+
+void OnCollect(const TmvWideChar* directory, void** result) {
+  Log("collect " + Utf8(directory) + (*result == nullptr ? " null" : " set"));
+  if (Has("crash-in-collect")) CrashBy("null-write");
+  if (!Has("leave-files")) return;
+  const std::filesystem::path folder = std::filesystem::u8path(Utf8(directory));
+  std::filesystem::create_directories(folder / "logs");
+  std::ofstream(folder / "logs" / "host.log") << "what the host knows";
+  std::ofstream(folder / "old.zip") << "an archive of before";
+  *result = std::malloc(64);
+}
+
+void Install(const std::string& directory) {
+  TMVDbgReport* const report = CreateTmvDbgReport();
+  TmvWideChar* const wide = TmvUtilityString()->Utf8ToWide(directory.c_str());
+  const ReportCallback notify = Has("no-notify") ? nullptr : OnReport;
+  const CollectCallback collect = Has("no-collect") ? nullptr : OnCollect;
+  report->Install(wide, notify, collect);
+  if (Has("second")) report->Install(TMV_WIDE("elsewhere/"), notify, collect);
+  TmvUtilityString()->FreeString(wide);
+  if (Has("destroyed")) DestroyTmvDbgReport(report);
+}
+
+void LogAddress(const char* what, const void* address) {
+  char line[64];
+  std::snprintf(line, sizeof(line), "%s %llx", what,
+                static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(address)));
+  Log(line);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 4) return 2;
+  log_path = argv[3];
+  options.assign(argv + 4, argv + argc);
+  SetExitProgram(&exit_flag);
+  Install(argv[2]);
+  LogAddress("fault", FaultFunction(argv[1]));
+  LogAddress("caller", CallerFunction());
+
+  std::thread bystander;
+  if (Has("bystander")) {
+    bystander = std::thread([] { std::this_thread::sleep_for(std::chrono::minutes(1)); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  if (Has("catch")) CatchFaults();
+  if (Has("exiting")) exit_flag = true;
+  CrashBy(argv[1]);
+  Log(exit_flag ? "ran on, exiting" : "ran on");
+  if (bystander.joinable()) bystander.detach();
+  std::_Exit(0);
+}

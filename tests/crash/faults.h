@@ -1,0 +1,27 @@
+// Ways to crash, for crash_child.
+#ifndef TEMVAR_TESTS_CRASH_FAULTS_H_
+#define TEMVAR_TESTS_CRASH_FAULTS_H_
+
+#include <string>
+
+// Crashes the process in the way called `way`:
+//   null-write, null-call, division, illegal, stack-overflow, abort, exception, terminate,
+//   heap-corruption, worker (in a task's function), worker-overflow, two-threads, heap-locked
+// Comes back only if somebody took care of the fault, or for a way that doesn't exist here.
+void CrashBy(const std::string& way);
+
+// The function in which the fault of that way happens, null where it is in the runtime's code, and
+// the function that calls it: what a backtrace has to show.
+const void* FaultFunction(const std::string& way);
+const void* CallerFunction();
+
+// The system's part: faults_posix.cpp, faults_windows.cpp.
+
+// Lets the runtime find a damaged heap.
+void DamageHeap();
+// Crashes inside malloc, under its lock; where that can't be had, does nothing.
+void CrashUnderHeapLock();
+// Skips faulting instructions from now on: what a structured handler of the host amounts to.
+void CatchFaults();
+
+#endif  // TEMVAR_TESTS_CRASH_FAULTS_H_

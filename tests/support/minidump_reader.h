@@ -1,0 +1,71 @@
+// A second implementation of the minidump format: reads a dump by the offsets of the format's
+// description and complains of whatever doesn't hold together. Knows nothing of the writer.
+#ifndef TEMVAR_TESTS_SUPPORT_MINIDUMP_READER_H_
+#define TEMVAR_TESTS_SUPPORT_MINIDUMP_READER_H_
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace temvar_test {
+
+struct DumpRegisters {
+  bool known = false;  // The context was one of 32-bit or 64-bit x86.
+  uint64_t instruction = 0;
+  uint64_t stack = 0;
+  uint64_t frame = 0;
+};
+
+struct DumpThread {
+  uint32_t id = 0;
+  uint64_t stack_start = 0;
+  uint32_t stack_size = 0;
+  DumpRegisters registers;
+  std::string name;
+};
+
+struct DumpModule {
+  uint64_t base = 0;
+  uint32_t size = 0;
+  std::string path;      // ASCII; '?' for anything else.
+  std::string build_id;  // Raw bytes.
+};
+
+struct DumpException {
+  bool present = false;
+  uint32_t thread = 0;
+  uint32_t code = 0;
+  uint64_t address = 0;
+  std::vector<uint64_t> parameters;
+  DumpRegisters registers;
+};
+
+struct Minidump {
+  std::vector<std::string> errors;  // What is wrong with the file; empty for a good one.
+  size_t file_size = 0;
+  uint16_t processor = 0;
+  uint32_t platform = 0;
+  std::string system;
+  uint32_t process = 0;
+  std::vector<DumpThread> threads;
+  std::vector<DumpModule> modules;
+  DumpException exception;
+  std::map<uint64_t, std::string> memory;   // By address.
+  std::map<uint32_t, std::string> streams;  // By type, as they stand.
+
+  const DumpThread* FindThread(uint32_t id) const;
+  const DumpModule* FindModule(uint64_t address) const;
+  // Reads a word of 8 bytes from the memory in the dump.
+  bool ReadWord(uint64_t address, uint64_t& word) const;
+  // Return addresses of a 64-bit thread whose functions keep frame pointers, innermost first, with
+  // the instruction itself as the first.
+  std::vector<uint64_t> Backtrace(const DumpRegisters& registers) const;
+};
+
+Minidump ReadMinidump(const std::filesystem::path& file);
+
+}  // namespace temvar_test
+
+#endif  // TEMVAR_TESTS_SUPPORT_MINIDUMP_READER_H_
