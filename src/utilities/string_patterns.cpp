@@ -1,8 +1,13 @@
-// The fixed patterns are matched by plain code: the standard library's matcher recurses for each
-// character that it consumes, so that a long text would exhaust the stack.
+// The standard library's matcher recurses for each character that it consumes: some 3,000 of them
+// use up a stack of 1 MB. So the fixed patterns are matched by plain code, and the host's own
+// patterns get a large stack.
+#include <algorithm>
 #include <cstring>
+#include <exception>
 #include <regex>
+#include <string_view>
 
+#include "platform/large_stack.h"
 #include "utilities/string_impl.h"
 #include "utilities/text.h"
 
@@ -35,11 +40,52 @@ bool TMVUtilityStringImpl::IsAllDigits(const char* text) {
 
 bool TMVUtilityStringImpl::StartsWithDigit(const char* text) { return IsDigit(*text); }
 
+namespace {
+
+// One search, with what it came to.
+struct Search {
+  std::string_view text;
+  const char* pattern;
+  std::string_view found;
+  std::exception_ptr error;
+};
+
+void RunSearch(void* argument) {
+  Search& search = *static_cast<Search*>(argument);
+  try {
+    const char* const begin = search.text.data();
+    std::cmatch match;
+    if (std::regex_search(begin, begin + search.text.size(), match, std::regex(search.pattern))) {
+      search.found = {match[0].first, static_cast<size_t>(match.length(0))};
+    }
+  } catch (...) {
+    search.error = std::current_exception();
+  }
+}
+
+// What the matcher may need. libstdc++ 12 was seen to take 110 bytes a frame, and for each
+// character of a match one frame for every operator that it passes.
+size_t StackFor(const Search& search) {
+  constexpr size_t kReserve = 256 * 1024;
+  constexpr size_t kBytesPerOperator = 512;
+  size_t operators = 1;
+  for (const char* at = search.pattern; *at != '\0'; ++at) {
+    if (std::strchr("()|*+?{[", *at) != nullptr) ++operators;
+  }
+  const size_t most = (kLargestStack - kReserve) / kBytesPerOperator / operators;
+  return kReserve + std::min(search.text.size(), most) * kBytesPerOperator * operators;
+}
+
+}  // namespace
+
 char* TMVUtilityStringImpl::RegexFirstMatch(const char* text, const char* pattern) {
-  std::cmatch match;
-  if (!std::regex_search(text, match, std::regex(pattern))) return NewBlock<char>(1);
-  const auto length = static_cast<size_t>(match.length(0));
-  return NewNarrowText(std::string_view(match[0].first, length));
+  constexpr size_t kShortText = 256;  // Fits any thread's stack, and spares a thread.
+  Search search{text, pattern, {}, nullptr};
+  if (search.text.size() <= kShortText || !RunOnLargeStack(StackFor(search), RunSearch, &search)) {
+    RunSearch(&search);
+  }
+  if (search.error) std::rethrow_exception(search.error);
+  return NewNarrowText(search.found);
 }
 
 }  // namespace temvar

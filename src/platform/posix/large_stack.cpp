@@ -1,0 +1,34 @@
+#include "platform/large_stack.h"
+
+#include <pthread.h>
+
+namespace temvar {
+
+namespace {
+
+struct Call {
+  void (*function)(void*);
+  void* argument;
+};
+
+void* Run(void* call) {
+  const Call& told = *static_cast<Call*>(call);
+  told.function(told.argument);
+  return nullptr;
+}
+
+}  // namespace
+
+bool RunOnLargeStack(size_t size, void (*function)(void*), void* argument) {
+  Call call{function, argument};
+  pthread_attr_t attributes;
+  if (pthread_attr_init(&attributes) != 0) return false;
+  pthread_t thread;
+  const bool started = pthread_attr_setstacksize(&attributes, size) == 0 &&
+                       pthread_create(&thread, &attributes, Run, &call) == 0;
+  pthread_attr_destroy(&attributes);
+  if (started) pthread_join(thread, nullptr);
+  return started;
+}
+
+}  // namespace temvar

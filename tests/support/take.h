@@ -1,0 +1,27 @@
+// Takes over text that the library hands out, and releases it as a host must.
+#ifndef TEMVAR_TESTS_SUPPORT_TAKE_H_
+#define TEMVAR_TESTS_SUPPORT_TAKE_H_
+
+#include <temvar/utility_string.h>
+
+#include <string>
+
+namespace temvar_test {
+
+// The text of a block, which is released. A null block gives "<null>", which no operation returns.
+inline std::string Take(char* block) {
+  if (block == nullptr) return "<null>";
+  std::string text(block);
+  TmvUtilityString()->FreeString(block);
+  return text;
+}
+
+inline std::basic_string<TmvWideChar> TakeWide(TmvWideChar* block) {
+  std::basic_string<TmvWideChar> text(block);
+  TmvUtilityString()->FreeString(block);
+  return text;
+}
+
+}  // namespace temvar_test
+
+#endif  // TEMVAR_TESTS_SUPPORT_TAKE_H_

@@ -1,0 +1,70 @@
+#include <gtest/gtest.h>
+#include <temvar/utility_app.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "support/take.h"
+#include "support/work_folder.h"
+
+namespace {
+
+using temvar_test::Take;
+
+TMVUtilityApp* const app = TmvUtilityApp();
+
+TEST(App, Paths) {
+  // The program as it was started, in the library's way to write.
+  std::filesystem::path program = testing::internal::GetArgvs()[0];
+  if (program.extension().empty() && std::filesystem::exists(program.string() + ".exe")) {
+    program += ".exe";
+  }
+  std::string executable = temvar_test::Utf8(std::filesystem::canonical(program));
+  for (char& c : executable) {
+    if (c == '/') c = '\\';
+  }
+  const std::string folder = executable.substr(0, executable.rfind('\\') + 1);
+  const std::string root = folder.substr(0, folder.rfind('\\', folder.size() - 2) + 1);
+  EXPECT_EQ(Take(app->GetExecutablePath()), executable);
+  EXPECT_EQ(Take(app->GetApplicationDirectory()), folder);
+  EXPECT_EQ(Take(app->GetModuleDirectory(nullptr)), folder);
+  EXPECT_EQ(Take(app->GetInstallRoot()), root);
+  EXPECT_EQ(Take(app->GetThemesDirectory()), root + "Themes\\");
+  EXPECT_EQ(Take(app->GetPluginsDirectory()), root + "Plugins\\");
+}
+
+TEST(App, ProgressPerMille) {
+  const struct {
+    int64_t done;
+    int64_t stepSize;
+    int32_t stepIndex;
+    int32_t stepCount;
+    int32_t result;
+  } cases[] = {
+      {5, 10, 1, 4, 375},
+      {0, 10, 4, 4, 1000},
+      {0, 10, 0, 4, 0},
+      {15, 10, 4, 4, 1375},
+      {1, 3, 0, 1, 333},
+      {2, 3, 0, 1, 666},
+      {40, 10, 4, 4, 2000},
+      {-1, 1000, 0, 1, -1},
+      {-1, 3000, 0, 1, -1},
+      {7, 0, 1, 4, 0},
+      {7, 10, 1, 0, 0},
+      {1, int64_t{1} << 40, 999, 1000, 999},
+      {0, -10, 1, 4, 250},
+      // Beyond 32 and 64 bits: some number, no harm.
+      {INT64_MAX, 1, 0, 1, INT32_MAX},
+      {INT64_MIN, 1, 0, 1, INT32_MIN},
+      {0, int64_t{1} << 62, 1, 4, 0},
+  };
+  for (const auto& [done, stepSize, stepIndex, stepCount, result] : cases) {
+    EXPECT_EQ(app->ProgressPerMille(done, stepSize, stepIndex, stepCount), result)
+        << done << " " << stepSize << " " << stepIndex << " " << stepCount;
+  }
+  app->ProgressPerMille(INT64_MIN, -1, 0, 1);
+}
+
+}  // namespace

@@ -1,0 +1,178 @@
+#include <gtest/gtest.h>
+#include <temvar/utility_string.h>
+
+#include <random>
+#include <string>
+
+#include "support/take.h"
+
+namespace {
+
+using temvar_test::Take;
+using temvar_test::TakeWide;
+using Wide = std::basic_string<TmvWideChar>;
+
+TMVUtilityString* const text = TmvUtilityString();
+
+// A second way to encode: by the tables of the standards, one bit field after the other.
+void AppendUtf8(std::string& out, uint32_t code) {
+  const int continuations = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+  const uint32_t leads[] = {0x00, 0xC0, 0xE0, 0xF0};
+  uint32_t divisor = 1;
+  for (int i = 0; i < continuations; ++i) divisor *= 64;
+  out += static_cast<char>(leads[continuations] + code / divisor);
+  for (; divisor > 1; divisor /= 64) {
+    out += static_cast<char>(0x80 + code % divisor / (divisor / 64));
+  }
+}
+
+void AppendUtf16(Wide& out, uint32_t code) {
+  if (code >= 0x10000) {
+    out += static_cast<TmvWideChar>(0xD800 + (code - 0x10000) / 0x400);
+    code = 0xDC00 + (code - 0x10000) % 0x400;
+  }
+  out += static_cast<TmvWideChar>(code);
+}
+
+bool IsCharacter(uint32_t code) { return code != 0 && (code < 0xD800 || code > 0xDFFF); }
+
+TEST(StringConvert, EveryCharacterGoesThereAndBack) {
+  // Alone, and all of them in one text of 4 MB.
+  std::string all;
+  Wide all_wide;
+  for (uint32_t code = 1; code <= 0x10FFFF; ++code) {
+    if (!IsCharacter(code)) continue;
+    AppendUtf8(all, code);
+    AppendUtf16(all_wide, code);
+    if (code % 0x100 != 0x41) continue;
+    std::string utf8;
+    Wide wide;
+    AppendUtf8(utf8, code);
+    AppendUtf16(wide, code);
+    ASSERT_EQ(TakeWide(text->Utf8ToWide(utf8.c_str())), wide) << code;
+    ASSERT_EQ(Take(text->WideToUtf8(wide.c_str())), utf8) << code;
+  }
+  EXPECT_TRUE(TakeWide(text->Utf8ToWide(all.c_str())) == all_wide);
+  EXPECT_TRUE(Take(text->WideToUtf8(all_wide.c_str())) == all);
+}
+
+// Runs of ASCII take a way of their own: every length and every place of the first other letter.
+TEST(StringConvert, AsciiRunsOfEveryLength) {
+  for (size_t length = 0; length < 40; ++length) {
+    for (size_t place = 0; place <= length; ++place) {
+      std::string utf8(length, 'x');
+      Wide wide(length, TMV_WIDE('x'));
+      utf8.insert(place, "\xCE\xB1");
+      wide.insert(place, 1, static_cast<TmvWideChar>(0x3B1));
+      ASSERT_EQ(TakeWide(text->Utf8ToWide(utf8.c_str())), wide);
+      ASSERT_EQ(Take(text->WideToUtf8(wide.c_str())), utf8);
+    }
+  }
+}
+
+TEST(StringConvert, IllFormedTextIsEmpty) {
+  const char* const cases[] = {
+      "\x80",
+      "\xBF",
+      "\xFF",
+      "\xFE",
+      "a\xFF"
+      "b",  // Stray bytes
+      "\xC3",
+      "\xE4\xB8",
+      "\xF0\x9F\x98",
+      "text \xC3",  // Cut short
+      "\xC3"
+      "a",
+      "\xE4\xB8"
+      "a",
+      "\xF0\x9F\x98"
+      "a",  // Broken off
+      "\xC0\x80",
+      "\xC1\xBF",
+      "\xE0\x9F\xBF",
+      "\xF0\x8F\xBF\xBF",  // Longer than needed
+      "\xED\xA0\x80",
+      "\xED\xBF\xBF",  // Surrogates
+      "\xF4\x90\x80\x80",
+      "\xF5\x80\x80\x80",  // Beyond U+10FFFF
+      "\xF8\x88\x80\x80\x80",
+  };
+  for (const char* const bytes : cases) {
+    TmvWideChar* const wide = text->Utf8ToWide(bytes);
+    EXPECT_EQ(wide[0], 0) << testing::PrintToString(bytes);
+    EXPECT_EQ(wide[1], 0);
+    text->FreeString(wide);
+  }
+}
+
+TEST(StringConvert, WideResultsEndInTwoTerminators) {
+  for (const char* const utf8 : {"", "a", "\xE4\xB8\xAD\xF0\x9F\x98\x80"}) {
+    TmvWideChar* const wide = text->Utf8ToWide(utf8);
+    const size_t length = Wide(wide).size();
+    EXPECT_EQ(wide[length + 1], 0);
+    text->FreeString(wide);
+  }
+}
+
+TEST(StringConvert, UnpairedSurrogatesBecomeReplacements) {
+  const TmvWideChar high = 0xD83D, low = 0xDE00, letter = 'x';
+  const std::string replaced = "\xEF\xBF\xBD";
+  EXPECT_EQ(Take(text->WideToUtf8(Wide{high, low}.c_str())), "\xF0\x9F\x98\x80");
+  EXPECT_EQ(Take(text->WideToUtf8(Wide{high}.c_str())), replaced);
+  EXPECT_EQ(Take(text->WideToUtf8(Wide{low}.c_str())), replaced);
+  EXPECT_EQ(Take(text->WideToUtf8(Wide{high, letter}.c_str())), replaced + "x");
+  EXPECT_EQ(Take(text->WideToUtf8(Wide{low, high}.c_str())), replaced + replaced);
+  EXPECT_EQ(Take(text->WideToUtf8(Wide{high, high, low}.c_str())), replaced + "\xF0\x9F\x98\x80");
+}
+
+TEST(StringConvert, AnsiIsWindows1252) {
+  const struct {
+    const char* utf8;
+    const char* ansi;
+  } cases[] = {
+      {"", ""},
+      {"plain ~", "plain ~"},
+      {"caf\xC3\xA9 \xC3\xBF", "caf\xE9 \xFF"},
+      {"\xE2\x82\xAC", "\x80"},                              // Euro
+      {"\xE2\x80\x9C\xE2\x80\x9D\xC5\xB8", "\x93\x94\x9F"},  // Quotes, Y with diaeresis
+      {"\xE4\xB8\xAD\xE6\x96\x87", "??"},
+      {"\xFF", ""},  // No text at all
+  };
+  for (const auto& [utf8, ansi] : cases) {
+    EXPECT_EQ(Take(text->Utf8ToAnsi(utf8)), ansi) << utf8;
+    const Wide wide = TakeWide(text->Utf8ToWide(utf8));
+    EXPECT_EQ(Take(text->WideToAnsi(wide.c_str())), ansi) << utf8;
+  }
+}
+
+TEST(StringConvert, NullIsEmpty) {
+  EXPECT_EQ(TakeWide(text->Utf8ToWide(nullptr)), Wide());
+  EXPECT_EQ(Take(text->WideToUtf8(nullptr)), "");
+  EXPECT_EQ(Take(text->WideToAnsi(nullptr)), "");
+  EXPECT_EQ(Take(text->Utf8ToAnsi(nullptr)), "");
+}
+
+TEST(StringConvert, RandomBytesGiveEmptyTextOrComeBack) {
+  std::mt19937 random(20251015);
+  int accepted = 0;
+  for (int round = 0; round < 20000; ++round) {
+    std::string bytes;
+    while (random() % 8 != 0) {
+      if (random() % 4 == 0) {
+        bytes += static_cast<char>(random() % 255 + 1);
+      } else {
+        auto code = static_cast<uint32_t>(random() % 0x11FFFF + 1);
+        if (code > 0x10FFFF) code %= 0x80;
+        AppendUtf8(bytes, code == 0 ? 1 : code);
+      }
+    }
+    const Wide wide = TakeWide(text->Utf8ToWide(bytes.c_str()));
+    if (wide.empty()) continue;
+    ++accepted;
+    ASSERT_EQ(Take(text->WideToUtf8(wide.c_str())), bytes);
+  }
+  EXPECT_GT(accepted, 1000);
+}
+
+}  // namespace

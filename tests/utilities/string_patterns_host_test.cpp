@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+#include <temvar/utility_string.h>
+
+#include <random>
+#include <regex>
+#include <string>
+
+#include "support/take.h"
+
+namespace {
+
+using temvar_test::Take;
+
+TMVUtilityString* const text = TmvUtilityString();
+
+TEST(StringPatterns, Addresses) {
+  for (const char* const yes :
+       {"a@b.c", "  name@host.domain  ", "@a@b.c", "a@@b@c.d", "a@b@c.d", "x@y\nz.w", "a@b.c\n"}) {
+    EXPECT_TRUE(text->IsEmailAddress(yes)) << yes;
+  }
+  for (const char* const no :
+       {"", "@", "a", "a.b", "a@b", "@b.c", "a@.b", "a@b.", "a@b.\n", "a@b.\r", "a.b@c", "@@b.c"}) {
+    EXPECT_FALSE(text->IsEmailAddress(no)) << no;
+  }
+}
+
+TEST(StringPatterns, Digits) {
+  EXPECT_FALSE(text->IsAllDigits(""));
+  EXPECT_TRUE(text->IsAllDigits("0123456789"));
+  EXPECT_FALSE(text->IsAllDigits("12ab"));
+  EXPECT_TRUE(text->StartsWithDigit("12ab"));
+  EXPECT_FALSE(text->StartsWithDigit(""));
+  EXPECT_FALSE(text->StartsWithDigit(" 1"));
+}
+
+// The plain code gives what the pattern itself gives, on texts made of the characters that count.
+TEST(StringPatterns, SameAsTheExpressions) {
+  const std::regex address("[^@]+@[^.]+[.]{1}.+");
+  const std::regex all_digits("^\\d+$");
+  const std::regex digits("^\\d+");
+  const std::string alphabet = "@@..a1\n\r\xE9";
+  const auto check = [&](const std::string& subject) {
+    const char* const bytes = subject.c_str();
+    ASSERT_EQ(text->IsEmailAddress(bytes), std::regex_search(bytes, address))
+        << testing::PrintToString(subject);
+    ASSERT_EQ(text->IsAllDigits(bytes), std::regex_search(bytes, all_digits))
+        << testing::PrintToString(subject);
+    ASSERT_EQ(text->StartsWithDigit(bytes), std::regex_search(bytes, digits))
+        << testing::PrintToString(subject);
+  };
+  // All texts of up to five of "@.a1\n", and random ones that are longer.
+  const std::string small = "@.a1\n";
+  for (int length = 0; length <= 5; ++length) {
+    int count = 1;
+    for (int i = 0; i < length; ++i) count *= 5;
+    for (int number = 0; number < count; ++number) {
+      std::string subject;
+      for (int i = 0, rest = number; i < length; ++i, rest /= 5) {
+        subject += small[static_cast<size_t>(rest % 5)];
+      }
+      ASSERT_NO_FATAL_FAILURE(check(subject));
+    }
+  }
+  std::mt19937 random(3);
+  for (int round = 0; round < 3000; ++round) {
+    std::string subject;
+    while (random() % 12 != 0) subject += alphabet[random() % alphabet.size()];
+    ASSERT_NO_FATAL_FAILURE(check(subject));
+  }
+}
+
+TEST(StringPatterns, LongTextsCostNoStack) {
+  const std::string digits(3000000, '7');
+  EXPECT_TRUE(text->IsAllDigits(digits.c_str()));
+  EXPECT_TRUE(text->IsEmailAddress((digits + "@" + digits + "." + digits).c_str()));
+  EXPECT_FALSE(text->IsEmailAddress(std::string(3000000, '@').c_str()));
+  std::string pairs;
+  while (pairs.size() < 1000000) pairs += "a@";
+  EXPECT_FALSE(text->IsEmailAddress((pairs + ".").c_str()));
+}
+
+TEST(StringPatterns, FirstMatch) {
+  const struct {
+    const char* subject;
+    const char* pattern;
+    const char* match;
+  } cases[] = {
+      {"version 1.2.3 and 4.5", "\\d+(\\.\\d+)*", "1.2.3"},
+      {"version", "\\d+", ""},
+      {"", "x*", ""},
+      {"aXbXc", "a.*?X", "aX"},
+      {"one two", "o(n|t)e?", "one"},
+      {"\xE4\xB8\xAD", "^..", "\xE4\xB8"},  // Byte by byte
+      {"abc", "ABC", ""},
+  };
+  for (const auto& [subject, pattern, match] : cases) {
+    EXPECT_EQ(Take(text->RegexFirstMatch(subject, pattern)), match) << subject << " " << pattern;
+  }
+}
+
+TEST(StringPatterns, BadPatternThrowsAlsoForLongTexts) {
+  EXPECT_THROW(text->RegexFirstMatch("text", "("), std::regex_error);
+  EXPECT_THROW(text->RegexFirstMatch(std::string(1000, 'x').c_str(), "[z-a]"), std::regex_error);
+}
+
+// The lengths that the header promises.
+TEST(StringPatterns, LongMatches) {
+  const std::string subject(sizeof(void*) == 8 ? 300000 : 30000, 'a');
+  for (const char* const pattern : {".+", "(a|b)*", "((a)|(b))+", "[^@]+"}) {
+    EXPECT_TRUE(Take(text->RegexFirstMatch(subject.c_str(), pattern)) == subject) << pattern;
+  }
+  const std::string prose = std::string(3000000, ' ') + "42";
+  EXPECT_EQ(Take(text->RegexFirstMatch(prose.c_str(), "\\d+")), "42");
+}
+
+}  // namespace

@@ -1,0 +1,129 @@
+#include <gtest/gtest.h>
+#include <temvar/utility_app.h>
+#include <temvar/utility_sys.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <string>
+
+#include "support/take.h"
+#include "support/work_folder.h"
+
+namespace {
+
+using temvar_test::Take;
+
+TMVUtilitySys* const sys = TmvUtilitySys();
+
+bool EndsWith(const std::string& text, const std::string& end) {
+  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+// Whether a folder that the library reports is there. Its backslashes are separators everywhere.
+bool IsFolder(std::string path) {
+  std::replace(path.begin(), path.end(), '\\', '/');
+  return std::filesystem::is_directory(temvar_test::FromUtf8(path));
+}
+
+TEST(Sys, Folders) {
+  // CTest runs this with a home folder of its own.
+  for (const std::string& path : {Take(sys->GetAppDataPath()), Take(sys->GetTempDirectory()),
+                                  Take(sys->GetDownloadsPath()), Take(sys->GetDocumentsPath())}) {
+    EXPECT_TRUE(EndsWith(path, "\\")) << path;
+    EXPECT_FALSE(EndsWith(path, "\\\\")) << path;
+    EXPECT_TRUE(IsFolder(path)) << path;
+  }
+  EXPECT_TRUE(EndsWith(Take(sys->GetDownloadsPath()), "\\Downloads\\"));
+}
+
+TEST(Sys, BuildYear) {
+  const std::string year = Take(sys->GetBuildYear());
+  EXPECT_EQ(year.size(), 4u) << year;
+  EXPECT_GE(year, "2025");
+  EXPECT_LE(year, "2999");
+  char* const first = sys->GetBuildYear();
+  char* const second = sys->GetBuildYear();
+  EXPECT_NE(first, second);
+  Take(first);
+  Take(second);
+}
+
+TEST(Sys, FormatDuration) {
+  const struct {
+    double seconds;
+    const char* text;
+  } cases[] = {
+      {0, "00:00"},
+      {0.49, "00:00"},
+      {0.5, "00:01"},
+      {59.5, "01:00"},
+      {123, "02:03"},
+      {3599.4, "59:59"},
+      {3599.5, "01:00:00"},
+      {3723, "01:02:03"},
+      {360000, "100:00:00"},
+      {3600.0 * 123456789012 + 61, "123456789012:01:01"},
+      {-0.4, "00:00"},
+      {-5, "00:00"},
+      {-std::numeric_limits<double>::infinity(), "00:00"},
+      {std::numeric_limits<double>::quiet_NaN(), "00:00"},
+      {1e300, "5124095576030431:00:15"},
+      {std::numeric_limits<double>::infinity(), "5124095576030431:00:15"},
+  };
+  for (const auto& [seconds, text] : cases) {
+    EXPECT_EQ(Take(sys->FormatDuration(seconds)), text) << seconds;
+  }
+}
+
+TEST(Sys, FormatSeconds) {
+  const struct {
+    int64_t seconds;
+    const char* text;
+  } cases[] = {
+      {0, "00:00"},
+      {59, "00:59"},
+      {123, "02:03"},
+      {3600, "01:00:00"},
+      {3723, "01:02:03"},
+      {-61, "-1:-1"},
+      {-3723, "-1:-2:-3"},
+      {INT64_MAX, "2562047788015215:30:07"},
+      {INT64_MIN, "-2562047788015215:-30:-8"},
+  };
+  for (const auto& [seconds, text] : cases) {
+    EXPECT_EQ(Take(sys->FormatSeconds(seconds)), text) << seconds;
+  }
+}
+
+TEST(Sys, SleepMilliseconds) {
+  using Clock = std::chrono::steady_clock;
+  const auto start = Clock::now();
+  sys->SleepMilliseconds(0);
+  sys->SleepMilliseconds(-5);
+  sys->SleepMilliseconds(INT32_MIN);
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(5));
+  const auto before = Clock::now();
+  sys->SleepMilliseconds(50);
+  EXPECT_GE(Clock::now() - before, std::chrono::milliseconds(50));
+}
+
+TEST(Sys, Facts) {
+  EXPECT_TRUE(sys->AlwaysTrue());
+  EXPECT_TRUE(sys->IsVistaOrLater());
+  EXPECT_TRUE(sys->IsWindows7OrLater());
+  EXPECT_FALSE(sys->Is64BitProcess());
+  EXPECT_NE(sys->GetProcessId(), 0u);
+  EXPECT_EQ(sys->GetProcessId(), sys->GetProcessId());
+}
+
+TEST(Sys, ExecutableFileName) {
+  const std::string path = Take(TmvUtilityApp()->GetExecutablePath());
+  const std::string name = Take(sys->GetExecutableFileName());
+  EXPECT_TRUE(EndsWith(path, "\\" + name));
+  EXPECT_EQ(name.substr(0, name.find('.')), "sys_host_test");
+}
+
+}  // namespace
