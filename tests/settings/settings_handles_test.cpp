@@ -8,7 +8,8 @@
 namespace {
 
 using SettingsHandles = temvar_test::SettingsTest;
-INSTANTIATE_TEST_SUITE_P(, SettingsHandles, testing::Values(temvar_test::FolderKind::kPlain));
+INSTANTIATE_TEST_SUITE_P(, SettingsHandles, testing::Values(temvar_test::FolderKind::kPlain),
+                         temvar_test::NameOfFolderKind);
 
 TEST_P(SettingsHandles, WalksMembersInTheirOrder) {
   TMVUserDefaults* store = Load(R"({"a":1,"b":"two","c":{"d":[]},"a":4})");

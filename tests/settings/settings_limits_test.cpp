@@ -12,7 +12,8 @@
 namespace {
 
 using SettingsLimits = temvar_test::SettingsTest;
-INSTANTIATE_TEST_SUITE_P(, SettingsLimits, testing::Values(temvar_test::FolderKind::kPlain));
+INSTANTIATE_TEST_SUITE_P(, SettingsLimits, testing::Values(temvar_test::FolderKind::kPlain),
+                         temvar_test::NameOfFolderKind);
 
 void SetLimit(int resource, rlim_t value) {
   rlimit limit = {};

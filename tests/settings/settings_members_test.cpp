@@ -8,7 +8,8 @@
 namespace {
 
 using SettingsMembers = temvar_test::SettingsTest;
-INSTANTIATE_TEST_SUITE_P(, SettingsMembers, testing::Values(temvar_test::FolderKind::kPlain));
+INSTANTIATE_TEST_SUITE_P(, SettingsMembers, testing::Values(temvar_test::FolderKind::kPlain),
+                         temvar_test::NameOfFolderKind);
 
 constexpr char kAllTypes[] =
     R"({"text":"abc","empty":"","int":-7,"big":4294967298,"huge":18446744073709551614,)"

@@ -7,7 +7,8 @@
 namespace {
 
 using SettingsRegistry = temvar_test::SettingsTest;
-INSTANTIATE_TEST_SUITE_P(, SettingsRegistry, testing::Values(temvar_test::FolderKind::kPlain));
+INSTANTIATE_TEST_SUITE_P(, SettingsRegistry, testing::Values(temvar_test::FolderKind::kPlain),
+                         temvar_test::NameOfFolderKind);
 
 TEST_P(SettingsRegistry, IsEmptyAtFirst) {
   EXPECT_EQ(GetUserDefaults("test"), nullptr);

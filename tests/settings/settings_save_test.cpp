@@ -10,7 +10,8 @@
 namespace {
 
 using SettingsSave = temvar_test::SettingsTest;
-INSTANTIATE_TEST_SUITE_P(, SettingsSave, testing::Values(temvar_test::FolderKind::kPlain));
+INSTANTIATE_TEST_SUITE_P(, SettingsSave, testing::Values(temvar_test::FolderKind::kPlain),
+                         temvar_test::NameOfFolderKind);
 
 TEST_P(SettingsSave, WritesMembersOnLinesOfTheirOwn) {
   TMVUserDefaults* store = Load();

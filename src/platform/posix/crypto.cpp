@@ -12,7 +12,7 @@ namespace {
 // What a HCRYPTHASH points to. The digest is kept once it was read, as it can be read again.
 struct Hash {
   struct FreeContext {
-    void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+    void operator()(EVP_MD_CTX* held) const { EVP_MD_CTX_free(held); }
   };
 
   std::unique_ptr<EVP_MD_CTX, FreeContext> context{EVP_MD_CTX_new()};
