@@ -20,9 +20,4 @@ void StoreArchivePath(const TmvWideChar* path) {
   paths_taken.clear(std::memory_order_release);
 }
 
-ReportPaths& GetReportPaths() {
-  static ReportPaths paths;
-  return paths;
-}
-
 }  // namespace temvar

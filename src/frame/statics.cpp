@@ -3,6 +3,7 @@
 // is started.
 #include <type_traits>
 
+#include "crash/report_state.h"
 #include "execution/task_pool.h"
 #include "frame/keyed_locks.h"
 #include "scheduler/sync.h"
@@ -35,6 +36,7 @@ class StaticObject {
 StaticObject<LockTable> lock_table_object;
 StaticObject<Mutex> lock_table_guard_object;
 IdentifierState identifier_state;
+ReportPaths report_paths;
 StaticObject<RkTaskPoolImpl> pool_object;
 StaticObject<RkTaskSchedularImpl> schedular_object;
 
@@ -43,6 +45,8 @@ constinit TMVLockImpl lock_object;
 }  // namespace
 
 IdentifierState& GetIdentifierState() { return identifier_state; }
+
+ReportPaths& GetReportPaths() { return report_paths; }
 
 LockTable& lock_table = lock_table_object.Get();
 Mutex& lock_table_guard = lock_table_guard_object.Get();
