@@ -1,0 +1,157 @@
+// Single files as a whole: copy, move, remove, look-ups, sizes for people, free space.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "support/work_folder.h"
+#include "temvar/temvar.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class FileBasicsTest : public temvar_test::WorkFolderTest {
+ protected:
+  TMVUtilityFile* const file_ = TmvUtilityFile();
+};
+TEMVAR_IN_EVERY_PLACE(FileBasicsTest);
+
+std::string SizeText(uint64_t bytes) {
+  char* const text = TmvUtilityFile()->FormatSize(bytes);
+  const std::string copy = text;
+  TmvUtilityString()->FreeString(text);
+  return copy;
+}
+
+TEST_P(FileBasicsTest, CopyReplacesAndKeepsBytesAndTime) {
+  const std::string bytes = std::string("all\0bytes\r\n", 11) + std::string(200'000, 'x');
+  PutFile("source.bin", bytes);
+  PutFile("target.bin", std::string(300'000, 'y'));
+  const auto old = fs::last_write_time(FilePath("source.bin")) - std::chrono::hours(100);
+  fs::last_write_time(FilePath("source.bin"), old);
+
+  EXPECT_TRUE(file_->CopyFileTo(Path("source.bin").c_str(), Path("target.bin").c_str()));
+  EXPECT_EQ(GetFile("target.bin"), bytes);
+  EXPECT_EQ(fs::last_write_time(FilePath("target.bin")), old);
+  EXPECT_TRUE(file_->CopyFileTo(Path("source.bin").c_str(), Path("new.bin").c_str()));
+  EXPECT_EQ(GetFile("new.bin"), bytes);
+}
+
+TEST_P(FileBasicsTest, CopyOfAFileOntoItselfFailsAndKeepsIt) {
+  PutFile("a.txt", "content");
+  EXPECT_FALSE(file_->CopyFileTo(Path("a.txt").c_str(), Path("a.txt").c_str()));
+  EXPECT_EQ(GetFile("a.txt"), "content");
+}
+
+TEST_P(FileBasicsTest, MoveNeverOverwrites) {
+  PutFile("a.txt", "a");
+  PutFile("b.txt", "b");
+  EXPECT_FALSE(file_->MoveFileTo(Path("a.txt").c_str(), Path("b.txt").c_str()));
+  EXPECT_EQ(GetFile("a.txt"), "a");
+  EXPECT_EQ(GetFile("b.txt"), "b");
+
+  EXPECT_TRUE(file_->MoveFileTo(Path("a.txt").c_str(), Path("c.txt").c_str()));
+  EXPECT_EQ(GetFile("c.txt"), "a");
+  EXPECT_FALSE(Exists("a.txt"));
+
+  MakeFolder("folder");
+  PutFile("folder/inner", "i");
+  EXPECT_TRUE(file_->MoveFileTo(Path("folder").c_str(), Path("renamed").c_str()));
+  EXPECT_EQ(GetFile("renamed/inner"), "i");
+}
+
+TEST_P(FileBasicsTest, RemoveTakesFilesOnly) {
+  PutFile("a.txt", "a");
+  MakeFolder("folder");
+  EXPECT_TRUE(file_->RemoveFile(Path("a.txt").c_str()));
+  EXPECT_FALSE(Exists("a.txt"));
+  EXPECT_FALSE(file_->RemoveFile(Path("a.txt").c_str()));
+  EXPECT_FALSE(file_->RemoveFile(Path("folder").c_str()));
+  EXPECT_TRUE(Exists("folder"));
+}
+
+TEST_P(FileBasicsTest, LooksTellFilesFromDirectories) {
+  PutFile("empty", "");
+  MakeFolder("φάκελος");
+  EXPECT_TRUE(file_->PathExists(Path("empty").c_str()));
+  EXPECT_FALSE(file_->IsDirectory(Path("empty").c_str()));
+  EXPECT_TRUE(file_->PathExists(Path("φάκελος").c_str()));
+  EXPECT_TRUE(file_->IsDirectory(Path("φάκελος").c_str()));
+  EXPECT_FALSE(file_->PathExists(Path("missing").c_str()));
+  EXPECT_FALSE(file_->IsDirectory(Path("missing").c_str()));
+  // Either separator serves.
+  EXPECT_TRUE(file_->PathExists((Path() + "\\empty").c_str()));
+  EXPECT_TRUE(file_->PathExists((Path() + "/empty").c_str()));
+}
+
+TEST_P(FileBasicsTest, WhatNamesNoFileFails) {
+  PutFile("a.txt", "a");
+  const std::string good = Path("a.txt");
+  const std::string too_long = Path() + "/" + std::string(40'000, 'n');
+  const std::string missing_folder = Path("no folder/a.txt");
+  const char* const cases[] = {nullptr, "", "\xFF\xFE", too_long.c_str(), missing_folder.c_str()};
+  for (const char* bad : cases) {
+    SCOPED_TRACE(bad == nullptr ? "null" : std::string(bad).substr(0, 300));
+    EXPECT_FALSE(file_->CopyFileTo(bad, Path("b.txt").c_str()));
+    EXPECT_FALSE(file_->CopyFileTo(good.c_str(), bad));
+    EXPECT_FALSE(file_->MoveFileTo(bad, Path("b.txt").c_str()));
+    EXPECT_FALSE(file_->MoveFileTo(good.c_str(), bad));
+    EXPECT_FALSE(file_->RemoveFile(bad));
+    EXPECT_FALSE(file_->PathExists(bad));
+    EXPECT_FALSE(file_->IsDirectory(bad));
+    EXPECT_EQ(file_->FileSize(bad), 0);
+    EXPECT_EQ(file_->OpenFile(bad, "rb"), nullptr);
+    EXPECT_FALSE(file_->WriteWholeFile("x", 1, bad));
+    EXPECT_FALSE(file_->CreateFileOfSize(bad, 1));
+    EXPECT_EQ(file_->FileContainsText(bad, "a"), -1);
+    EXPECT_FALSE(file_->SetFileTimestamp(bad, "2024-01-31 17:05:09"));
+    EXPECT_EQ(file_->DirectorySize(bad, 7), 7u);
+    EXPECT_FALSE(file_->DeleteDirectoryTree(bad));
+    EXPECT_FALSE(file_->CopyDirectoryTree(bad, Path("copy").c_str()));
+    BinaryDataResult result{&result, nullptr, 1, 2};
+    EXPECT_FALSE(file_->ReadWholeFile(&result, bad));
+    EXPECT_EQ(result.Owner, &result);
+  }
+  EXPECT_EQ(GetFile("a.txt"), "a");
+}
+
+TEST_P(FileBasicsTest, FreeSpaceIsThatOfTheDiskBeforeTheFirstBackslash) {
+  uint64_t bytes = 12345;
+  EXPECT_FALSE(file_->GetFreeDiskSpace(&bytes, ""));
+  EXPECT_FALSE(file_->GetFreeDiskSpace(&bytes, nullptr));
+  EXPECT_FALSE(file_->GetFreeDiskSpace(&bytes, "C:/some/folder"));
+  EXPECT_FALSE(file_->GetFreeDiskSpace(&bytes, "no such folder here\\file"));
+  EXPECT_EQ(bytes, 12345u);
+
+  const std::string root = Folder().root_path().string();
+  std::string path = root + "nowhere";
+  for (char& c : path) c = c == '/' ? '\\' : c;
+  const uintmax_t before = fs::space(root).available;
+  ASSERT_TRUE(file_->GetFreeDiskSpace(&bytes, path.c_str()));
+  // Others write to the disk too.
+  constexpr uint64_t kSlack = uint64_t{4} << 30;
+  EXPECT_LT(bytes, before + kSlack);
+  EXPECT_GT(bytes + kSlack, before);
+}
+
+TEST(FormatSize, TakesTheLargestUnitThatIsReached) {
+  const struct {
+    uint64_t bytes;
+    const char* text;
+  } cases[] = {
+      {0, "0.00 B"},
+      {1023, "1023.00 B"},
+      {1024, "1.00 KB"},
+      {1536, "1.50 KB"},
+      {1024 * 1024 - 1, "1024.00 KB"},
+      {1024 * 1024, "1.00 MB"},
+      {1024 * 1024 * 1024 - 1, "1024.00 MB"},
+      {1024 * 1024 * 1024, "1.00 GB"},
+      {uint64_t{5} << 40, "5120.00 GB"},
+      {~uint64_t{0}, "17179869184.00 GB"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(SizeText(c.bytes), c.text);
+}
+
+}  // namespace

@@ -1,0 +1,155 @@
+// Trees with links and without rights. Not built for Windows: Wine makes no symbolic links, and
+// rights there are no permission bits.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include "support/work_folder.h"
+#include "temvar/temvar.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class FileLinksTest : public temvar_test::WorkFolderTest {
+ protected:
+  void LinkTo(const std::string& target, const std::string& name) {
+    fs::create_symlink(target, FilePath(name));
+  }
+  uint64_t SizeOf(const std::string& name) {
+    return TmvUtilityFile()->DirectorySize(Path(name).c_str(), 0);
+  }
+};
+TEMVAR_IN_EVERY_PLACE(FileLinksTest);
+
+// Runs `work` as a user without rights, in a child; false if it says so or dies.
+bool RunWithoutRights(const std::function<bool()>& work) {
+  constexpr uid_t kNobody = 65534;
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool dropped = geteuid() != 0 || (setgid(kNobody) == 0 && setuid(kNobody) == 0);
+    _exit(dropped && work() ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST_P(FileLinksTest, SizeFollowsLinks) {
+  MakeFolder("tree");
+  MakeFolder("outside");
+  PutFile("outside/file", "12345");
+  LinkTo("../outside", "tree/folder link");
+  LinkTo("../outside/file", "tree/file link");
+  LinkTo("nowhere", "tree/dangling");
+  EXPECT_EQ(SizeOf("tree"), 10u);
+  LinkTo("../outside", "tree/second link");
+  EXPECT_EQ(SizeOf("tree"), 15u) << "each way counts";
+  LinkTo("tree", "link to tree");
+  EXPECT_EQ(SizeOf("link to tree"), 15u);
+}
+
+TEST_P(FileLinksTest, SizeComesToAnEndWhereLinksLeadBack) {
+  MakeFolder("tree/a");
+  MakeFolder("tree/b");
+  PutFile("tree/a/file", "12345");
+  // Several ways back from each folder: a walk that only the length of paths ends would take
+  // longer than the world.
+  for (const char* folder : {"tree", "tree/a", "tree/b"}) {
+    LinkTo(".", std::string(folder) + "/self");
+    LinkTo(Folder() / "tree", std::string(folder) + "/top");
+    LinkTo("..", std::string(folder) + "/up");
+  }
+  fs::remove(FilePath("tree/up"));
+  LinkTo("../b", "tree/a/to b");
+  LinkTo("../a", "tree/b/to a");
+  // As tree/a, and as tree/b/to a.
+  EXPECT_EQ(SizeOf("tree"), 10u);
+}
+
+TEST_P(FileLinksTest, DeletingATreeLeavesWhatItsLinksLeadTo) {
+  MakeFolder("outside");
+  PutFile("outside/file", "kept");
+  MakeFolder("tree");
+  LinkTo("../outside", "tree/folder link");
+  LinkTo("../outside/file", "tree/file link");
+  LinkTo(".", "tree/self");
+  EXPECT_TRUE(TmvUtilityFile()->DeleteDirectoryTree(Path("tree").c_str()));
+  EXPECT_FALSE(Exists("tree"));
+  EXPECT_EQ(GetFile("outside/file"), "kept");
+
+  for (const char* ending : {"", "\\", "/", "//"}) {
+    LinkTo("outside", "link");
+    EXPECT_TRUE(TmvUtilityFile()->DeleteDirectoryTree((Path("link") + ending).c_str()));
+    EXPECT_FALSE(Exists("link"));
+    EXPECT_EQ(GetFile("outside/file"), "kept") << ending;
+  }
+}
+
+TEST_P(FileLinksTest, CopyingATreeCopiesItsLinks) {
+  MakeFolder("tree");
+  PutFile("tree/file", "content");
+  LinkTo("file", "tree/link");
+  LinkTo(".", "tree/self");
+  ASSERT_TRUE(TmvUtilityFile()->CopyDirectoryTree(Path("tree").c_str(), Path("copy").c_str()));
+  EXPECT_EQ(fs::read_symlink(FilePath("copy/link")), "file");
+  EXPECT_EQ(fs::read_symlink(FilePath("copy/self")), ".");
+  EXPECT_EQ(GetFile("copy/link"), "content");
+}
+
+TEST_P(FileLinksTest, NamesThatWideTextCannotSayAreCounted) {
+  MakeFolder("tree");
+  PutFile("tree/ok", "1");
+  std::ofstream(FilePath("tree").string() + "/bad\xFFname") << "22";
+  // A backslash in a name must not turn into a separator: this one would lead out of the tree.
+  const std::string trap = FilePath("tree").string() + "/..\\..\\";
+  ASSERT_EQ(mkdir(trap.c_str(), 0777), 0);
+  std::ofstream(FilePath("tree").string() + "/back\\slash") << "333";
+  EXPECT_EQ(SizeOf("tree"), 6u);
+}
+
+TEST_P(FileLinksTest, UnreadableFoldersAddNothing) {
+  MakeFolder("tree/locked");
+  PutFile("tree/open", "12345");
+  PutFile("tree/locked/file", "12345");
+  fs::permissions(FilePath("tree/locked"), fs::perms::none);
+  const std::string path = Path("tree");
+  EXPECT_TRUE(
+      RunWithoutRights([&path] { return TmvUtilityFile()->DirectorySize(path.c_str(), 1) == 6; }));
+  fs::permissions(FilePath("tree/locked"), fs::perms::owner_all);
+}
+
+TEST_P(FileLinksTest, MissingRightsFailCleanly) {
+  MakeFolder("tree/sub");
+  PutFile("tree/sub/file", "content");
+  fs::permissions(FilePath("tree/sub/file"), fs::perms::owner_all);
+  const std::string tree = Path("tree");
+  const std::string file = Path("tree/sub/file");
+  EXPECT_TRUE(RunWithoutRights([&] {
+    TMVUtilityFile* const files = TmvUtilityFile();
+    BinaryDataResult result;
+    return !files->DeleteDirectoryTree(tree.c_str()) && !files->RemoveFile(file.c_str()) &&
+           !files->CreateDirectoryPath((tree + "/new").c_str()) &&
+           !files->CopyDirectoryTree((tree + "/sub").c_str(), (tree + "/copy").c_str()) &&
+           !files->MoveFileTo(file.c_str(), (tree + "/moved").c_str()) &&
+           !files->CopyFileTo(file.c_str(), (tree + "/copied").c_str()) &&
+           !files->ReadWholeFile(&result, file.c_str()) &&
+           !files->SetFileTimestamp(file.c_str(), "2024-01-31 17:05:09") &&
+           files->OpenFile(file.c_str(), "rb") == nullptr &&
+           files->FileContainsText(file.c_str(), "c") == -1;
+  })) << "the test needs a folder for temporary files that everybody can enter";
+  EXPECT_EQ(GetFile("tree/sub/file"), "content");
+}
+
+TEST(FullDisk, ShowsInTheResultOfWriteWholeFile) {
+  if (!fs::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
+  EXPECT_FALSE(TmvUtilityFile()->WriteWholeFile("x", 1, "/dev/full"));
+}
+
+}  // namespace

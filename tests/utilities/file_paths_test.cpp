@@ -1,0 +1,141 @@
+// Paths as text: parts, extensions, free names.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/work_folder.h"
+#include "temvar/temvar.h"
+
+namespace {
+
+// Takes new text over into a string; "(null)" for null.
+std::string Take(char* text) {
+  const std::string copy = text == nullptr ? "(null)" : text;
+  TmvUtilityString()->FreeString(text);
+  return copy;
+}
+
+TEST(SplitPath, CutsAtTheLastSeparatorAndTheLastDot) {
+  const struct {
+    const char* path;
+    const char* directory;
+    const char* name;
+    const char* extension;
+  } cases[] = {
+      {"name.txt", "", "name", ".txt"},
+      {"name", "", "name", ""},
+      {".hidden", "", "", ".hidden"},
+      {"name.", "", "name", "."},
+      {"a.b.c", "", "a.b", ".c"},
+      {"C:\\dir\\name.txt", "C:\\dir\\", "name", ".txt"},
+      {"/dir/name.txt", "/dir/", "name", ".txt"},
+      {"a\\b/c.d", "a\\b/", "c", ".d"},
+      {"a/b\\c.d", "a/b\\", "c", ".d"},
+      {"dir/", "dir/", "", ""},
+      {"\\", "\\", "", ""},
+      {"Φάκελος/漢字😀.ΤΧΤ", "Φάκελος/", "漢字😀", ".ΤΧΤ"},
+      // The last dot of the whole path stands in a directory's name.
+      {"a.b/c", "a.b/", "c", ".b/c"},
+      {"a.b\\", "a.b\\", "", ".b\\"},
+      {"./c", "./", "c", "./c"},
+      {"\xFF", "", "", ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.path);
+    PathParts parts = TmvUtilityFile()->SplitPath(c.path);
+    EXPECT_STREQ(parts.Directory, c.directory);
+    EXPECT_STREQ(parts.Name, c.name);
+    EXPECT_STREQ(parts.Extension, c.extension);
+    const PathParts before = parts;
+    TmvUtilityFile()->FreePathParts(&parts);
+    EXPECT_EQ(parts.Name, before.Name) << "the record is left as it is";
+  }
+}
+
+TEST(SplitPath, OfNothingIsThreeNulls) {
+  for (const char* path : {static_cast<const char*>(nullptr), ""}) {
+    PathParts parts = TmvUtilityFile()->SplitPath(path);
+    EXPECT_EQ(parts.Directory, nullptr);
+    EXPECT_EQ(parts.Name, nullptr);
+    EXPECT_EQ(parts.Extension, nullptr);
+    TmvUtilityFile()->FreePathParts(&parts);
+  }
+  TmvUtilityFile()->FreePathParts(nullptr);
+}
+
+TEST(ExtensionInList, ComparesWholeExtensionsInLowerCase) {
+  const struct {
+    const char* path;
+    const char* list;
+    bool expected;
+  } cases[] = {
+      {"a.zip", ";.zip;.7z;", true}, {"DIR\\A.ZIP", ";.zip;.7z;", true},
+      {"a.7z", ";.zip;.7z;", true},  {"a.tar.7Z", ";.zip;.7z;", true},
+      {"a.zi", ";.zip;", false},     {"a.zipx", ";.zip;", false},
+      {"a.zip", ";.ZIP;", false},  // The list is taken as it stands.
+      {"a.zip", ".zip", false},      {"zip", ";.zip;", false},
+      {"a.", ";.;", true},           {"a.zip", "", false},
+      {"a.ΤΧΤ", ";.ΤΧΤ;", true},     {"", ";.zip;", false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(TmvUtilityFile()->ExtensionInList(c.path, c.list), c.expected)
+        << c.path << " in " << c.list;
+  }
+  EXPECT_FALSE(TmvUtilityFile()->ExtensionInList(nullptr, ";.zip;"));
+}
+
+class MakeUniquePathTest : public temvar_test::WorkFolderTest {
+ protected:
+  std::string Unique(const std::string& path) {
+    return Take(TmvUtilityFile()->MakeUniquePath(path.c_str()));
+  }
+};
+TEMVAR_IN_EVERY_PLACE(MakeUniquePathTest);
+
+TEST_P(MakeUniquePathTest, NumbersATakenName) {
+  EXPECT_EQ(Unique(Path("name.txt")), Path("name.txt"));
+  PutFile("name.txt", "");
+  EXPECT_EQ(Unique(Path("name.txt")), Path("name(1).txt"));
+  EXPECT_FALSE(Exists("name(1).txt")) << "nothing is made";
+  PutFile("name(1).txt", "");
+  EXPECT_EQ(Unique(Path("name.txt")), Path("name(2).txt"));
+  EXPECT_EQ(Unique(Path("name(1).txt")), Path("name(1)(1).txt"));
+  MakeFolder("φάκελος.d");
+  EXPECT_EQ(Unique(Path("φάκελος.d")), Path("φάκελος(1).d"));
+}
+
+TEST_P(MakeUniquePathTest, GivesUpAfter999) {
+  PutFile("n.x", "");
+  for (int n = 1; n <= 998; ++n) PutFile("n(" + std::to_string(n) + ").x", "");
+  EXPECT_EQ(Unique(Path("n.x")), Path("n(999).x"));
+  PutFile("n(999).x", "");
+  EXPECT_EQ(Unique(Path("n.x")), Path("n.x"));
+}
+
+TEST_P(MakeUniquePathTest, SplitsAtTheLastBackslashElseTheLastSlash) {
+  MakeFolder("sub.dir");
+  PutFile("sub.dir/f.txt", "");
+  PutFile("sub.dir/nodot", "");
+  const std::string base = Path();
+  std::string slashes = base + "/sub.dir/f";
+  for (char& c : slashes) c = c == '\\' ? '/' : c;
+  EXPECT_EQ(Unique(slashes + ".txt"), slashes + "(1).txt");
+  EXPECT_EQ(Unique(base + "\\sub.dir/f.txt"), base + "\\sub.dir/f(1).txt");
+  // The last dot is that of the folder: it begins the extension, and the name is the rest.
+  EXPECT_EQ(Unique(base + "\\sub.dir\\nodot"), base + "\\sub.dir\\nodot(1).dir\\nodot");
+}
+
+TEST_P(MakeUniquePathTest, IsNullForNullAndForWhatCannotBeNumbered) {
+  EXPECT_EQ(TmvUtilityFile()->MakeUniquePath(nullptr), nullptr);
+  MakeFolder("sub");
+  PutFile("sub/no dot", "");
+  PutFile("no separator.txt", "");
+  std::filesystem::current_path(Folder());
+  EXPECT_EQ(Unique("sub/no dot"), "(null)");
+  EXPECT_EQ(Unique("no separator.txt"), "(null)");
+  EXPECT_EQ(Unique("free.txt"), "free.txt");
+  EXPECT_EQ(Unique(""), "");
+  std::filesystem::current_path(Folder().root_path());
+}
+
+}  // namespace

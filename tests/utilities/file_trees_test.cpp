@@ -1,0 +1,166 @@
+// Directory trees: make, copy, delete, sum up.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "support/work_folder.h"
+#include "temvar/temvar.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class FileTreesTest : public temvar_test::WorkFolderTest {
+ protected:
+  // A tree of three levels with 9 bytes in 4 files and an empty folder.
+  void MakeTree() {
+    MakeFolder("tree/sub/δέντρο");
+    MakeFolder("tree/empty");
+    PutFile("tree/a.txt", "a");
+    PutFile("tree/.hidden", "hh");
+    PutFile("tree/sub/b.txt", "bbb");
+    PutFile("tree/sub/δέντρο/木😀.txt", "ccc");
+  }
+
+  void ExpectTreeAt(const std::string& top) {
+    EXPECT_EQ(GetFile(top + "/a.txt"), "a");
+    EXPECT_EQ(GetFile(top + "/.hidden"), "hh");
+    EXPECT_EQ(GetFile(top + "/sub/b.txt"), "bbb");
+    EXPECT_EQ(GetFile(top + "/sub/δέντρο/木😀.txt"), "ccc");
+    EXPECT_TRUE(fs::is_directory(FilePath(top + "/empty")));
+  }
+
+  bool Delete(const std::string& path) { return file_->DeleteDirectoryTree(path.c_str()); }
+  bool Copy(const char* from, const char* to) {
+    return file_->CopyDirectoryTree(Path(from).c_str(), Path(to).c_str());
+  }
+
+  TMVUtilityFile* const file_ = TmvUtilityFile();
+};
+TEMVAR_IN_EVERY_PLACE(FileTreesTest);
+
+TEST_P(FileTreesTest, CreatesMissingParents) {
+  EXPECT_TRUE(file_->CreateDirectoryPath(Path("one/δύο/三").c_str()));
+  EXPECT_TRUE(fs::is_directory(FilePath("one/δύο/三")));
+  EXPECT_FALSE(file_->CreateDirectoryPath(Path("one/δύο/三").c_str())) << "exists";
+  EXPECT_TRUE(file_->CreateDirectoryPath(Path("one/four").c_str()));
+  PutFile("file", "");
+  EXPECT_FALSE(file_->CreateDirectoryPath(Path("file").c_str()));
+  EXPECT_FALSE(file_->CreateDirectoryPath(Path("file/inner").c_str()));
+  EXPECT_FALSE(file_->CreateDirectoryPath(""));
+  EXPECT_FALSE(file_->CreateDirectoryPath(nullptr));
+}
+
+TEST_P(FileTreesTest, CreatesRelativePaths) {
+  fs::current_path(Folder());
+  EXPECT_TRUE(file_->CreateDirectoryPath("relative/inner"));
+  EXPECT_TRUE(fs::is_directory(FilePath("relative/inner")));
+  EXPECT_FALSE(file_->CreateDirectoryPath("relative"));
+  fs::current_path(Folder().root_path());
+}
+
+TEST_P(FileTreesTest, DeletesTreesAndSingleFiles) {
+  for (const char* ending : {"", "\\"}) {
+    MakeTree();
+    EXPECT_TRUE(Delete(Path("tree") + ending)) << ending;
+    EXPECT_FALSE(Exists("tree"));
+  }
+  PutFile("single", "x");
+  PutFile("other", "x");
+  EXPECT_TRUE(Delete(Path("single")));
+  EXPECT_FALSE(Exists("single"));
+  EXPECT_FALSE(Delete(Path("single"))) << "missing";
+  EXPECT_TRUE(Exists("other"));
+}
+
+TEST_P(FileTreesTest, DeletesNothingForPathsThatNameNothing) {
+  PutFile("keep", "x");
+  fs::current_path(Folder());
+  for (const char* path : {"", "\\", "C:", "C:\\", "\xFF"}) {
+    EXPECT_FALSE(Delete(path)) << path;
+    EXPECT_TRUE(Exists("keep")) << path;
+  }
+  EXPECT_FALSE(file_->DeleteDirectoryTree(nullptr));
+  fs::current_path(Folder().root_path());
+}
+
+TEST_P(FileTreesTest, CopyBecomesTheDestinationOrGoesIntoIt) {
+  MakeTree();
+  EXPECT_TRUE(Copy("tree", "copy"));
+  ExpectTreeAt("copy");
+  EXPECT_TRUE(Copy("tree", "copy")) << "into the directory that exists now";
+  ExpectTreeAt("copy/tree");
+  ExpectTreeAt("tree");
+  EXPECT_FALSE(Copy("missing", "copy"));
+  EXPECT_FALSE(file_->CopyDirectoryTree("", Path("copy").c_str()));
+  EXPECT_FALSE(file_->CopyDirectoryTree(Path("tree").c_str(), ""));
+}
+
+TEST_P(FileTreesTest, CopyReplacesFilesAndMergesDirectories) {
+  MakeTree();
+  MakeFolder("target/tree/sub");
+  PutFile("target/tree/sub/b.txt", "something older and longer");
+  PutFile("target/tree/sub/stays.txt", "stays");
+  EXPECT_TRUE(Copy("tree", "target"));
+  ExpectTreeAt("target/tree");
+  EXPECT_EQ(GetFile("target/tree/sub/stays.txt"), "stays");
+}
+
+TEST_P(FileTreesTest, CopiesSingleFiles) {
+  PutFile("file", "content");
+  MakeFolder("folder");
+  EXPECT_TRUE(Copy("file", "other"));
+  EXPECT_EQ(GetFile("other"), "content");
+  EXPECT_TRUE(Copy("file", "folder"));
+  EXPECT_EQ(GetFile("folder/file"), "content");
+  EXPECT_TRUE(Copy("file", "new folder/deep/file"));
+  EXPECT_EQ(GetFile("new folder/deep/file"), "content");
+}
+
+TEST_P(FileTreesTest, NoCopyOfADirectoryIntoItself) {
+  MakeTree();
+  EXPECT_FALSE(Copy("tree", "tree/sub/inner"));
+  EXPECT_FALSE(Copy("tree", "tree/sub"));
+  EXPECT_FALSE(Exists("tree/sub/tree"));
+  ExpectTreeAt("tree");
+}
+
+TEST_P(FileTreesTest, SizeIsThatOfTheFilesBelow) {
+  MakeTree();
+  EXPECT_EQ(file_->DirectorySize(Path("tree").c_str(), 0), 9u);
+  EXPECT_EQ(file_->DirectorySize(Path("tree").c_str(), 100), 109u);
+  EXPECT_EQ(file_->DirectorySize(Path("tree/empty").c_str(), 100), 100u);
+  EXPECT_EQ(file_->DirectorySize(Path("tree/a.txt").c_str(), 100), 100u) << "no directory";
+  EXPECT_EQ(file_->DirectorySize(Path("missing").c_str(), 100), 100u);
+  EXPECT_EQ(file_->DirectorySize("", 100), 100u);
+  EXPECT_EQ(file_->DirectorySize(nullptr, 100), 100u);
+  EXPECT_EQ(file_->DirectorySize((Path("tree") + "/").c_str(), 0), 9u);
+}
+
+TEST_P(FileTreesTest, ThousandsOfEntries) {
+  constexpr int kFolders = 20;
+  constexpr int kFiles = 100;
+  for (int d = 0; d < kFolders; ++d) {
+    const std::string folder = "big/φ" + std::to_string(d);
+    MakeFolder(folder);
+    for (int f = 0; f < kFiles; ++f) PutFile(folder + "/" + std::to_string(f), "12345");
+  }
+  constexpr uint64_t kSize = uint64_t{kFolders} * kFiles * 5;
+  EXPECT_EQ(file_->DirectorySize(Path("big").c_str(), 0), kSize);
+  EXPECT_TRUE(Copy("big", "copy"));
+  EXPECT_EQ(file_->DirectorySize(Path("copy").c_str(), 0), kSize);
+  EXPECT_TRUE(Delete(Path("big")));
+  EXPECT_FALSE(Exists("big"));
+  EXPECT_EQ(file_->DirectorySize(Path().c_str(), 0), kSize);
+}
+
+TEST_P(FileTreesTest, DeepTrees) {
+  std::string deep = "deep";
+  for (int level = 0; level < 60; ++level) deep += "/folder of level " + std::to_string(level);
+  MakeFolder(deep);
+  PutFile(deep + "/file", "12345");
+  EXPECT_EQ(file_->DirectorySize(Path().c_str(), 0), 5u);
+}
+
+}  // namespace
