@@ -1,4 +1,6 @@
-// Paths in the forms that the system's functions ask for.
+// Paths in the forms that the system's functions ask for. New text is a block of malloc that ends
+// in two NUL units; null stands for a path that is right as it is. Elsewhere than on Windows every
+// path is. Both throw std::bad_alloc.
 #ifndef TEMVAR_PLATFORM_LONG_PATH_H_
 #define TEMVAR_PLATFORM_LONG_PATH_H_
 
@@ -6,13 +8,17 @@
 
 namespace temvar {
 
-// The form in which the system takes `path` however long it is, as a new block of malloc; null if
-// that is `path` itself. Windows takes more than 260 characters only of an absolute path behind
-// `\\?\`; elsewhere the result is always null. Throws std::bad_alloc.
+// The form in which the system's file functions take `path` however long it is. Windows takes more
+// than 260 characters only of an absolute path behind `\\?\`.
 TmvWideChar* NewLongPath(const TmvWideChar* path);
 
-// The absolute form of `path` where the shell's folder functions insist on one, in the same way.
-TmvWideChar* NewShellPath(const TmvWideChar* path);
+// The absolute form, which the shell's functions insist on.
+TmvWideChar* NewAbsolutePath(const TmvWideChar* path);
+
+// Whether the shell's functions take an absolute path of this length. Windows' take some 250
+// characters and know no way around that; Wine's (seen in 8.0) write beyond their buffers instead
+// of failing, so that they must never see a longer one.
+bool FitsShell(const TmvWideChar* absolute_path);
 
 }  // namespace temvar
 

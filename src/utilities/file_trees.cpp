@@ -2,6 +2,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/win32.h"
 #include "utilities/file_impl.h"
@@ -49,27 +50,27 @@ bool RunShellOperation(UINT operation, const TmvWideChar* from, const TmvWideCha
 
 bool TMVUtilityFileImpl::DeleteDirectoryTree(const char* path) {
   if (path == nullptr) return false;
-  const WideText wide = ToWide(path);
+  WideText wide = ToWide(path);
   size_t length = WideView(wide.get()).size();
   if (length > 0 && wide.get()[length - 1] == TMV_WIDE('\\')) wide.get()[--length] = TMV_WIDE('\0');
   // What is left of "" and of "C:\" would be the current directory to the shell.
   if (length == 0 || wide.get()[length - 1] == TMV_WIDE(':')) return false;
-  return RunShellOperation(FO_DELETE, wide.get(), nullptr, FOF_SILENT | FOF_NOCONFIRMATION);
+  const ShellPath tree(std::move(wide));
+  return tree.fits() &&
+         RunShellOperation(FO_DELETE, tree.get(), nullptr, FOF_SILENT | FOF_NOCONFIRMATION);
 }
 
 bool TMVUtilityFileImpl::CopyDirectoryTree(const char* source, const char* destination) {
-  const WideText from = ToWide(source);
-  const WideText to = ToWide(destination);
-  // The shell would take an empty path for the current directory.
-  if (*from == TMV_WIDE('\0') || *to == TMV_WIDE('\0')) return false;
-  return RunShellOperation(FO_COPY, from.get(), to.get(),
+  const ShellPath from(source);
+  const ShellPath to(destination);
+  return from.fits() && to.fits() &&
+         RunShellOperation(FO_COPY, from.get(), to.get(),
                            FOF_SILENT | FOF_NOCONFIRMATION | FOF_NOCONFIRMMKDIR);
 }
 
 bool TMVUtilityFileImpl::CreateDirectoryPath(const char* path) {
-  WideText wide = ToWide(path);
-  if (TmvWideChar* const full = NewShellPath(wide.get())) wide.reset(full);
-  return SHCreateDirectoryExW(nullptr, wide.get(), nullptr) == 0;
+  const ShellPath folder(path);
+  return folder.fits() && SHCreateDirectoryExW(nullptr, folder.get(), nullptr) == 0;
 }
 
 uint64_t TMVUtilityFileImpl::DirectorySize(const char* path, uint64_t total) {

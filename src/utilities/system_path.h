@@ -1,4 +1,4 @@
-// A path of a host on its way to the system.
+// Paths of a host on their way to the system.
 #ifndef TEMVAR_UTILITIES_SYSTEM_PATH_H_
 #define TEMVAR_UTILITIES_SYSTEM_PATH_H_
 
@@ -19,6 +19,23 @@ class SystemPath {
     if (TmvWideChar* const form = NewLongPath(text_.get())) text_.reset(form);
   }
 
+  const TmvWideChar* get() const { return text_.get(); }
+
+ private:
+  WideText text_;
+};
+
+// A path as the shell's functions take it: absolute where they want that, as a list of one path.
+// They know no long paths, so that one that doesn't fit must not reach them.
+class ShellPath {
+ public:
+  explicit ShellPath(const char* path) : ShellPath(ToWide(path)) {}
+  explicit ShellPath(WideText path) : text_(std::move(path)) {
+    if (TmvWideChar* const form = NewAbsolutePath(text_.get())) text_.reset(form);
+  }
+
+  // False for an empty path too, which the shell would take for the current directory.
+  bool fits() const { return *text_ != TMV_WIDE('\0') && FitsShell(text_.get()); }
   const TmvWideChar* get() const { return text_.get(); }
 
  private:

@@ -54,7 +54,7 @@ class WorkFolder {
 
   ~WorkFolder() {
     std::error_code error;
-    std::filesystem::remove_all(top_, error);
+    RemoveTree(top_, error);
     EXPECT_FALSE(error) << "can't remove " << Utf8(top_) << ": " << error.message();
   }
 
@@ -68,8 +68,25 @@ class WorkFolder {
     return std::filesystem::temp_directory_path() / name.str();
   }
 
+  // Folders are moved to the top before they are emptied: the runtime of mingw (seen in 10.0) lists
+  // no folder whose path is longer than 260 characters, remove_all() included.
+  void RemoveTree(const std::filesystem::path& tree, std::error_code& error) {
+    for (const auto& entry : std::filesystem::directory_iterator(tree, error)) {
+      if (error) return;
+      if (!std::filesystem::is_directory(entry.symlink_status(error))) {
+        std::filesystem::remove(entry.path(), error);
+        continue;
+      }
+      const std::filesystem::path moved = top_.string() + "-" + std::to_string(++moved_);
+      std::filesystem::rename(entry.path(), moved, error);
+      if (!error) RemoveTree(moved, error);
+    }
+    if (!error) std::filesystem::remove(tree, error);
+  }
+
   const std::filesystem::path top_;
   std::filesystem::path folder_;
+  int moved_ = 0;
 };
 
 // The fixture. Everything takes names below the folder in UTF-8, with `/` between them.
@@ -100,6 +117,13 @@ class WorkFolderTest : public testing::TestWithParam<FolderKind> {
 
   void MakeFolder(std::string_view name) const {
     std::filesystem::create_directories(FilePath(name));
+  }
+
+  // Whether the folder's path is longer than the shell's functions of this system take: copying and
+  // deleting trees and making directories with their parents fail there.
+  bool IsBeyondTheShell() const {
+    constexpr bool kWindows = std::filesystem::path::preferred_separator == '\\';
+    return kWindows && GetParam() == FolderKind::kLong;
   }
 
   bool Exists(std::string_view name) const {

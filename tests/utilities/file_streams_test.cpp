@@ -121,7 +121,7 @@ TEST_P(FileStreamsTest, ThreadsShareTheService) {
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t) {
     threads.emplace_back([this, t] {
-      const std::string name = "f" + std::to_string(t);
+      const std::string name(1, static_cast<char>('a' + t));
       for (int i = 0; i < 50; ++i) {
         const std::string bytes(static_cast<size_t>(i * 17 + t), static_cast<char>('a' + t));
         EXPECT_TRUE(file_->WriteWholeFile(bytes.data(), bytes.size(), Path(name).c_str()));

@@ -50,17 +50,14 @@ int CopyTree(const NarrowPath& source, const NarrowPath& destination) {
   fs::path to(destination.c_str());
   const fs::file_status status = fs::symlink_status(from, error);
   if (status.type() == fs::file_type::not_found) return static_cast<int>(ERROR_FILE_NOT_FOUND);
-  if (fs::is_directory(to, error)) {
-    to /= from.filename();
-  } else if (to.has_parent_path()) {
-    error.clear();
-    fs::create_directories(to.parent_path(), error);
-    if (error) return ErrorOf(error);
-  }
+  const bool into = fs::is_directory(to, error);
+  if (into) to /= from.filename();
   error.clear();
   if (fs::is_directory(status) && LiesWithin(to, from, error)) {
     return static_cast<int>(ERROR_ACCESS_DENIED);
   }
+  if (error) return ErrorOf(error);
+  if (!into && to.has_parent_path()) fs::create_directories(to.parent_path(), error);
   if (error) return ErrorOf(error);
   fs::copy(from, to,
            fs::copy_options::recursive | fs::copy_options::copy_symlinks |

@@ -33,7 +33,6 @@ std::wstring FullPath(const wchar_t* path) {
 }
 
 wchar_t* NewBlock(const std::wstring& text) {
-  // Two NUL units, which make it a list of one path for the shell.
   auto* const block = static_cast<wchar_t*>(std::calloc(text.size() + 2, sizeof(wchar_t)));
   if (block == nullptr) throw std::bad_alloc();
   text.copy(block, text.size());
@@ -52,10 +51,14 @@ TmvWideChar* NewLongPath(const TmvWideChar* path) {
   return NewBlock(L"\\\\?\\" + full);
 }
 
-TmvWideChar* NewShellPath(const TmvWideChar* path) {
+TmvWideChar* NewAbsolutePath(const TmvWideChar* path) {
   if (*path == L'\0' || IsAbsolute(path)) return nullptr;
   const std::wstring full = FullPath(path);
   return full.empty() ? nullptr : NewBlock(full);
+}
+
+bool FitsShell(const TmvWideChar* absolute_path) {
+  return std::wcslen(absolute_path) < kShortLimit;
 }
 
 }  // namespace temvar
