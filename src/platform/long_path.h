@@ -12,8 +12,8 @@ namespace temvar {
 // than 260 characters only of an absolute path behind `\\?\`.
 TmvWideChar* NewLongPath(const TmvWideChar* path);
 
-// The absolute form, which the shell's functions insist on.
-TmvWideChar* NewAbsolutePath(const TmvWideChar* path);
+// The absolute form with backslashes, which the shell's functions insist on.
+TmvWideChar* NewShellPath(const TmvWideChar* path);
 
 // Whether the shell's functions take an absolute path of this length. Windows' take some 250
 // characters and know no way around that; Wine's (seen in 8.0) write beyond their buffers instead

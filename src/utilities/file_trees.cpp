@@ -6,6 +6,7 @@
 
 #include "platform/win32.h"
 #include "utilities/file_impl.h"
+#include "utilities/folders.h"
 #include "utilities/system_path.h"
 #include "utilities/text.h"
 
@@ -69,8 +70,7 @@ bool TMVUtilityFileImpl::CopyDirectoryTree(const char* source, const char* desti
 }
 
 bool TMVUtilityFileImpl::CreateDirectoryPath(const char* path) {
-  const ShellPath folder(path);
-  return folder.fits() && SHCreateDirectoryExW(nullptr, folder.get(), nullptr) == 0;
+  return MakeFolders(ToWide(path)) == 0;
 }
 
 uint64_t TMVUtilityFileImpl::DirectorySize(const char* path, uint64_t total) {

@@ -25,13 +25,13 @@ class SystemPath {
   WideText text_;
 };
 
-// A path as the shell's functions take it: absolute where they want that, as a list of one path.
+// A path as the shell's functions take it: in the form that they want, as a list of one path.
 // They know no long paths, so that one that doesn't fit must not reach them.
 class ShellPath {
  public:
   explicit ShellPath(const char* path) : ShellPath(ToWide(path)) {}
   explicit ShellPath(WideText path) : text_(std::move(path)) {
-    if (TmvWideChar* const form = NewAbsolutePath(text_.get())) text_.reset(form);
+    if (TmvWideChar* const form = NewShellPath(text_.get())) text_.reset(form);
   }
 
   // False for an empty path too, which the shell would take for the current directory.

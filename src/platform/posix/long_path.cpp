@@ -4,7 +4,7 @@ namespace temvar {
 
 TmvWideChar* NewLongPath(const TmvWideChar* /*path*/) { return nullptr; }
 
-TmvWideChar* NewAbsolutePath(const TmvWideChar* /*path*/) { return nullptr; }
+TmvWideChar* NewShellPath(const TmvWideChar* /*path*/) { return nullptr; }
 
 bool FitsShell(const TmvWideChar* /*absolute_path*/) { return true; }
 

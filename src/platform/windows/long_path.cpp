@@ -51,8 +51,8 @@ TmvWideChar* NewLongPath(const TmvWideChar* path) {
   return NewBlock(L"\\\\?\\" + full);
 }
 
-TmvWideChar* NewAbsolutePath(const TmvWideChar* path) {
-  if (*path == L'\0' || IsAbsolute(path)) return nullptr;
+TmvWideChar* NewShellPath(const TmvWideChar* path) {
+  if (*path == L'\0') return nullptr;
   const std::wstring full = FullPath(path);
   return full.empty() ? nullptr : NewBlock(full);
 }

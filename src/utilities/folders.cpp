@@ -1,0 +1,40 @@
+#include "utilities/folders.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/win32.h"
+#include "utilities/system_path.h"
+
+namespace temvar {
+namespace {
+
+using WideView = std::basic_string_view<TmvWideChar>;
+
+// Makes one folder in one that exists.
+int MakeFolder(WideView path) {
+  const SystemPath system_path{WideText(NewText(path))};
+  return CreateDirectoryW(system_path.get(), nullptr) ? 0 : static_cast<int>(GetLastError());
+}
+
+// What the shell does, for a path that is too long for it: the folder, else its parents first.
+int MakeFoldersOneByOne(WideView path) {
+  const int result = MakeFolder(path);
+  if (result != static_cast<int>(ERROR_PATH_NOT_FOUND)) return result;
+  const size_t separator = path.find_last_of(TMV_WIDE("\\/"));
+  if (separator == WideView::npos || separator == 0) return result;
+  const int parents = MakeFoldersOneByOne(path.substr(0, separator));
+  const bool there = parents == 0 || parents == static_cast<int>(ERROR_ALREADY_EXISTS);
+  return there ? MakeFolder(path) : parents;
+}
+
+}  // namespace
+
+int MakeFolders(WideText path) {
+  const ShellPath folder(std::move(path));
+  if (folder.fits()) return SHCreateDirectoryExW(nullptr, folder.get(), nullptr);
+  return MakeFoldersOneByOne(folder.get());
+}
+
+}  // namespace temvar
