@@ -19,12 +19,14 @@ class TMVUtilityZip {
   // name in the archive is the file's path without its first strlen(root) bytes, counting a
   // separator that is added to a root without one. A null or empty root stands for `directory`, so
   // that names are relative to it. The text isn't compared: give a root that the path begins with.
-  // A path no longer than its root gets the bare file name. Links are followed, except into a
-  // directory that is being walked already. What can't be listed, or an empty text, adds nothing.
+  // A path no longer than its root gets an empty name, as AddFile knows it. Links are followed,
+  // except into a directory that is being walked already. What can't be listed, or an empty text,
+  // adds nothing.
   virtual void AddDirectory(const char* directory, const char* root) = 0;
 
-  // Adds the file at `path` under `name`. An empty name stands for the file's own name. A path that
-  // was added before gets the new name. Whether the file exists shows in WriteArchive.
+  // Adds the file at `path` under `name`. An empty name stands for the file's own: what stands
+  // behind the last backslash of the path, or behind the last slash if it has none. A path that was
+  // added before gets the new name. Whether the file exists shows in WriteArchive.
   virtual void AddFile(const char* path, const char* name) = 0;
 
   // Writes the archive, replacing an existing file, with the files in the byte order of their

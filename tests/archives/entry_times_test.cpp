@@ -92,17 +92,18 @@ TEST_P(EntryTimesTest, PackedFilesKeepTheirTime) {
   for (const Moment& moment : kMoments) {
     PutFile("f", "x");
     const sys_seconds time = moment.local - OffsetNow();
-    // An odd second is rounded up, since the format counts in twos.
-    for (const auto part : {0s, -1s}) {
-      if (time + part < sys_days{1980y / 1 / 2}) continue;
-      SetTime("f", time + part);
-      ASSERT_TRUE(zip->WriteArchive(Archive().c_str(), nullptr));
-      const auto entries = temvar_test::ReadZip(GetFile("a.zip"));
-      ASSERT_EQ(entries.size(), 1u);
-      EXPECT_EQ(entries[0].dos_date, moment.dos_date);
-      EXPECT_TRUE(Extract().result);
-      EXPECT_EQ(TimeOf("out/f"), time);
-    }
+    SetTime("f", time);
+    ASSERT_TRUE(zip->WriteArchive(Archive().c_str(), nullptr));
+    const auto entries = temvar_test::ReadZip(GetFile("a.zip"));
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0].dos_date, moment.dos_date);
+    EXPECT_TRUE(Extract().result);
+    EXPECT_EQ(TimeOf("out/f"), time);
+    // The format counts in twos; Windows rounds an odd second up and Wine 8 rounds it down.
+    SetTime("f", time + 1s);
+    ASSERT_TRUE(zip->WriteArchive(Archive().c_str(), nullptr));
+    EXPECT_TRUE(Extract().result);
+    EXPECT_THAT(TimeOf("out/f"), testing::AnyOf(time, time + 2s));
   }
 }
 

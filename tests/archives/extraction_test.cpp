@@ -151,11 +151,11 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
     const Extraction run = Extract();
     EXPECT_FALSE(run.result);
     EXPECT_THAT(run.output.out, testing::EndsWith(ErrorLine(damage.code, damage.where)));
-    EXPECT_TRUE(Exists("out/before"));
-    EXPECT_FALSE(Exists("out/behind"));
+    EXPECT_TRUE(Exists(Out("before")));
+    EXPECT_FALSE(Exists(Out("behind")));
     // The file is on disk before its CRC is known.
-    EXPECT_EQ(Exists("out/bad"), std::string(damage.where) != "unzOpenCurrentFilePassword");
-    std::filesystem::remove_all(FilePath("out"));
+    EXPECT_EQ(Exists(Out("bad")), std::string(damage.where) != "unzOpenCurrentFilePassword");
+    TakeFreshDestination();
   }
 }
 
@@ -198,9 +198,9 @@ TEST_P(ExtractionTest, ReadsArchivesInOtherShapes) {
     SCOPED_TRACE(shape.what);
     PutArchive({shape.entry, {.name = "second", .data = "2"}}, shape.frame);
     EXPECT_TRUE(Extract().result);
-    EXPECT_EQ(GetFile("out/" + shape.entry.name), "data");
-    EXPECT_EQ(GetFile("out/second"), "2");
-    std::filesystem::remove_all(FilePath("out"));
+    EXPECT_EQ(GetFile(Out(shape.entry.name)), "data");
+    EXPECT_EQ(GetFile(Out("second")), "2");
+    TakeFreshDestination();
   }
 }
 
