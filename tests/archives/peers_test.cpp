@@ -1,0 +1,204 @@
+// Archives and buffers exchanged with other programs. They are found when a test runs, and a test
+// without its program is skipped with the name of what it needs. Runs where there is a POSIX shell.
+#include <cstdlib>
+#include <memory>
+
+#include "archives/archive_test.h"
+
+namespace {
+
+using temvar_test::NoisyBytes;
+
+class PeersTest : public temvar_test::ArchiveTest {
+ protected:
+  // Runs a shell command in the work folder; its exit status is 0.
+  bool Shell(const std::string& command) const {
+    const std::string line = "cd '" + Path() + "' && (" + command + ") > peer.log 2>&1 < /dev/null";
+    const bool done = std::system(line.c_str()) == 0;
+    log_ = GetFile("peer.log");
+    return done;
+  }
+
+  static bool Has(const std::string& program) {
+    return std::system(("command -v " + program + " > /dev/null 2>&1").c_str()) == 0;
+  }
+
+  // Files of several kinds, in "tree".
+  void MakeTree() const {
+    MakeFolder("tree/sub/\xC3\xA9t\xC3\xA9");
+    MakeFolder("tree/empty");
+    PutFile("tree/text.txt", std::string(5000, 'a') + "b");
+    PutFile("tree/nothing", "");
+    PutFile("tree/sub/noise.bin", NoisyBytes(300'000));
+    PutFile("tree/sub/\xC3\xA9t\xC3\xA9/\xE6\xBC\xA2.txt", "names beyond ASCII");
+  }
+
+  void ExpectSameFiles(const std::string& folder) const {
+    for (const std::string& name : Tree("tree")) {
+      if (name.back() == '/') continue;
+      SCOPED_TRACE(name);
+      ASSERT_TRUE(Exists(folder + "/" + name));
+      EXPECT_TRUE(GetFile(folder + "/" + name) == GetFile("tree/" + name));
+    }
+  }
+
+  mutable std::string log_;
+};
+INSTANTIATE_TEST_SUITE_P(Here, PeersTest, testing::Values(temvar_test::FolderKind::kPlain),
+                         temvar_test::NameOfFolderKind);
+
+struct Packing {
+  const char* program;
+  const char* command;
+};
+
+std::string Python(const std::string& program) { return "python3 -c '" + program + "'"; }
+
+// Packs the tree with Python's module; `arguments` go to ZipFile.
+std::string PythonZip(const std::string& arguments) {
+  return Python(
+      "import zipfile,os\n"
+      "z=zipfile.ZipFile(\"a.zip\",\"w\"" +
+      arguments +
+      ")\n"
+      "for d,_,fs in os.walk(\"tree\"):\n"
+      "  for f in fs:\n"
+      "    p=os.path.join(d,f)\n"
+      "    i=zipfile.ZipInfo.from_file(p,p[5:]); i.compress_type=z.compression\n"
+      "    with z.open(i,\"w\",force_zip64=True) as o:\n"
+      "      o.write(open(p,\"rb\").read())\n"
+      "z.close()");
+}
+
+TEST_P(PeersTest, UnpacksWhatOthersPack) {
+  const std::string python = PythonZip("");
+  const std::string python_deflated = PythonZip(",zipfile.ZIP_DEFLATED");
+  const Packing packings[] = {
+      {"zip", "cd tree && zip -r ../a.zip ."},
+      {"zip", "cd tree && zip -rD ../a.zip ."},           // No entries for directories.
+      {"zip", "cd tree && zip -r0 ../a.zip ."},           // Stored.
+      {"zip", "cd tree && zip -r - . | cat > ../a.zip"},  // Sizes behind the data, 64-bit fields.
+      {"7z", "cd tree && 7z a -tzip ../a.zip ."},
+      {"7z", "cd tree && 7z a -tzip -mx0 -mcu ../a.zip ."},  // UTF-8 flag.
+      {"bsdtar", "bsdtar --format zip -cf a.zip -C tree ."},
+      {"bsdtar", "bsdtar --format zip --options zip:compression=store -cf a.zip -C tree ."},
+      {"python3", python.c_str()},
+      {"python3", python_deflated.c_str()},
+  };
+  std::set<std::string> missing;
+  MakeTree();
+  for (const Packing& packing : packings) {
+    SCOPED_TRACE(packing.command);
+    if (!Has(packing.program)) {
+      missing.insert(packing.program);
+      continue;
+    }
+    std::filesystem::remove(FilePath("a.zip"));
+    ASSERT_TRUE(Shell(packing.command)) << log_;
+    TakeFreshDestination();
+    const Extraction run = Extract();
+    EXPECT_TRUE(run.result) << run.output.out;
+    ExpectSameFiles(Out(""));
+  }
+  if (!missing.empty()) GTEST_SKIP() << "not packed by " << testing::PrintToString(missing);
+}
+
+// What the library doesn't read ends with false and never with other contents.
+TEST_P(PeersTest, RefusesWhatItDoesntRead) {
+  const std::string bzip2 = PythonZip(",zipfile.ZIP_BZIP2");
+  const std::string lzma = PythonZip(",zipfile.ZIP_LZMA");
+  const Packing packings[] = {
+      {"zip", "cd tree && zip -r -P secret ../a.zip ."},
+      {"zip", "cd tree && zip -r0 -P secret ../a.zip ."},
+      {"7z", "cd tree && 7z a -tzip -psecret -mem=AES256 ../a.zip ."},
+      {"7z", "cd tree && 7z a -tzip -mm=PPMd ../a.zip ."},
+      {"python3", bzip2.c_str()},
+      {"python3", lzma.c_str()},
+      {"zip", "cd tree && zip -r ../whole.zip . && head -c 250000 ../whole.zip > ../a.zip"},
+  };
+  std::set<std::string> missing;
+  MakeTree();
+  for (const Packing& packing : packings) {
+    SCOPED_TRACE(packing.command);
+    if (!Has(packing.program)) {
+      missing.insert(packing.program);
+      continue;
+    }
+    std::filesystem::remove(FilePath("a.zip"));
+    ASSERT_TRUE(Shell(packing.command)) << log_;
+    TakeFreshDestination();
+    EXPECT_FALSE(Extract().result);
+    if (Exists(Out("text.txt"))) {
+      EXPECT_NE(GetFile(Out("text.txt")), GetFile("tree/text.txt"));
+    }
+  }
+  if (!missing.empty()) GTEST_SKIP() << "not packed by " << testing::PrintToString(missing);
+}
+
+TEST_P(PeersTest, OthersReadWhatItPacks) {
+  MakeTree();
+  const std::unique_ptr<TMVUtilityZip, void (*)(TMVUtilityZip*)> zip(CreateTmvUtilityZip(),
+                                                                     DestroyTmvUtilityZip);
+  std::filesystem::remove_all(FilePath("tree/sub/\xC3\xA9t\xC3\xA9"));
+  zip->AddDirectory(Path("tree").c_str(), nullptr);
+  zip->AddFile(Path("gone").c_str(), "an entry left open");
+  ASSERT_TRUE(zip->WriteArchive(Archive().c_str(), nullptr));
+  const Packing checks[] = {
+      {"unzip", "unzip -t a.zip && unzip -q a.zip -d seen"},
+      {"7z", "7z t a.zip && 7z x -oseen a.zip"},
+      {"bsdtar", "mkdir seen && bsdtar -xf a.zip -C seen"},
+      {"python3",
+       "python3 -c 'import zipfile; z=zipfile.ZipFile(\"a.zip\"); "
+       "assert z.testzip() is None; z.extractall(\"seen\")'"},
+  };
+  std::set<std::string> missing;
+  for (const Packing& check : checks) {
+    SCOPED_TRACE(check.command);
+    if (!Has(check.program)) {
+      missing.insert(check.program);
+      continue;
+    }
+    std::filesystem::remove_all(FilePath("seen"));
+    EXPECT_TRUE(Shell(check.command)) << log_;
+    ExpectSameFiles("seen");
+  }
+  if (!missing.empty()) GTEST_SKIP() << "not read by " << testing::PrintToString(missing);
+}
+
+TEST_P(PeersTest, BuffersAreExchangedWithPython) {
+  if (!Has("python3")) GTEST_SKIP() << "needs python3";
+  const std::string data = NoisyBytes(50'000) + std::string(50'000, 'x');
+  PutFile("data", data);
+  ASSERT_TRUE(
+      Shell(Python("import gzip,zlib\nd=open(\"data\",\"rb\").read()\n"
+                   "open(\"gz\",\"wb\").write(gzip.compress(d))\n"
+                   "open(\"z\",\"wb\").write(zlib.compress(d,9))")))
+      << log_;
+  const std::string gzipped = GetFile("gz");
+  std::string output(data.size(), '\0');
+  auto capacity = static_cast<uint32_t>(output.size());
+  EXPECT_EQ(TmvUtilityUnzip()->GunzipBuffer(gzipped.data(), static_cast<uint32_t>(gzipped.size()),
+                                            output.data(), &capacity),
+            0);
+  EXPECT_EQ(capacity, data.size());
+  EXPECT_TRUE(output == data);
+
+  const std::string packed = GetFile("z");
+  BinaryDataResult record = {};
+  ASSERT_TRUE(TmvUtilityUnzip()->InflateBuffer(&record, packed.data(),
+                                               static_cast<uint32_t>(packed.size())));
+  EXPECT_TRUE(std::string(record.Data, record.Size) == data);
+  FreeBinayDataResult(&record);
+
+  const std::unique_ptr<TMVUtilityZip, void (*)(TMVUtilityZip*)> zip(CreateTmvUtilityZip(),
+                                                                     DestroyTmvUtilityZip);
+  ASSERT_TRUE(zip->DeflateBuffer(&record, data.data(), static_cast<uint32_t>(data.size()), 6));
+  PutFile("ours", std::string(record.Data, record.Size));
+  FreeBinayDataResult(&record);
+  EXPECT_TRUE(
+      Shell(Python("import zlib\nassert zlib.decompress(open(\"ours\",\"rb\").read())=="
+                   "open(\"data\",\"rb\").read()")))
+      << log_;
+}
+
+}  // namespace
