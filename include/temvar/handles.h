@@ -1,0 +1,367 @@
+#ifndef TEMVAR_HANDLES_H_
+#define TEMVAR_HANDLES_H_
+
+// Owners for C++ hosts, C++17 and later, all in this header: each releases what it holds by the
+// export or the operation that is meant for it. They add nothing to the library, and a host that
+// prefers to pair the calls by hand loses nothing.
+//
+//   tmv::Task, Event, Package, Data, Func   a counted reference; a copy adds one
+//   tmv::Manifest, Zip, DbgReport, Thread   an object with a single owner
+//   tmv::Text, WideText                     a text block that the library handed out
+//   tmv::Bytes                              a BinaryDataResult
+//   tmv::PathPieces                         the PathParts of a path
+//   tmv::TaskList                           a list of tasks
+//   tmv::RunningPool                        Start and Stop of the pool around a scope
+//   tmv::MakeFunc, MakeTask                 a C++ callable as the function of a task
+//   tmv::KeepGoing                          a pause point for such a callable
+//
+// Threads: two threads may use two handles of one object, but not one handle at the same time
+// unless both only read it.
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+#include "temvar/temvar.h"
+
+namespace tmv {
+
+namespace detail {
+
+inline void AddReference(RkTask* task) { DuplicateRkTask(task); }
+inline void AddReference(RkTaskData* data) { DuplicateRkTaskData(data); }
+inline void AddReference(RkTaskFunc* func) { DuplicateRkTaskFunc(func); }
+inline void DropReference(RkTask* task) { DestroyRkTask(task); }
+inline void DropReference(RkTaskData* data) { DestroyRkTaskData(data); }
+inline void DropReference(RkTaskFunc* func) { DestroyRkTaskFunc(func); }
+
+// Calls one export, for std::unique_ptr.
+template <auto Destroy>
+struct Destroyer {
+  template <typename Interface>
+  void operator()(Interface* object) const {
+    Destroy(object);
+  }
+};
+
+struct StringFreer {
+  void operator()(void* block) const { TmvUtilityString()->FreeString(block); }
+};
+
+}  // namespace detail
+
+// One reference on a task, an event, a package, a data holder or a function holder. A default
+// handle holds nothing. It stands for the plain pointer wherever one is asked for.
+template <typename Interface>
+class Ref {
+ public:
+  Ref() = default;
+  Ref(std::nullptr_t) {}
+
+  // Takes over a reference that the caller owns: the result of a Create export, or of an operation
+  // whose result the caller drops ("+1").
+  static Ref Adopt(Interface* object) {
+    Ref ref;
+    ref.object_ = object;
+    return ref;
+  }
+
+  // Adds a reference: for a pointer that the caller only borrowed, such as the argument of a task's
+  // function or the result of a Get operation.
+  static Ref Share(Interface* object) {
+    if (object) {
+      detail::AddReference(object);
+    }
+    return Adopt(object);
+  }
+
+  Ref(const Ref& other) : Ref(Share(other.object_)) {}
+  Ref(Ref&& other) noexcept : object_(other.Release()) {}
+  ~Ref() { Reset(); }
+
+  // An event or a package is a task: their handles become tmv::Task.
+  template <typename Derived,
+            typename = std::enable_if_t<!std::is_same_v<Derived, Interface> &&
+                                        std::is_convertible_v<Derived*, Interface*>>>
+  Ref(Ref<Derived> other) : object_(other.Release()) {}
+
+  Ref& operator=(Ref other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+
+  Interface* Get() const { return object_; }
+  Interface* operator->() const { return object_; }
+  Interface& operator*() const { return *object_; }
+  operator Interface*() const { return object_; }
+
+  // Gives the reference to the caller, who drops it.
+  Interface* Release() { return std::exchange(object_, nullptr); }
+
+  // Drops the reference.
+  void Reset() {
+    if (Interface* object = Release()) {
+      detail::DropReference(object);
+    }
+  }
+
+ private:
+  Interface* object_ = nullptr;
+};
+
+using Task = Ref<RkTask>;
+using Event = Ref<RkTaskEvent>;
+using Package = Ref<RkTaskPackage>;
+using Data = Ref<RkTaskData>;
+using Func = Ref<RkTaskFunc>;
+
+// Objects with a single owner: std::unique_ptr, and a function that makes each.
+using Manifest = std::unique_ptr<TMVAndroidManifest, detail::Destroyer<DestroyTmvAndroidManifest>>;
+using Zip = std::unique_ptr<TMVUtilityZip, detail::Destroyer<DestroyTmvUtilityZip>>;
+using DbgReport = std::unique_ptr<TMVDbgReport, detail::Destroyer<DestroyTmvDbgReport>>;
+using Thread = std::unique_ptr<RkTaskThread, detail::Destroyer<DestroyRkTaskThread>>;
+
+inline Manifest MakeManifest() { return Manifest(CreateTmvAndroidManifest()); }
+inline Zip MakeZip() { return Zip(CreateTmvUtilityZip()); }
+inline DbgReport MakeDbgReport() { return DbgReport(CreateTmvDbgReport()); }
+inline Thread MakeThread() { return Thread(CreateRkTaskThread()); }
+
+// A text that an operation handed out as a new block, or null where it told failure by null.
+//   tmv::Text folder(TmvUtilitySys()->GetTempDirectory());
+template <typename Char>
+class BasicText {
+ public:
+  BasicText() = default;
+  explicit BasicText(Char* block) : block_(block) {}
+
+  explicit operator bool() const { return block_ != nullptr; }
+
+  // The text; the empty text for null.
+  const Char* c_str() const { return block_ ? block_.get() : &kEmpty; }
+  std::basic_string_view<Char> View() const { return c_str(); }
+
+ private:
+  static constexpr Char kEmpty{};
+  std::unique_ptr<Char, detail::StringFreer> block_;
+};
+
+using Text = BasicText<char>;
+using WideText = BasicText<TmvWideChar>;
+
+// Bytes that an operation hands out. Pass Out() where a BinaryDataResult* is asked for:
+//   tmv::Bytes file;
+//   if (TmvUtilityFile()->ReadWholeFile(file.Out(), path)) { use file.View(); }
+class Bytes {
+ public:
+  Bytes() = default;
+  Bytes(Bytes&& other) noexcept : record_(std::exchange(other.record_, {})) {}
+  Bytes& operator=(Bytes&& other) noexcept {
+    std::swap(record_, other.record_);
+    return *this;
+  }
+  ~Bytes() { FreeBinayDataResult(&record_); }
+
+  // The record, empty again, for an operation to fill.
+  BinaryDataResult* Out() {
+    FreeBinayDataResult(&record_);
+    record_ = {};
+    return &record_;
+  }
+
+  const char* Data() const { return record_.Data; }
+  uint32_t Size() const { return record_.Size; }
+  std::string_view View() const { return {record_.Data, record_.Size}; }
+
+ private:
+  BinaryDataResult record_{};
+};
+
+// The parts of a path: "c:\logs\run.txt" gives "c:\logs\", "run" and ".txt".
+class PathPieces {
+ public:
+  explicit PathPieces(const char* path) : parts_(TmvUtilityFile()->SplitPath(path)) {}
+  PathPieces(const PathPieces&) = delete;
+  PathPieces& operator=(const PathPieces&) = delete;
+  ~PathPieces() { TmvUtilityFile()->FreePathParts(&parts_); }
+
+  // Null or empty paths have empty parts.
+  const char* Directory() const { return OrEmpty(parts_.Directory); }
+  const char* Name() const { return OrEmpty(parts_.Name); }
+  const char* Extension() const { return OrEmpty(parts_.Extension); }
+
+ private:
+  static const char* OrEmpty(const char* text) { return text ? text : ""; }
+  PathParts parts_;
+};
+
+// A list of tasks that an operation of the scheduler or of the pool handed out. The tasks are valid
+// as long as the list; keep one longer with Task::Share.
+//   for (RkTask* task : tmv::TaskList(TmvTaskSchedular()->ListCurrentTasks(event))) { ... }
+class TaskList {
+ public:
+  class Iterator {
+   public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = RkTask*;
+    using difference_type = std::ptrdiff_t;
+    using pointer = RkTask* const*;
+    using reference = RkTask*;
+
+    Iterator() = default;
+    explicit Iterator(const TaskListNode* node) : node_(node) {}
+    RkTask* operator*() const { return node_->task; }
+    Iterator& operator++() {
+      node_ = node_->next;
+      return *this;
+    }
+    Iterator operator++(int) {
+      Iterator before = *this;
+      ++*this;
+      return before;
+    }
+    bool operator==(const Iterator& other) const { return node_ == other.node_; }
+    bool operator!=(const Iterator& other) const { return node_ != other.node_; }
+
+   private:
+    const TaskListNode* node_ = nullptr;
+  };
+
+  TaskList() = default;
+  explicit TaskList(TaskListNode* head) : head_(head) {}
+
+  Iterator begin() const { return Iterator(head_.get()); }
+  Iterator end() const { return Iterator(); }
+  bool Empty() const { return !head_; }
+
+ private:
+  struct ListFreer {
+    void operator()(TaskListNode* head) const { TmvTaskSchedular()->FreeTaskList(head); }
+  };
+  std::unique_ptr<TaskListNode, ListFreer> head_;
+};
+
+// Runs the pool from here to the end of the scope, once in the life of the library. The end waits
+// for the functions that run, those at a pause point too: resume or cancel first. Declare it behind
+// all that the tasks refer to, in a scope of one of the host's own threads; never as a static
+// object, which would stop the pool at unload.
+class RunningPool {
+ public:
+  explicit RunningPool(uint32_t workers) { TmvTaskPool()->Start(workers); }
+  RunningPool(const RunningPool&) = delete;
+  RunningPool& operator=(const RunningPool&) = delete;
+  ~RunningPool() { TmvTaskPool()->Stop(); }
+};
+
+namespace detail {
+
+// Whether a report that has just returned without an end of the task was swallowed by a pause. A
+// task that no registered event holds stays active after a report that did count.
+inline bool ReportWasLost(RkTask* task) {
+  const int32_t state = task->GetState();
+  if (state != kTaskStateActive && state != kTaskStatePaused) {
+    return false;
+  }
+  const Task event = Task::Adopt(TmvTaskSchedular()->FindEventOfTask(task->GetName()));
+  return event != nullptr;
+}
+
+}  // namespace detail
+
+// Reports the end of a task from its function, 1 or 6, and does so again for as long as pauses
+// swallow it. On a cancelled task it does nothing.
+inline void ReportEnd(RkTask* task, int32_t state) {
+  do {
+    task->ReportState(task, state);
+  } while (detail::ReportWasLost(task));
+}
+
+// A pause point for a long function: blocks while the task is paused. False if the task has been
+// cancelled, and the function should return soon.
+inline bool KeepGoing(RkTask* task) {
+  task->ReportState(task, 0);
+  return task->GetState() != kTaskStateCancelled;
+}
+
+namespace detail {
+
+template <typename Callable>
+void Invoke(Callable& callable, RkTask* task) {
+  if constexpr (std::is_invocable_v<Callable&, RkTask*>) {
+    static_assert(std::is_void_v<std::invoke_result_t<Callable&, RkTask*>>,
+                  "a failure is an exception, so the callable returns nothing");
+    callable(task);
+  } else {
+    static_assert(std::is_invocable_v<Callable&>, "the callable takes an RkTask* or nothing");
+    static_assert(std::is_void_v<std::invoke_result_t<Callable&>>,
+                  "a failure is an exception, so the callable returns nothing");
+    callable();
+  }
+}
+
+// The function behind MakeFunc; the payload is the callable.
+template <typename Callable>
+void RunCallable(RkTask* task, RkTaskData* data) {
+  int32_t outcome = kTaskStateSucceeded;
+  try {
+    Invoke(*static_cast<Callable*>(data->GetPayload()), task);
+  } catch (...) {
+    outcome = kTaskStateFailed;
+  }
+  ReportEnd(task, outcome);
+}
+
+}  // namespace detail
+
+// A function holder that runs a callable of the form void(RkTask*) or void(). The worker reports
+// success when it returns and failure when it throws, whatever it throws; it must not report by
+// itself. The callable is moved or copied in and destroyed with the last reference on the holder's
+// data, on whatever thread drops it, which can be a worker inside the pool: its destructor must not
+// throw, wait for tasks, or call the pool or the scheduler.
+template <typename Callable>
+Func MakeFunc(Callable&& callable) {
+  using Stored = std::decay_t<Callable>;
+  auto stored = std::make_unique<Stored>(std::forward<Callable>(callable));
+  Func func = Func::Adopt(CreateRkTaskFunc());
+  func->Bind(stored.get(), detail::RunCallable<Stored>,
+             [](void* payload) { delete static_cast<Stored*>(payload); });
+  stored.release();
+  return func;
+}
+
+// A plain task with a name and, if given, a callable as MakeFunc takes it. The name must be unique
+// among the tasks of all registered events.
+inline Task MakeTask(const char* name) {
+  Task task = Task::Adopt(CreateRkTask());
+  task->SetName(name);
+  return task;
+}
+template <typename Callable>
+Task MakeTask(const char* name, Callable&& callable) {
+  Task task = MakeTask(name);
+  task->SetFunc(MakeFunc(std::forward<Callable>(callable)));
+  return task;
+}
+
+inline Package MakePackage() { return Package::Adopt(CreateRkTaskPackage()); }
+
+// An event with a name and, if given, a callable that runs once on a worker when the event has
+// ended or was cancelled; the task that it gets is the event, whose state tells which.
+inline Event MakeEvent(const char* name) {
+  Event event = Event::Adopt(CreateRkTaskEvent());
+  event->SetName(name);
+  return event;
+}
+template <typename Callable>
+Event MakeEvent(const char* name, Callable&& callable) {
+  Event event = MakeEvent(name);
+  event->SetFunc(MakeFunc(std::forward<Callable>(callable)));
+  return event;
+}
+
+}  // namespace tmv
+
+#endif  // TEMVAR_HANDLES_H_

@@ -1,0 +1,239 @@
+// The owners of temvar/handles.h, used as a host uses them. What is counted is releases: each
+// object must go exactly when its last handle goes.
+#include <temvar/handles.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+std::atomic<int> releases{0};
+
+tmv::Data CountedData() {
+  tmv::Data data = tmv::Data::Adopt(CreateRkTaskData());
+  data->SetReleaser([](void*) { ++releases; });
+  return data;
+}
+
+tmv::Task CountedTask(const char* name) {
+  tmv::Task task = tmv::MakeTask(name);
+  task->SetData(CountedData());
+  return task;
+}
+
+// Ends the test instead of hanging it.
+template <typename Value>
+Value Await(std::future<Value> future) {
+  if (future.wait_for(60s) != std::future_status::ready) {
+    throw std::runtime_error("nothing happened for a minute");
+  }
+  return future.get();
+}
+
+void AwaitState(RkTask* task, int32_t state) {
+  while (task->GetState() != state) {
+    std::this_thread::sleep_for(1ms);
+  }
+}
+
+// An event of one package; `end` gets the event's state when its function runs.
+tmv::Event EventOf(const char* name, const std::vector<tmv::Task>& tasks,
+                   std::promise<int32_t>& end) {
+  tmv::Event event =
+      tmv::MakeEvent(name, [&end](RkTask* task) { end.set_value(task->GetState()); });
+  tmv::Package package = tmv::MakePackage();
+  for (const tmv::Task& task : tasks) {
+    package->AddTask(task);
+  }
+  event->AddPackage(package);
+  return event;
+}
+
+TEST(HandlesTest, ReferencesAreCountedByCopiesAndNotByMoves) {
+  tmv::Data first = CountedData();
+  tmv::Data copy = first;
+  tmv::Data moved = std::move(first);
+  EXPECT_EQ(first, nullptr);
+  EXPECT_EQ(moved.Get(), copy.Get());
+  tmv::Data& self = copy;
+  copy = self;
+  moved = nullptr;
+  EXPECT_EQ(releases, 0);
+  tmv::Data shared = tmv::Data::Share(copy);
+  RkTaskData* raw = copy.Release();
+  shared.Reset();
+  EXPECT_EQ(releases, 0);
+  DestroyRkTaskData(raw);
+  EXPECT_EQ(releases, 1);
+
+  copy = CountedData();
+  copy = CountedData();
+  EXPECT_EQ(releases, 2);
+  EXPECT_EQ(tmv::Task::Share(nullptr), nullptr);
+}
+
+TEST(HandlesTest, EventsAndPackagesAreTasksAndKeepWhatTheyHold) {
+  tmv::Task task = CountedTask("a");
+  tmv::Package package = tmv::MakePackage();
+  package->AddTask(task);
+  task.Reset();
+  tmv::Event event = tmv::MakeEvent("event");
+  event->AddPackage(package);
+  tmv::Task asTask = event;
+  EXPECT_EQ(asTask->GetType(), kTaskTypeEvent);
+  event.Reset();
+  tmv::Task packageAsTask = std::move(package);
+  EXPECT_EQ(packageAsTask->GetType(), kTaskTypePackage);
+  asTask.Reset();
+  EXPECT_EQ(releases, 0);
+  packageAsTask.Reset();
+  EXPECT_EQ(releases, 1);
+}
+
+TEST(HandlesTest, ACallableReportsSuccessOrFailureAndIsDestroyedOnce) {
+  const std::weak_ptr<int> life = [] {
+    auto token = std::make_shared<int>(0);
+    std::promise<int32_t> end;
+    const tmv::Task returns = tmv::MakeTask("returns", [token] { ++*token; });
+    const tmv::Task throws = tmv::MakeTask("throws", [token] { throw *token; });
+    const tmv::Task named = tmv::MakeTask("named", [token](RkTask* task) {
+      if (std::string(task->GetName()) != "named") {
+        throw std::logic_error("a callable gets its own task");
+      }
+    });
+    tmv::RunningPool pool(2);
+    tmv::Event event = EventOf("job", {returns, throws, named}, end);
+    TmvTaskSchedular()->AddEvent(event);
+    EXPECT_EQ(Await(end.get_future()), kTaskStateSucceeded);
+    EXPECT_EQ(returns->GetState(), kTaskStateSucceeded);
+    EXPECT_EQ(throws->GetState(), kTaskStateFailed);
+    EXPECT_EQ(named->GetState(), kTaskStateSucceeded);
+    EXPECT_EQ(*token, 1);
+    return std::weak_ptr<int>(token);
+  }();
+  EXPECT_TRUE(life.expired());
+}
+
+TEST(HandlesTest, AnEndThatAPauseSwallowedIsReportedAgain) {
+  std::promise<int32_t> end;
+  std::promise<RkTask*> running;
+  int runs = 0;
+  bool nextRan = false;
+  tmv::RunningPool pool(2);
+  const tmv::Task paused = tmv::MakeTask("paused", [&](RkTask* task) {
+    ++runs;
+    running.set_value(task);
+    AwaitState(task, kTaskStatePaused);
+  });
+  const tmv::Task next = tmv::MakeTask("next", [&] { nextRan = true; });
+  TmvTaskSchedular()->AddEvent(EventOf("job", {paused, next}, end));
+  Await(running.get_future());
+  TmvTaskSchedular()->PauseEvent("job");
+  // The pause has swallowed the report: resuming alone would leave the package standing.
+  EXPECT_EQ(paused->GetState(), kTaskStatePaused);
+  TmvTaskSchedular()->ResumeEvent("job");
+  EXPECT_EQ(Await(end.get_future()), kTaskStateSucceeded);
+  EXPECT_EQ(runs, 1);
+  EXPECT_TRUE(nextRan);
+}
+
+TEST(HandlesTest, ACancelledCallableLeavesAtItsPausePoint) {
+  std::promise<int32_t> end;
+  tmv::Task task;
+  {
+    std::promise<void> running;
+    bool told = false;
+    tmv::RunningPool pool(2);
+    task = tmv::MakeTask("endless", [&](RkTask* self) {
+      while (tmv::KeepGoing(self)) {
+        if (!std::exchange(told, true)) {
+          running.set_value();
+        }
+        std::this_thread::sleep_for(1ms);
+      }
+    });
+    const tmv::Task never = tmv::MakeTask("never", [] { FAIL() << "behind a cancelled task"; });
+    TmvTaskSchedular()->AddEvent(EventOf("job", {task, never}, end));
+    Await(running.get_future());
+    TmvTaskSchedular()->CancelEvent("job");
+    EXPECT_EQ(Await(end.get_future()), kTaskStateCancelled);
+  }
+  EXPECT_EQ(task->GetState(), kTaskStateCancelled);
+}
+
+TEST(HandlesTest, ATaskOfNoEventRunsOnceAndGoes) {
+  std::promise<void> ran;
+  const std::weak_ptr<int> life = [&ran] {
+    auto token = std::make_shared<int>(0);
+    tmv::RunningPool pool(1);
+    TmvTaskSchedular()->ScheduleTask(tmv::MakeTask("alone", [&ran, token] { ran.set_value(); }));
+    Await(ran.get_future());
+    return std::weak_ptr<int>(token);
+  }();
+  EXPECT_TRUE(life.expired());
+}
+
+TEST(HandlesTest, AListReleasesItsTasks) {
+  {
+    std::promise<int32_t> end;
+    const tmv::Event event = EventOf("job", {CountedTask("a"), CountedTask("b")}, end);
+    event->AddPackage(tmv::MakePackage());
+    tmv::TaskList list(TmvTaskSchedular()->ListCurrentTasks(event));
+    std::vector<std::string> names;
+    for (RkTask* task : list) {
+      names.emplace_back(task->GetName());
+    }
+    EXPECT_EQ(names, std::vector<std::string>{"a"});
+    EXPECT_FALSE(list.Empty());
+    EXPECT_TRUE(tmv::TaskList().Empty());
+  }
+  EXPECT_EQ(releases, 2);
+}
+
+TEST(HandlesTest, TextsBytesAndPathsAreReadSafelyWhenThereIsNothing) {
+  const tmv::Text none(TmvUtilityFile()->MakeUniquePath(nullptr));
+  EXPECT_FALSE(none);
+  EXPECT_STREQ(none.c_str(), "");
+  const tmv::Text version(TmvUtilityString()->DupString("1.0"));
+  EXPECT_EQ(version.View(), "1.0");
+  const tmv::WideText wide(TmvUtilityString()->Utf8ToWide("1.0"));
+  EXPECT_EQ(wide.View().size(), 3u);
+
+  const tmv::PathPieces pieces("logs/run.txt");
+  EXPECT_STREQ(pieces.Directory(), "logs/");
+  EXPECT_STREQ(pieces.Name(), "run");
+  EXPECT_STREQ(pieces.Extension(), ".txt");
+  EXPECT_STREQ(tmv::PathPieces(nullptr).Name(), "");
+
+  tmv::Bytes packed;
+  EXPECT_TRUE(packed.View().empty());
+  const std::string text(1000, 'x');
+  const tmv::Zip zip = tmv::MakeZip();
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(zip->DeflateBuffer(packed.Out(), text.data(), 1000, 9));
+  }
+  tmv::Bytes moved = std::move(packed);
+  EXPECT_EQ(packed.Size(), 0u);
+  tmv::Bytes unpacked;
+  ASSERT_TRUE(TmvUtilityUnzip()->InflateBuffer(unpacked.Out(), moved.Data(), moved.Size()));
+  EXPECT_EQ(unpacked.View(), text);
+}
+
+TEST(HandlesTest, SingleOwnersAreReleased) {
+  EXPECT_NE(tmv::MakeManifest(), nullptr);
+  EXPECT_NE(tmv::MakeDbgReport(), nullptr);
+  EXPECT_NE(tmv::MakeThread(), nullptr);
+}
+
+}  // namespace
