@@ -2,6 +2,7 @@
 
 #include "crash/exit_flag.h"
 #include "crash/report.h"
+#include "crash/running_reports.h"
 
 namespace temvar {
 namespace {
@@ -30,6 +31,8 @@ LONG CALLBACK VectoredHandler(EXCEPTION_POINTERS* exception) {
 LONG CALLBACK UnhandledFilter(EXCEPTION_POINTERS* exception) {
   if (!IsExiting()) MakeReport(exception, true);
   SetExiting();
+  // The process ends with this answer, and another thread may have crashed as well.
+  WaitForOtherReports();
   return EXCEPTION_EXECUTE_HANDLER;
 }
 

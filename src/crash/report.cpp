@@ -7,6 +7,8 @@
 #include "crash/dump_path.h"
 #include "crash/minidump_filter.h"
 #include "crash/report_state.h"
+#include "crash/running_reports.h"
+#include "platform/crash_heap.h"
 #include "temvar/utility_zip.h"
 #include "utilities/text.h"
 
@@ -47,8 +49,10 @@ void WriteArchive(const char* archive) {
 }  // namespace
 
 void MakeReport(EXCEPTION_POINTERS* exception, bool notify) {
+  const RunningReport running;
   const DumpPath dump;
   WriteDump(dump.Text(), exception);
+  ExpectHeapInCrash();
   Collect();
 
   const std::string archive = std::string(ToUtf8(dump.Text()).get()) + ".zip";

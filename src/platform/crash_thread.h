@@ -7,7 +7,7 @@ namespace temvar {
 // Lives on the stack of a thread, from the thread's first statement to its last, and gives that
 // thread the stack that the crash handlers run on, 256 KiB between two guard pages. Without one, a
 // thread still reports every crash but its own stack overflow. On Windows, where the handlers run
-// on what is left of the thread's stack, it asks the system to keep 64 KiB there.
+// on what is left of the thread's stack, it asks the system to keep as much there.
 // A thread that has such a stack already, and a large enough one, keeps it. Never throws: without
 // memory the thread goes without.
 class CrashThreadScope {

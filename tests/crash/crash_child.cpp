@@ -9,16 +9,16 @@
 //   second        calls Install again, with another directory and the same callbacks
 //   leave-files   the collect callback writes files and leaves a block
 //   crash-in-collect         the collect callback crashes too
+//   foreign       sets a handler of its own for the signals before it installs the report
 //   catch         the host takes care of the fault itself, and the process runs on
 #include <temvar/temvar.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -90,6 +90,7 @@ int main(int argc, char** argv) {
   if (argc < 4) return 2;
   log_path = argv[3];
   options.assign(argv + 4, argv + argc);
+  if (Has("foreign")) InstallForeignHandler([](const char* line) { Log(line + std::string(" ")); });
   SetExitProgram(&exit_flag);
   Install(argv[2]);
   LogAddress("fault", FaultFunction(argv[1]));

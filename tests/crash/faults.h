@@ -21,7 +21,9 @@ const void* CallerFunction();
 void DamageHeap();
 // Crashes inside malloc, under its lock; where that can't be had, does nothing.
 void CrashUnderHeapLock();
-// Skips faulting instructions from now on: what a structured handler of the host amounts to.
+// Skips faulting instructions from now on, as a structured handler of the host may. Windows only.
 void CatchFaults();
+// Handles the signals of a crash by a line in the log and the exit status 42. Not on Windows.
+void InstallForeignHandler(void (*log)(const char* line));
 
 #endif  // TEMVAR_TESTS_CRASH_FAULTS_H_

@@ -1,5 +1,5 @@
 #include <signal.h>
-#include <ucontext.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -29,6 +29,18 @@ void CrashUnderHeapLock() {
   std::free(barrier);
 }
 
-void CatchFaults() {
-  // Comes after the library's handler in time, and so before it in order: not what Windows does.
+void CatchFaults() {}
+
+void InstallForeignHandler(void (*log)(const char* line)) {
+  static void (*foreign_log)(const char*) = log;
+  struct sigaction action = {};
+  action.sa_flags = SA_SIGINFO;
+  action.sa_sigaction = [](int number, siginfo_t* info, void*) {
+    // Only the fault itself has an address, and it is null.
+    const bool fault = number == SIGSEGV && info->si_code > 0 && info->si_addr == nullptr;
+    foreign_log(fault || number == SIGABRT ? "foreign" : "foreign-wrong");
+    _exit(42);
+  };
+  sigaction(SIGSEGV, &action, nullptr);
+  sigaction(SIGABRT, &action, nullptr);
 }

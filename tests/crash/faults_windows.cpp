@@ -26,3 +26,5 @@ void DamageHeap() { RaiseException(0xC0000374, EXCEPTION_NONCONTINUABLE, 0, null
 void CrashUnderHeapLock() {}
 
 void CatchFaults() { AddVectoredExceptionHandler(0, SkipInstruction); }
+
+void InstallForeignHandler(void (*)(const char*)) {}

@@ -7,7 +7,10 @@
 
 #include <array>
 #include <atomic>
+#include <cstdlib>
 #include <ctime>
+
+#include "platform/crash_heap.h"
 
 namespace temvar::posix {
 namespace {
@@ -16,9 +19,12 @@ constexpr size_t kMaxReports = 64;
 
 // Kernel numbers of the threads inside a report, 0 for a free place.
 constinit std::array<std::atomic<long>, kMaxReports> threads{};
-constinit std::atomic<int> running{0};
 
-constinit std::atomic<unsigned> watchdog_seconds{60};
+constexpr unsigned kReportSeconds = 60;
+constexpr unsigned kHeapSeconds = 5;
+// Larger than what glibc keeps for each thread without a lock.
+constexpr size_t kProbeSize = 16 * 1024;
+
 constinit std::atomic<int> watched{0};
 constinit std::atomic<int> signal_of_watchdog{0};
 constinit struct sigaction alarm_before = {};
@@ -48,22 +54,14 @@ bool EnterReport() {
     if (place.load() == thread) return false;
   }
   while (!TakePlace(thread)) SleepTenMilliseconds();
-  running.fetch_add(1);
   return true;
 }
 
 void LeaveReport() {
   const long thread = ThreadId();
   for (std::atomic<long>& place : threads) {
-    if (place.load() != thread) continue;
-    place.store(0);
-    running.fetch_sub(1);
-    return;
+    if (place.load() == thread) place.store(0);
   }
-}
-
-void WaitForReports() {
-  while (running.load() > 0) SleepTenMilliseconds();
 }
 
 void ArmWatchdog(int signal_number) {
@@ -78,7 +76,7 @@ void ArmWatchdog(int signal_number) {
   sigemptyset(&set);
   sigaddset(&set, SIGALRM);
   pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-  alarm(watchdog_seconds.load());
+  alarm(kReportSeconds);
 }
 
 void DisarmWatchdog() {
@@ -86,8 +84,6 @@ void DisarmWatchdog() {
   alarm(0);
   sigaction(SIGALRM, &alarm_before, nullptr);
 }
-
-void SetWatchdogSeconds(unsigned seconds) { watchdog_seconds.store(seconds); }
 
 void DieOf(int signal_number) {
   struct sigaction action = {};
@@ -102,3 +98,14 @@ void DieOf(int signal_number) {
 }
 
 }  // namespace temvar::posix
+
+namespace temvar {
+
+void ExpectHeapInCrash() {
+  alarm(posix::kHeapSeconds);
+  void* volatile block = std::malloc(posix::kProbeSize);
+  std::free(block);
+  alarm(posix::kReportSeconds);
+}
+
+}  // namespace temvar

@@ -10,18 +10,11 @@ bool EnterReport();
 // Takes the calling thread out again.
 void LeaveReport();
 
-// Waits until no thread is inside, so that a thread that is done doesn't end the process in the
-// middle of another's report; the watchdog of that one ends a wait that would last.
-void WaitForReports();
-
-// The watchdog of all running reports: after the limit the process ends by `signal_number`. A
+// The watchdog of all running reports: after a minute the process ends by `signal_number`. A
 // report can hang, on the lock of the heap that the crashed thread holds, or in a host's callback.
 // Uses alarm(2), and puts SIGALRM back as it was when the last report leaves.
 void ArmWatchdog(int signal_number);
 void DisarmWatchdog();
-
-// How long one report may take. 60 at first; for tests.
-void SetWatchdogSeconds(unsigned seconds);
 
 // Ends the process by this signal, whatever handlers there are.
 [[noreturn]] void DieOf(int signal_number);

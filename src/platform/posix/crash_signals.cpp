@@ -58,7 +58,6 @@ void OnCrashSignal(int number, siginfo_t* info, void* context) {
     resume = DispatchException(code, number, info, static_cast<const ucontext_t*>(context));
   }
   LeaveReport();
-  if (!resume) WaitForReports();
   if (code != 0) DisarmWatchdog();
   errno = saved_errno;
 

@@ -6,7 +6,7 @@ namespace temvar {
 namespace {
 
 // The report packs an archive and calls the host on what is left of an overflown stack.
-constexpr ULONG kGuaranteedStack = 64 * 1024;
+constexpr ULONG kGuaranteedStack = 256 * 1024;
 
 }  // namespace
 

@@ -1,0 +1,49 @@
+#include "crash/running_reports.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <iterator>
+#include <thread>
+
+#include "platform/win32.h"
+
+namespace temvar {
+namespace {
+
+constexpr size_t kMaxReports = 64;  // What goes beyond is made, but not waited for.
+constexpr std::chrono::milliseconds kPause{5};
+constexpr int kPauses = 60 * 200;
+
+// Numbers of the threads, 0 for a free place.
+constinit std::atomic<DWORD> threads[kMaxReports] = {};
+
+bool OthersRun() {
+  const DWORD self = GetCurrentThreadId();
+  return std::any_of(std::begin(threads), std::end(threads), [self](const auto& place) {
+    const DWORD thread = place.load();
+    return thread != 0 && thread != self;
+  });
+}
+
+size_t TakePlace() {
+  for (size_t i = 0; i < kMaxReports; ++i) {
+    DWORD free = 0;
+    if (threads[i].compare_exchange_strong(free, GetCurrentThreadId())) return i;
+  }
+  return kMaxReports;
+}
+
+}  // namespace
+
+RunningReport::RunningReport() : place_(TakePlace()) {}
+
+RunningReport::~RunningReport() {
+  if (place_ < kMaxReports) threads[place_].store(0);
+}
+
+void WaitForOtherReports() {
+  for (int i = 0; i < kPauses && OthersRun(); ++i) std::this_thread::sleep_for(kPause);
+}
+
+}  // namespace temvar

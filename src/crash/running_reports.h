@@ -1,0 +1,26 @@
+// Which threads are making a report, so that none of them ends the process under another.
+#ifndef TEMVAR_CRASH_RUNNING_REPORTS_H_
+#define TEMVAR_CRASH_RUNNING_REPORTS_H_
+
+#include <cstddef>
+
+namespace temvar {
+
+// Lives as long as a report of the calling thread. Safe in a crash.
+class RunningReport {
+ public:
+  RunningReport();
+  ~RunningReport();
+  RunningReport(const RunningReport&) = delete;
+  RunningReport& operator=(const RunningReport&) = delete;
+
+ private:
+  size_t place_;
+};
+
+// Waits until the reports of the other threads are done, a minute at most: one of them may hang.
+void WaitForOtherReports();
+
+}  // namespace temvar
+
+#endif  // TEMVAR_CRASH_RUNNING_REPORTS_H_
