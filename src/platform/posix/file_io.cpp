@@ -29,6 +29,14 @@ timespec TimeToSet(const FILETIME* time) {
   return result;
 }
 
+// Sets the last error for a read or write that failed. The kernel calls a descriptor that isn't open
+// for it bad, as if it were closed.
+void SetLastErrorForTransfer(int descriptor) {
+  const int error = errno;
+  const bool is_open = error == EBADF && fcntl(descriptor, F_GETFD) >= 0;
+  SetLastError(is_open ? ERROR_ACCESS_DENIED : ErrorFromErrno(error));
+}
+
 }  // namespace
 
 FILETIME FileTimeOf(const timespec& time) {
@@ -50,7 +58,7 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, DWORD* read, void* /*overl
     if (count == 0) break;
     if (count < 0) {
       if (errno == EINTR) continue;
-      SetLastErrorFromErrno();
+      temvar::posix::SetLastErrorForTransfer(descriptor);
       if (read != nullptr) *read = done;
       return FALSE;
     }
@@ -67,7 +75,7 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, DWORD* written, void* /*
     const ssize_t count = write(descriptor, static_cast<const char*>(buffer) + done, size - done);
     if (count < 0) {
       if (errno == EINTR) continue;
-      SetLastErrorFromErrno();
+      temvar::posix::SetLastErrorForTransfer(descriptor);
       if (written != nullptr) *written = done;
       return FALSE;
     }

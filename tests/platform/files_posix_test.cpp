@@ -1,0 +1,206 @@
+// What only the stand-in of the file surface does: paths become those of the kernel, files go
+// between file systems, and nothing is inherited.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include "platform/posix/file_handle.h"
+#include "platform/posix/path.h"
+#include "platform/win32.h"
+#include "support/work_folder.h"
+#include "temvar/temvar.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using temvar::posix::NarrowPath;
+
+TEST(NarrowPath, TakesBothSeparatorsAndDropsTheDrive) {
+  const struct {
+    const char16_t* wide;
+    const char* narrow;
+  } cases[] = {
+      {u"C:\\dir\\file.txt", "/dir/file.txt"},
+      {u"z:/dir\\file", "/dir/file"},
+      {u"C:file", "file"},
+      {u"/a\\b/c", "/a/b/c"},
+      {u"ä漢😀", "ä漢😀"},
+      {u"1:x", "1:x"},
+      {u"dir:x", "dir:x"},
+  };
+  for (const auto& c : cases) {
+    const NarrowPath path(c.wide);
+    EXPECT_TRUE(path.ok());
+    EXPECT_STREQ(path.c_str(), c.narrow);
+  }
+}
+
+TEST(NarrowPath, RefusesWhatItCannotSayWhole) {
+  const std::u16string longest(PATH_MAX - 1, u'a');
+  EXPECT_TRUE(NarrowPath(longest.c_str()).ok());
+  const struct {
+    std::u16string wide;
+    int error;
+    DWORD code;
+  } cases[] = {
+      {u"", ENOENT, ERROR_PATH_NOT_FOUND},
+      {u"C:", ENOENT, ERROR_PATH_NOT_FOUND},
+      {longest + u'a', ENAMETOOLONG, ERROR_FILENAME_EXCED_RANGE},
+      {std::u16string(PATH_MAX / 2, u'ä'), ENAMETOOLONG, ERROR_FILENAME_EXCED_RANGE},
+      {u"half \xD83D pair", EILSEQ, ERROR_INVALID_NAME},
+      {u"half pair \xD83D", EILSEQ, ERROR_INVALID_NAME},
+      {u"\xDE00\xD83D", EILSEQ, ERROR_INVALID_NAME},
+  };
+  for (const auto& c : cases) {
+    errno = 0;
+    EXPECT_FALSE(NarrowPath(c.wide.c_str()).ok());
+    EXPECT_EQ(errno, c.error);
+    EXPECT_EQ(GetLastError(), c.code);
+  }
+  EXPECT_FALSE(NarrowPath(nullptr).ok());
+}
+
+TEST(NarrowPath, CutsToItsParent) {
+  const struct {
+    const char16_t* wide;
+    const char* parent;
+    const char* last;
+  } cases[] = {
+      {u"/a/b", "/a", "b"},   {u"/a", "/", "a"},   {u"a", ".", "a"},
+      {u"a/b/*", "a/b", "*"}, {u"a//b", "a", "b"}, {u"/a/", "/a", ""},
+  };
+  for (const auto& c : cases) {
+    NarrowPath path(c.wide);
+    EXPECT_STREQ(path.LastComponent(), c.last);
+    path.CutToParent();
+    EXPECT_STREQ(path.c_str(), c.parent);
+    EXPECT_EQ(path.length(), std::string(c.parent).size());
+  }
+}
+
+class FilesPosixTest : public temvar_test::WorkFolderTest {
+ protected:
+  std::u16string Wide(std::string_view name) const { return FilePath(name).u16string(); }
+};
+TEMVAR_IN_EVERY_PLACE(FilesPosixTest);
+
+TEST_P(FilesPosixTest, ChildrenInheritNothing) {
+  FILE* const stream = _wfopen(Wide("f").c_str(), u"wb");
+  ASSERT_NE(stream, nullptr);
+  EXPECT_NE(fcntl(fileno(stream), F_GETFD) & FD_CLOEXEC, 0);
+  std::fclose(stream);
+  const HANDLE file =
+      CreateFileW(Wide("f").c_str(), GENERIC_READ, 1, nullptr, OPEN_EXISTING, 0, nullptr);
+  const int descriptor = temvar::posix::DescriptorOfHandle(file);
+  EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
+  CloseHandle(file);
+  WIN32_FIND_DATAW data;
+  const HANDLE find = FindFirstFileW(Wide("*").c_str(), &data);
+  EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0) << "the lowest number is taken again";
+  FindClose(find);
+  EXPECT_EQ(fcntl(descriptor, F_GETFD), -1);
+}
+
+TEST_P(FilesPosixTest, FilesMoveToAnotherFileSystem) {
+  const fs::path other = "/dev/shm";
+  struct stat here, there;
+  if (stat(Folder().c_str(), &here) != 0 || stat(other.c_str(), &there) != 0 ||
+      here.st_dev == there.st_dev) {
+    GTEST_SKIP() << "no second file system";
+  }
+  PutFile("file", "content");
+  MakeFolder("folder");
+  const fs::path target = other / Folder().parent_path().filename();
+  const std::u16string wide = target.u16string();
+  EXPECT_TRUE(MoveFileW(Wide("file").c_str(), wide.c_str()));
+  EXPECT_FALSE(Exists("file"));
+  PutFile("second", "other content");
+  EXPECT_FALSE(MoveFileW(Wide("second").c_str(), wide.c_str()));
+  EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+  EXPECT_EQ(GetFile("second"), "other content");
+  EXPECT_TRUE(CopyFileW(wide.c_str(), Wide("back").c_str(), TRUE));
+  EXPECT_EQ(GetFile("back"), "content");
+  fs::remove(target);
+  EXPECT_FALSE(MoveFileW(Wide("folder").c_str(), wide.c_str()));
+  EXPECT_EQ(GetLastError(), ERROR_NOT_SAME_DEVICE);
+  EXPECT_FALSE(fs::exists(target));
+}
+
+TEST_P(FilesPosixTest, CopiesFilesThatHaveNoSize) {
+  ASSERT_TRUE(CopyFileW(u"/proc/version", Wide("version").c_str(), TRUE));
+  EXPECT_NE(GetFile("version").find("Linux"), std::string::npos);
+}
+
+TEST_P(FilesPosixTest, PipesAreReadAsTheyCome) {
+  ASSERT_EQ(mkfifo(FilePath("pipe").c_str(), 0600), 0);
+  const std::string bytes(100'000, 'p');
+  std::thread writer([&] { PutFile("pipe", bytes); });
+  BinaryDataResult result;
+  const bool read = TmvUtilityFile()->ReadWholeFile(&result, Path("pipe").c_str());
+  writer.join();
+  ASSERT_TRUE(read);
+  EXPECT_EQ(std::string(result.Data, result.Size), bytes);
+  FreeBinayDataResult(&result);
+}
+
+TEST_P(FilesPosixTest, LinksInAListing) {
+  MakeFolder("list/folder");
+  PutFile("list/file", "12345");
+  fs::create_symlink("folder", FilePath("list/to folder"));
+  fs::create_symlink("file", FilePath("list/to file"));
+  fs::create_symlink("nothing", FilePath("list/to nothing"));
+  fs::create_symlink(".", FilePath("list/back"));
+  const auto look = [this](const char* name) {
+    WIN32_FIND_DATAW data{};
+    const HANDLE find = FindFirstFileW(Wide(name).c_str(), &data);
+    EXPECT_NE(find, INVALID_HANDLE_VALUE) << name;
+    FindClose(find);
+    return data;
+  };
+  constexpr DWORD kLink = FILE_ATTRIBUTE_REPARSE_POINT;
+  EXPECT_EQ(look("list/to folder").dwFileAttributes, FILE_ATTRIBUTE_DIRECTORY | kLink);
+  EXPECT_EQ(look("list/to file").dwFileAttributes, FILE_ATTRIBUTE_ARCHIVE | kLink);
+  EXPECT_EQ(look("list/to file").nFileSizeLow, 5u);
+  EXPECT_EQ(look("list/to nothing").dwFileAttributes, FILE_ATTRIBUTE_ARCHIVE | kLink);
+  EXPECT_EQ(look("list/to nothing").nFileSizeLow, 0u);
+
+  WIN32_FIND_DATAW data;
+  EXPECT_EQ(FindFirstFileW(Wide("list/back/*").c_str(), &data), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(GetLastError(), ERROR_CANT_RESOLVE_FILENAME);
+  EXPECT_EQ(FindFirstFileW(Wide("list/file/*").c_str(), &data), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+}
+
+TEST_P(FilesPosixTest, ShellTellsWhyItFails) {
+  PutFile("file", "x");
+  MakeFolder("folder");
+  const auto run = [this](UINT operation, std::u16string from, std::u16string to) {
+    from += u'\0';
+    to += u'\0';
+    SHFILEOPSTRUCTW request{};
+    request.wFunc = operation;
+    request.pFrom = from.c_str();
+    request.pTo = to.c_str();
+    return static_cast<DWORD>(SHFileOperationW(&request));
+  };
+  EXPECT_EQ(run(FO_DELETE, Wide("missing"), u""), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(run(FO_COPY, Wide("missing"), Wide("copy")), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(run(FO_COPY, Wide("file"), Wide("file/inner")), ERROR_PATH_NOT_FOUND);
+  EXPECT_EQ(run(99, Wide("file"), u""), ERROR_INVALID_PARAMETER);
+  const auto make = [this](std::string_view name) {
+    return static_cast<DWORD>(SHCreateDirectoryExW(nullptr, Wide(name).c_str(), nullptr));
+  };
+  EXPECT_EQ(make("folder"), ERROR_ALREADY_EXISTS);
+  EXPECT_EQ(make("file"), ERROR_FILE_EXISTS);
+  EXPECT_EQ(make("file/inner"), ERROR_PATH_NOT_FOUND);
+  EXPECT_EQ(make("a/b/c/"), ERROR_SUCCESS);
+}
+
+}  // namespace
