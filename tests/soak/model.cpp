@@ -110,7 +110,7 @@ TaskOwner EventModel::MakeTask(TaskModel* model) {
   DestroyRkTaskData(data);
 
   const std::lock_guard<std::mutex> lock(ownersMutex_);
-  owners_.emplace_back(DuplicateRkTask(task.get()));
+  if (!letGo_) owners_.emplace_back(DuplicateRkTask(task.get()));
   return task;
 }
 
@@ -278,6 +278,7 @@ void EventModel::FreeParkedTasks() {
 void EventModel::LetGo() {
   std::vector<TaskOwner> owners;
   const std::lock_guard<std::mutex> lock(ownersMutex_);
+  letGo_ = true;
   owners.swap(owners_);
   event_.reset();
 }

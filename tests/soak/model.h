@@ -135,6 +135,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
 
   std::mutex ownersMutex_;
   std::vector<TaskOwner> owners_;  // The references of the host, inserted tasks too.
+  bool letGo_ = false;             // Another driver may still insert a task.
   EventOwner event_;
 };
 
