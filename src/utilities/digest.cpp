@@ -103,7 +103,8 @@ bool HashFile(const File& file, const CryptHash& hash) {
 std::string Md5Text(const char* path) {
   // What printf makes of a null text is left open by the language.
   const char* const shown_path = path == nullptr ? "(null)" : path;
-  const File file(ToWide(path).get());
+  const WideText wide_path = ToWide(path);
+  const File file(wide_path.get());
   if (!file.IsOpen()) {
     std::printf("Error opening file %s\nError: %d\n", shown_path, LastError());
     return {};

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/win32.h"
+#include "temvar/types.h"
 
 namespace {
 

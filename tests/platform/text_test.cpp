@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/win32.h"
+#include "temvar/types.h"
 
 namespace {
 
