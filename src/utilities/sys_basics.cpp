@@ -30,10 +30,12 @@ char* TMVUtilitySysImpl::GetBuildYear() {
 bool TMVUtilitySysImpl::AlwaysTrue() { return true; }
 
 void TMVUtilitySysImpl::SleepMilliseconds(int32_t milliseconds) {
-  if (milliseconds <= 0) return;
-  // The steady clock: a user who sets the clock back must not prolong the sleep.
-  std::this_thread::sleep_until(std::chrono::steady_clock::now() +
-                                std::chrono::milliseconds(milliseconds));
+  using Clock = std::chrono::steady_clock;  // A user who sets the clock must not change the sleep.
+  const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);
+  // Once is not enough: the runtime of mingw was seen (10.0) to wake up a fraction too early.
+  for (auto now = Clock::now(); now < end; now = Clock::now()) {
+    std::this_thread::sleep_for(end - now);
+  }
 }
 
 char* TMVUtilitySysImpl::GetExecutableFileName() {

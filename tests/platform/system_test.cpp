@@ -40,7 +40,8 @@ TEST(System, ModuleFileName) {
   WCHAR cut[8];
   EXPECT_EQ(GetModuleFileNameW(nullptr, cut, 8), 8u);
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER));
-  EXPECT_EQ(Wide(cut), Wide(whole, 7));
+  // Windows XP and Wine (seen in 8.0) cut without a terminator.
+  EXPECT_EQ(Wide(cut, 7), Wide(whole, 7));
 }
 
 TEST(System, TempPath) {

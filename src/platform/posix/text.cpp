@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <bit>
 #include <climits>
 #include <cstring>
 #include <iterator>
@@ -8,6 +10,8 @@
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
+
+constexpr bool IsSurrogate(char32_t code) { return code >= 0xD800 && code <= 0xDFFF; }
 
 // What a conversion came to. `length` counts the units or bytes of the whole result, so that a
 // measuring pass and a writing pass share one code.
@@ -26,18 +30,20 @@ class Sink {
   bool HasRoomFor(size_t count) const { return !kWrites || capacity_ - length_ >= count; }
 
   // REQUIRES: HasRoomFor(1)
-  void Put(Unit unit) {
-    if constexpr (kWrites) target_[length_] = unit;
+  void Put(char32_t unit) {
+    if constexpr (kWrites) target_[length_] = static_cast<Unit>(unit);
     ++length_;
   }
 
+  // Appends the first `count` of eight units.
   // REQUIRES: HasRoomFor(8)
   template <typename Source>
-  void PutEight(const Source* source) {
+  void PutSomeOfEight(const Source* source, size_t count) {
+    // Writing all eight takes no branch; what is beyond `count` is overwritten by what follows.
     if constexpr (kWrites) {
       for (size_t i = 0; i < 8; ++i) target_[length_ + i] = static_cast<Unit>(source[i]);
     }
-    length_ += 8;
+    length_ += count;
   }
 
   size_t length() const { return length_; }
@@ -48,40 +54,85 @@ class Sink {
   size_t length_ = 0;
 };
 
+// Number of ASCII units at the start of eight. The masks below count on the order of the bytes.
+static_assert(std::endian::native == std::endian::little);
+
+size_t CountAscii(const unsigned char* eight) {
+  uint64_t word;
+  std::memcpy(&word, eight, sizeof(word));
+  return static_cast<size_t>(std::countr_zero(word & 0x8080808080808080u)) / 8;
+}
+
+size_t CountAscii(const char16_t* eight) {
+  uint64_t words[2];
+  std::memcpy(words, eight, sizeof(words));
+  const uint64_t others[2] = {words[0] & 0xFF80FF80FF80FF80u, words[1] & 0xFF80FF80FF80FF80u};
+  if (others[0] != 0) return static_cast<size_t>(std::countr_zero(others[0])) / 16;
+  return 4 + static_cast<size_t>(std::countr_zero(others[1])) / 16;
+}
+
 constexpr bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
-// One character read from UTF-8. For an ill-formed sequence `size` covers its longest start that
-// could have become a character, at least one byte, and `valid` is false.
-struct Utf8Character {
-  char32_t code;
-  unsigned size;
-  bool valid;
-};
-
-constexpr Utf8Character Malformed(unsigned size) { return {kReplacement, size, false}; }
-
-// REQUIRES: at < end, and *at is not ASCII.
-Utf8Character ReadUtf8(const unsigned char* at, const unsigned char* end) {
+// The number of bytes at `at` that could have become a character but didn't: one U+FFFD stands for
+// them. At least 1.
+// REQUIRES: at < end, and no well-formed character at `at`.
+size_t MalformedSize(const unsigned char* at, const unsigned char* end) {
   const unsigned char lead = at[0];
   const auto available = static_cast<size_t>(end - at);
-  if (lead < 0xC2 || lead > 0xF4) return Malformed(1);
-  if (available < 2 || !IsContinuation(at[1])) return Malformed(1);
-  if (lead < 0xE0) {
-    return {(static_cast<char32_t>(lead & 0x1F) << 6) | (at[1] & 0x3Fu), 2, true};
+  if (lead < 0xE0 || lead > 0xF4 || available < 2 || !IsContinuation(at[1])) return 1;
+  // Overlong forms, surrogates and what is beyond U+10FFFF show in the second byte already.
+  if ((lead == 0xE0 && at[1] < 0xA0) || (lead == 0xED && at[1] > 0x9F)) return 1;
+  if ((lead == 0xF0 && at[1] < 0x90) || (lead == 0xF4 && at[1] > 0x8F)) return 1;
+  const bool has_third = available >= 3 && IsContinuation(at[2]);
+  return lead >= 0xF0 && has_third ? 3 : 2;
+}
+
+// The value of a sequence of `size` bytes, without the bits that tell its shape.
+template <size_t size>
+char32_t Value(const unsigned char* at) {
+  char32_t value = at[0] & (0xFFu >> (size + 1));
+  for (size_t i = 1; i < size; ++i) value = (value << 6) | (at[i] & 0x3Fu);
+  return value;
+}
+
+// Whether `byte` stands wrongly behind the three bytes before it, as 1 or 0.
+unsigned char IsMisplaced(unsigned char third, unsigned char second, unsigned char before,
+                          unsigned char byte) {
+  // Each byte of a character of two, three or four bytes is announced by its lead, and only those.
+  const bool announced = (before >= 0xC0) | (second >= 0xE0) | (third >= 0xF0);
+  const bool unknown = (byte == 0xC0) | (byte == 0xC1) | (byte >= 0xF5);
+  // Overlong forms, surrogates and what is beyond U+10FFFF.
+  const bool out_of_range = ((before == 0xE0) & (byte < 0xA0)) |
+                            ((before == 0xED) & (byte > 0x9F)) |
+                            ((before == 0xF0) & (byte < 0x90)) | ((before == 0xF4) & (byte > 0x8F));
+  return (announced != IsContinuation(byte)) | unknown | out_of_range;
+}
+
+// The units that well-formed UTF-8 needs. Without a branch for a byte, so that the compiler can
+// look at many bytes at a time.
+Outcome Utf16Size(const unsigned char* bytes, size_t size) {
+  constexpr size_t kBlock = 64;  // So few that their units can be counted in a byte.
+  const auto at = [=](size_t i, size_t back) { return i < back ? uint8_t{0} : bytes[i - back]; };
+  size_t units = 0;
+  unsigned char misplaced = 0;
+  for (size_t i = 0; i < size && i < 3; ++i)
+    misplaced |= IsMisplaced(at(i, 3), at(i, 2), at(i, 1), bytes[i]);
+  for (size_t start = 0; start < size; start += kBlock) {
+    const size_t end = std::min(start + kBlock, size);
+    unsigned char count = 0;
+    for (size_t i = start; i < end; ++i) {
+      count = static_cast<unsigned char>(count + !IsContinuation(bytes[i]) + (bytes[i] >= 0xF0));
+    }
+    for (size_t i = std::max<size_t>(start, 3); i < end; ++i) {
+      misplaced |= IsMisplaced(bytes[i - 3], bytes[i - 2], bytes[i - 1], bytes[i]);
+    }
+    units += count;
   }
-  if (lead < 0xF0) {
-    // Overlong forms and surrogates show in the second byte already.
-    if ((lead == 0xE0 && at[1] < 0xA0) || (lead == 0xED && at[1] > 0x9F)) return Malformed(1);
-    if (available < 3 || !IsContinuation(at[2])) return Malformed(2);
-    return {(static_cast<char32_t>(lead & 0x0F) << 12) | ((at[1] & 0x3Fu) << 6) | (at[2] & 0x3Fu),
-            3, true};
-  }
-  if ((lead == 0xF0 && at[1] < 0x90) || (lead == 0xF4 && at[1] > 0x8F)) return Malformed(1);
-  if (available < 3 || !IsContinuation(at[2])) return Malformed(2);
-  if (available < 4 || !IsContinuation(at[3])) return Malformed(3);
-  return {(static_cast<char32_t>(lead & 0x07) << 18) | ((at[1] & 0x3Fu) << 12) |
-              ((at[2] & 0x3Fu) << 6) | (at[3] & 0x3Fu),
-          4, true};
+  // A sequence that the end cuts off lacks a byte where a letter would then stand.
+  misplaced |= IsMisplaced(at(size, 3), at(size, 2), at(size, 1), 'x');
+  misplaced |= IsMisplaced(at(size, 2), at(size, 1), 'x', 'x');
+  misplaced |= IsMisplaced(at(size, 1), 'x', 'x', 'x');
+  return {units, misplaced == 0, true};
 }
 
 template <bool kWrites>
@@ -91,84 +142,103 @@ Outcome Utf8ToUtf16(const char* source, size_t size, char16_t* target, size_t ca
   const auto* at = reinterpret_cast<const unsigned char*>(source);
   const auto* const end = at + size;
   while (at != end) {
+    const auto available = static_cast<size_t>(end - at);
     if (*at < 0x80) {
-      // Most text is long runs of ASCII: eight bytes at a time.
-      uint64_t word = 0;
-      while (end - at >= 8 && sink.HasRoomFor(8)) {
-        std::memcpy(&word, at, sizeof(word));
-        if ((word & 0x8080808080808080u) != 0) break;
-        sink.PutEight(at);
-        at += 8;
-      }
-      while (at != end && *at < 0x80) {
+      if (available >= 8 && sink.HasRoomFor(8)) {
+        const size_t count = CountAscii(at);
+        sink.PutSomeOfEight(at, count);
+        at += count;
+      } else {
         if (!sink.HasRoomFor(1)) return {sink.length(), true, false};
         sink.Put(*at++);
       }
       continue;
     }
-    const Utf8Character character = ReadUtf8(at, end);
-    if (!character.valid && strict) return {sink.length(), false, true};
-    at += character.size;
-    if (character.code < 0x10000) {
-      if (!sink.HasRoomFor(1)) return {sink.length(), true, false};
-      sink.Put(static_cast<char16_t>(character.code));
-    } else {
-      if (!sink.HasRoomFor(2)) return {sink.length(), true, false};
-      const char32_t offset = character.code - 0x10000;
-      sink.Put(static_cast<char16_t>(0xD800 + (offset >> 10)));
-      sink.Put(static_cast<char16_t>(0xDC00 + (offset & 0x3FF)));
+    if (*at < 0xE0) {
+      if (*at >= 0xC2 && available >= 2 && IsContinuation(at[1])) {
+        if (!sink.HasRoomFor(1)) return {sink.length(), true, false};
+        sink.Put(Value<2>(at));
+        at += 2;
+        continue;
+      }
+    } else if (*at < 0xF0) {
+      if (available >= 3 && IsContinuation(at[1]) && IsContinuation(at[2])) {
+        const char32_t value = Value<3>(at);
+        if (value >= 0x800 && !IsSurrogate(value)) {
+          if (!sink.HasRoomFor(1)) return {sink.length(), true, false};
+          sink.Put(value);
+          at += 3;
+          continue;
+        }
+      }
+    } else if (*at < 0xF5 && available >= 4 && IsContinuation(at[1]) && IsContinuation(at[2]) &&
+               IsContinuation(at[3])) {
+      const char32_t value = Value<4>(at);
+      if (value >= 0x10000 && value <= 0x10FFFF) {
+        if (!sink.HasRoomFor(2)) return {sink.length(), true, false};
+        sink.Put(0xD800 + ((value - 0x10000) >> 10));
+        sink.Put(0xDC00 + ((value - 0x10000) & 0x3FF));
+        at += 4;
+        continue;
+      }
     }
+    if (strict) return {sink.length(), false, true};
+    if (!sink.HasRoomFor(1)) return {sink.length(), true, false};
+    sink.Put(kReplacement);
+    at += MalformedSize(at, end);
   }
   return {sink.length(), true, true};
 }
 
-constexpr bool IsHighSurrogate(char32_t unit) { return (unit & 0xFC00) == 0xD800; }
-constexpr bool IsLowSurrogate(char32_t unit) { return (unit & 0xFC00) == 0xDC00; }
-
-bool AreEightAscii(const char16_t* units) {
-  uint64_t words[2];
-  std::memcpy(words, units, sizeof(words));
-  return ((words[0] | words[1]) & 0xFF80FF80FF80FF80u) == 0;
+// The bytes that a text needs in UTF-8. Without a branch, so that the compiler can count many units
+// at a time.
+size_t Utf8Size(const char16_t* units, size_t size) {
+  size_t bytes = size;
+  size_t pairs = 0;
+  for (size_t i = 0; i < size; ++i) bytes += (units[i] >= 0x80) + (units[i] >= 0x800);
+  // A pair takes four bytes, its halves were counted as three each.
+  for (size_t i = 1; i < size; ++i) {
+    pairs += static_cast<unsigned>((units[i - 1] & 0xFC00) == 0xD800) &
+             static_cast<unsigned>((units[i] & 0xFC00) == 0xDC00);
+  }
+  return bytes - 2 * pairs;
 }
 
-template <bool kWrites>
 Outcome Utf16ToUtf8(const char16_t* source, size_t size, char* target, size_t capacity) {
-  Sink<char, kWrites> sink(target, capacity);
+  Sink<char, true> sink(target, capacity);
   const char16_t* at = source;
   const char16_t* const end = source + size;
-  const auto put = [&sink](char32_t bits) { sink.Put(static_cast<char>(bits)); };
   while (at != end) {
     if (*at < 0x80) {
-      while (end - at >= 8 && sink.HasRoomFor(8) && AreEightAscii(at)) {
-        sink.PutEight(at);
-        at += 8;
-      }
-      while (at != end && *at < 0x80) {
+      if (end - at >= 8 && sink.HasRoomFor(8)) {
+        const size_t count = CountAscii(at);
+        sink.PutSomeOfEight(at, count);
+        at += count;
+      } else {
         if (!sink.HasRoomFor(1)) return {sink.length(), true, false};
-        put(*at++);
+        sink.Put(*at++);
       }
       continue;
     }
     char32_t code = *at++;
-    if (IsHighSurrogate(code) && at != end && IsLowSurrogate(*at)) {
-      code = 0x10000 + ((code - 0xD800) << 10) + (static_cast<char32_t>(*at++) - 0xDC00);
-    } else if (IsHighSurrogate(code) || IsLowSurrogate(code)) {
-      code = kReplacement;
+    if (IsSurrogate(code)) {
+      const bool paired = code < 0xDC00 && at != end && (*at & 0xFC00) == 0xDC00;
+      code = paired ? 0x10000 + ((code - 0xD800) << 10) + (*at++ - 0xDC00u) : kReplacement;
     }
     if (code < 0x800) {
       if (!sink.HasRoomFor(2)) return {sink.length(), true, false};
-      put(0xC0 | (code >> 6));
+      sink.Put(0xC0 | (code >> 6));
     } else if (code < 0x10000) {
       if (!sink.HasRoomFor(3)) return {sink.length(), true, false};
-      put(0xE0 | (code >> 12));
-      put(0x80 | ((code >> 6) & 0x3F));
+      sink.Put(0xE0 | (code >> 12));
+      sink.Put(0x80 | ((code >> 6) & 0x3F));
     } else {
       if (!sink.HasRoomFor(4)) return {sink.length(), true, false};
-      put(0xF0 | (code >> 18));
-      put(0x80 | ((code >> 12) & 0x3F));
-      put(0x80 | ((code >> 6) & 0x3F));
+      sink.Put(0xF0 | (code >> 18));
+      sink.Put(0x80 | ((code >> 12) & 0x3F));
+      sink.Put(0x80 | ((code >> 6) & 0x3F));
     }
-    put(0x80 | (code & 0x3F));
+    sink.Put(0x80 | (code & 0x3F));
   }
   return {sink.length(), true, true};
 }
@@ -241,6 +311,9 @@ int MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR source, int source_s
   if (code_page == CP_ACP) return ConvertEach(source, size, target, capacity, AnsiToUnit);
   if (code_page != CP_UTF8) return Fail(ERROR_INVALID_PARAMETER);
   const bool strict = (flags & MB_ERR_INVALID_CHARS) != 0;
+  if (strict && capacity == 0) {
+    return ResultOf(Utf16Size(reinterpret_cast<const unsigned char*>(source), size));
+  }
   return ResultOf(capacity == 0 ? Utf8ToUtf16<false>(source, size, nullptr, 0, strict)
                                 : Utf8ToUtf16<true>(source, size, target, capacity, strict));
 }
@@ -255,8 +328,8 @@ int WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR source, int source_
   const auto capacity = static_cast<size_t>(target_capacity);
   if (code_page == CP_ACP) return ConvertEach(source, size, target, capacity, UnitToAnsi);
   if (code_page != CP_UTF8) return Fail(ERROR_INVALID_PARAMETER);
-  return ResultOf(capacity == 0 ? Utf16ToUtf8<false>(source, size, nullptr, 0)
-                                : Utf16ToUtf8<true>(source, size, target, capacity));
+  return ResultOf(capacity == 0 ? Outcome{Utf8Size(source, size), true, true}
+                                : Utf16ToUtf8(source, size, target, capacity));
 }
 
 int _wtoi(const WCHAR* text) {
