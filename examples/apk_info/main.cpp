@@ -38,7 +38,8 @@ std::string ReadText(TMVAndroidManifest* manifest) {
 
 // The value of an attribute in one line of the text, or nothing.
 std::string_view Attribute(std::string_view line, std::string_view name) {
-  const std::string start = " " + std::string(name) + "=\"";
+  std::string start = " ";
+  start.append(name).append("=\"");
   const std::size_t found = line.find(start);
   if (found == std::string_view::npos) {
     return {};
@@ -48,7 +49,8 @@ std::string_view Attribute(std::string_view line, std::string_view name) {
 }
 
 std::vector<std::string_view> LinesOf(std::string_view text, std::string_view element) {
-  const std::string start = "<" + std::string(element) + " ";
+  std::string start = "<";
+  start.append(element).append(" ");
   std::vector<std::string_view> lines;
   while (!text.empty()) {
     std::string_view line = text.substr(0, text.find('\n'));
