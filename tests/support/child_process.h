@@ -24,7 +24,7 @@ std::filesystem::path ProgramFolder();
 // empty. `program` is a path; on Windows ".exe" is added.
 ChildEnd RunChild(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                   const std::filesystem::path& output = {},
-                  std::chrono::seconds patience = std::chrono::seconds(60));
+                  std::chrono::seconds patience = std::chrono::seconds(100));
 
 }  // namespace temvar_test
 

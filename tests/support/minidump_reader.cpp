@@ -46,7 +46,7 @@ class Reader {
     }
     uint64_t value = 0;
     for (unsigned i = size; i-- > 0;) {
-      value = value << 8 | static_cast<unsigned char>(bytes_[offset + i]);
+      value = value << 8 | static_cast<unsigned char>(bytes_[static_cast<size_t>(offset) + i]);
     }
     return value;
   }
@@ -56,7 +56,7 @@ class Reader {
       Check(false, "a location lies behind the end");
       return "";
     }
-    return bytes_.substr(offset, size);
+    return bytes_.substr(static_cast<size_t>(offset), static_cast<size_t>(size));
   }
 
   std::string Text(uint64_t offset) {
@@ -211,8 +211,8 @@ bool Minidump::ReadWord(uint64_t address, uint64_t& word) const {
   auto range = memory.upper_bound(address);
   if (range == memory.begin()) return false;
   --range;
-  const uint64_t offset = address - range->first;
-  if (offset + 8 > range->second.size()) return false;
+  if (address - range->first + 8 > range->second.size()) return false;
+  const auto offset = static_cast<size_t>(address - range->first);
   word = 0;
   for (unsigned i = 8; i-- > 0;) {
     word = word << 8 | static_cast<unsigned char>(range->second[offset + i]);

@@ -1,0 +1,56 @@
+#include "report_folder.h"
+
+#include <temvar/temvar.h>
+
+#include <fstream>
+
+#include "support/text.h"
+
+namespace crash_host {
+namespace {
+
+// Ready before a crash: a callback had better do little.
+std::filesystem::path dump_folder;
+std::filesystem::path note_file;    // Tells the next run where the archive lies.
+std::filesystem::path host_report;  // What this host adds to a report.
+std::string work = "starting";
+
+// Before the archive is made. There is nothing to hand back: `result` stays null.
+void AddHostReport(const TmvWideChar*, void**) {
+  std::ofstream(host_report) << "The host was at work on: " << work << '\n';
+}
+
+// Runs last, in a process that is about to end.
+void NoteArchive(const TmvWideChar* archive) {
+  std::ofstream(note_file) << support::Utf8FromPath(std::filesystem::path(archive)) << '\n';
+}
+
+}  // namespace
+
+std::string PrepareReports(const std::filesystem::path& folder) {
+  // With a separator at its end, since the names of dumps are put right behind it.
+  dump_folder = std::filesystem::absolute(folder) / "dumps" / "";
+  note_file = std::filesystem::absolute(folder) / "last-report.txt";
+  host_report = dump_folder / "host.txt";
+  std::filesystem::create_directories(dump_folder);
+
+  std::string archive;
+  std::getline(std::ifstream(note_file), archive);
+  std::filesystem::remove(note_file);
+  return archive;
+}
+
+void InstallReports(bool* exiting) {
+  SetExitProgram(exiting);
+  TMVDbgReport* const report = CreateTmvDbgReport();
+  // UTF-16 on every system, as the library takes it.
+  TmvWideChar* const folder =
+      TmvUtilityString()->Utf8ToWide(support::Utf8FromPath(dump_folder).c_str());
+  report->Install(folder, NoteArchive, AddHostReport);
+  TmvUtilityString()->FreeString(folder);
+  DestroyTmvDbgReport(report);  // The handlers stay.
+}
+
+void NoteWork(const std::string& text) { work = text; }
+
+}  // namespace crash_host
