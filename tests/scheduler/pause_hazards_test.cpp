@@ -136,14 +136,13 @@ TEST_F(PauseHazards, ResumeOfAnotherEventLeavesATaskParked) {
   Pool()->Start(1);
   auto event = MakeJob("e", [this](RkTask* task) {
     inside.Open();
-    EXPECT_TRUE(leave.Wait());
+    EXPECT_TRUE(Eventually([task] { return task->GetState() == kTaskStatePaused; }));
     ReportSuccess(task);
   });
   auto other = MakeEvent("other", {});
   Schedular()->RegisterEvent(other.get());
   Schedular()->AddEvent(event.get());
   ASSERT_TRUE(inside.Wait());
-  leave.Open();
   Schedular()->PauseEvent("e");
   for (int i = 0; i < 20; ++i) Schedular()->ResumeEvent("other");
   LetOthersRun();
