@@ -48,8 +48,8 @@ install(FILES
   "${PROJECT_SOURCE_DIR}/docs/licences.md"
   DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 
-if(TEMVAR_RUNTIME_DLLS)
-  install(FILES ${TEMVAR_RUNTIME_DLLS} DESTINATION "${CMAKE_INSTALL_BINDIR}")
+if(MINGW)
+  include(TemvarWindowsPackage)
 endif()
 
 # A host that takes this project in by add_subdirectory makes its own packages.

@@ -1,0 +1,23 @@
+#ifndef TEMVAR_TESTS_FRAME_FOREIGN_HOST_FOREIGN_HOST_H_
+#define TEMVAR_TESTS_FRAME_FOREIGN_HOST_FOREIGN_HOST_H_
+
+class RkTask;
+class RkTaskFunc;
+class RkTaskPool;
+class RkTaskSchedular;
+class TMVLock;
+
+struct Library {
+  TMVLock* lock;
+  RkTaskPool* pool;
+  RkTaskSchedular* schedular;
+  RkTask* task;
+  RkTaskFunc* func;
+  void (*destroyTask)(RkTask*);
+  void (*destroyFunc)(RkTaskFunc*);
+};
+
+// Uses the library as a host of another compiler family does: null, or what went wrong.
+extern "C" const char* UseLibrary(const Library& library);
+
+#endif  // TEMVAR_TESTS_FRAME_FOREIGN_HOST_FOREIGN_HOST_H_
