@@ -10,7 +10,7 @@
 #include <iostream>
 #include <thread>
 
-#include "support/owners.h"
+#include <temvar/handles.h>
 
 namespace {
 
@@ -30,9 +30,9 @@ void Sleep(RkTask*, RkTaskData*) { std::this_thread::sleep_for(length); }
 
 // Two functions that run, and eight more that wait and are dropped by Stop.
 void KeepBusy() {
-  const support::FuncOwner func(CreateRkTaskFunc());
+  const tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
   func->SetCallback(Sleep, nullptr);
-  for (int i = 0; i < 10; ++i) TmvTaskPool()->AddFunc(func.get());
+  for (int i = 0; i < 10; ++i) TmvTaskPool()->AddFunc(func);
   std::this_thread::sleep_for(length - std::chrono::milliseconds(100));
 }
 
@@ -40,7 +40,7 @@ void KeepBusy() {
 
 int main(int argc, char** argv) {
   if (argc > 1) length = std::chrono::seconds(std::atoi(argv[1]));
-  const support::PoolLife pool(2);
+  const tmv::RunningPool pool(2);
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
   Measure("idle pool", [] { std::this_thread::sleep_for(length); });
   Measure("busy pool", KeepBusy);

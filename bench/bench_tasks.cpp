@@ -64,12 +64,13 @@ void RunChains(benchmark::State& state, size_t chains, size_t length, Body body,
 // the time to become idle: its worker sleeps.
 class StartLatency {
  public:
-  explicit StartLatency(bool library) : library_(library), func_(CreateRkTaskFunc()) {
+  explicit StartLatency(bool library)
+      : library_(library), func_(tmv::Func::Adopt(CreateRkTaskFunc())) {
     func_->Bind(
         this,
         [](RkTask*, RkTaskData* data) { static_cast<StartLatency*>(data->GetPayload())->Note(); },
         nullptr);
-    task_->SetFunc(func_.get());
+    task_->SetFunc(func_);
     work_ = {[](void* data) { static_cast<StartLatency*>(data)->Note(); }, this};
   }
 
@@ -78,7 +79,7 @@ class StartLatency {
     done_.Reset(1);
     const auto added = Clock::now();
     if (library_) {
-      TmvTaskPool()->AddTask(task_.get());
+      TmvTaskPool()->AddTask(task_);
     } else {
       Plain()->Add(&work_);
     }
@@ -95,8 +96,8 @@ class StartLatency {
   bool library_;
   Clock::time_point started_;
   Latch done_;
-  support::TaskOwner task_{CreateRkTask()};
-  support::FuncOwner func_;
+  tmv::Task task_ = tmv::MakeTask("task");
+  tmv::Func func_;
   PlainPool::Work work_;
 };
 

@@ -5,14 +5,14 @@ namespace {
 
 constexpr size_t kTasksInPackage = 1000;
 
-support::FuncOwner MakeFunc(void* payload, RkTaskCallback callback) {
-  support::FuncOwner func(CreateRkTaskFunc());
+tmv::Func MakeFunc(void* payload, RkTaskCallback callback) {
+  tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
   func->Bind(payload, callback, nullptr);
   return func;
 }
 
-support::TaskOwner MakeTask(RkTaskFunc* func, const std::string& name) {
-  support::TaskOwner task(CreateRkTask());
+tmv::Task MakeTask(RkTaskFunc* func, const std::string& name) {
+  tmv::Task task = tmv::Task::Adopt(CreateRkTask());
   task->SetName(name.c_str());
   task->SetFunc(func);
   return task;
@@ -26,7 +26,7 @@ Tasks::Tasks(size_t count, Body body) : works_(count) {
   for (PlainPool::Work& work : works_) {
     const auto func =
         MakeFunc(&shared_, [](RkTask*, RkTaskData* data) { Run(data->GetPayload()); });
-    tasks_.push_back(MakeTask(func.get(), "task"));
+    tasks_.push_back(MakeTask(func, "task"));
     work = {Run, &shared_};
   }
 }
@@ -38,7 +38,7 @@ void Tasks::Run(void* shared) {
 
 void Tasks::RunInLibrary() {
   shared_.latch.Reset(static_cast<int>(tasks_.size()));
-  for (const support::TaskOwner& task : tasks_) TmvTaskPool()->AddTask(task.get());
+  for (const tmv::Task& task : tasks_) TmvTaskPool()->AddTask(task);
   shared_.latch.Wait();
 }
 
@@ -66,22 +66,22 @@ Chains::Chains(size_t chains, size_t length, Body body, const std::string& name)
 }
 
 void Chains::MakeEvent() {
-  event_.reset(CreateRkTaskEvent());
+  event_ = tmv::Event::Adopt(CreateRkTaskEvent());
   event_->SetName(name_.c_str());
-  event_->SetFunc(MakeFunc(&shared_, RunEvent).get());
+  event_->SetFunc(MakeFunc(&shared_, RunEvent));
   for (size_t chain = 0; chain < chains_; ++chain) {
-    const support::PackageOwner package(CreateRkTaskPackage());
+    const tmv::Package package = tmv::Package::Adopt(CreateRkTaskPackage());
     for (size_t i = 0; i < length_; ++i) {
       const std::string task = name_ + " " + std::to_string(chain) + "." + std::to_string(i);
-      package->AddTask(MakeTask(MakeFunc(&shared_, RunTask).get(), task).get());
+      package->AddTask(MakeTask(MakeFunc(&shared_, RunTask), task));
     }
-    event_->AddPackage(package.get());
+    event_->AddPackage(package);
   }
 }
 
 void Chains::RunInLibrary() {
   shared_.latch.Reset(1);
-  TmvTaskSchedular()->AddEvent(event_.get());
+  TmvTaskSchedular()->AddEvent(event_);
   shared_.latch.Wait();
 }
 
@@ -113,17 +113,17 @@ void Chains::RunLink(void* data) {
 }
 
 Registered::Registered(size_t count, const std::string& name)
-    : name_(name), event_(CreateRkTaskEvent()) {
+    : name_(name), event_(tmv::Event::Adopt(CreateRkTaskEvent())) {
   event_->SetName(name.c_str());
-  support::PackageOwner package;
+  tmv::Package package;
   for (size_t i = 0; i < count; ++i) {
     if (i % kTasksInPackage == 0) {
-      package.reset(CreateRkTaskPackage());
-      event_->AddPackage(package.get());
+      package = tmv::Package::Adopt(CreateRkTaskPackage());
+      event_->AddPackage(package);
     }
-    package->AddTask(MakeTask(nullptr, name + " " + std::to_string(i)).get());
+    package->AddTask(MakeTask(nullptr, name + " " + std::to_string(i)));
   }
-  TmvTaskSchedular()->RegisterEvent(event_.get());
+  TmvTaskSchedular()->RegisterEvent(event_);
 }
 
 Registered::~Registered() { TmvTaskSchedular()->RemoveEvent(name_.c_str()); }

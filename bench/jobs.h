@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
+#include <temvar/handles.h>
 #include "bench/latch.h"
 #include "bench/plain_pool.h"
-#include "support/owners.h"
 
 // The same work for the library and for the plain pool, made before the clock runs.
 namespace bench {
@@ -32,7 +32,7 @@ class Tasks {
   static void Run(void* shared);
 
   Shared shared_;
-  std::vector<support::TaskOwner> tasks_;
+  std::vector<tmv::Task> tasks_;
   std::vector<PlainPool::Work> works_;
 };
 
@@ -68,7 +68,7 @@ class Chains {
   size_t chains_;
   size_t length_;
   std::string name_;
-  support::EventOwner event_;
+  tmv::Event event_;
   std::vector<std::vector<Link>> links_;
   std::vector<std::vector<PlainPool::Work>> works_;
 };
@@ -81,7 +81,7 @@ class Registered {
 
  private:
   std::string name_;
-  support::EventOwner event_;
+  tmv::Event event_;
 };
 
 }  // namespace bench

@@ -3,28 +3,27 @@
 #include <string>
 
 #include "file_task.h"
-#include "support/report.h"
 
 namespace job_runner {
 namespace {
 
 constexpr char kEventName[] = "job_runner";
 
-support::FuncOwner MakeFunc(void* payload, RkTaskCallback callback) {
-  support::FuncOwner func(CreateRkTaskFunc());
+tmv::Func MakeFunc(void* payload, RkTaskCallback callback) {
+  tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
   func->Bind(payload, callback, nullptr);
   return func;
 }
 
 // Tasks are known by their names alone, so each gets a number that no other has.
-support::PackageOwner MakePackage(PackageWork& work, uint64_t& lastTask) {
-  support::PackageOwner package(CreateRkTaskPackage());
+tmv::Package MakeFolderPackage(PackageWork& work, uint64_t& lastTask) {
+  tmv::Package package = tmv::MakePackage();
   package->SetName(work.name.c_str());
   for (FileWork& file : work.files) {
-    support::TaskOwner task(CreateRkTask());
-    task->SetName(("job_runner file " + std::to_string(++lastTask)).c_str());
-    task->SetFunc(MakeFunc(&file, RunFileTask).get());
-    package->AddTask(task.get());
+    const std::string name = "job_runner file " + std::to_string(++lastTask);
+    const tmv::Task task = tmv::MakeTask(name.c_str());
+    task->SetFunc(MakeFunc(&file, RunFileTask));
+    package->AddTask(task);
   }
   return package;
 }
@@ -32,17 +31,16 @@ support::PackageOwner MakePackage(PackageWork& work, uint64_t& lastTask) {
 }  // namespace
 
 Job::Job(std::vector<PackageWork>& packages, Progress& progress)
-    : progress_(progress), event_(CreateRkTaskEvent()) {
-  event_->SetName(kEventName);
-  event_->SetFunc(MakeFunc(this, NoteEnd).get());
+    : progress_(progress), event_(tmv::MakeEvent(kEventName)) {
+  event_->SetFunc(MakeFunc(this, NoteEnd));
   uint64_t lastTask = 0;
-  for (PackageWork& work : packages) event_->AddPackage(MakePackage(work, lastTask).get());
+  for (PackageWork& work : packages) event_->AddPackage(MakeFolderPackage(work, lastTask));
 }
 
 // A cancelled event is still in the registry.
 Job::~Job() { TmvTaskSchedular()->RemoveEvent(kEventName); }
 
-void Job::Start() { TmvTaskSchedular()->AddEvent(event_.get()); }
+void Job::Start() { TmvTaskSchedular()->AddEvent(event_); }
 
 void Job::Pause() {
   paused_ = true;

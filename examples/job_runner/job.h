@@ -4,7 +4,7 @@
 #include <atomic>
 #include <vector>
 
-#include "support/owners.h"
+#include <temvar/handles.h>
 #include "work.h"
 
 namespace job_runner {
@@ -36,7 +36,7 @@ class Job {
   static void NoteEnd(RkTask* event, RkTaskData* data);
 
   Progress& progress_;
-  support::EventOwner event_;
+  tmv::Event event_;
   bool paused_ = false;
   std::atomic<bool> ended_{false};
 };

@@ -4,9 +4,9 @@
 #include <exception>
 #include <iostream>
 
+#include <temvar/handles.h>
 #include "job.h"
 #include "options.h"
-#include "support/owners.h"
 #include "support/terminal.h"
 #include "support/text.h"
 #include "table.h"
@@ -47,7 +47,7 @@ ExitStatus RunJob(const Options& options) {
   Job job(packages, progress);
   {
     support::Terminal terminal;
-    support::PoolLife pool(options.workers);
+    tmv::RunningPool pool(options.workers);
     RunningJob running(job);
     WatchJob(job, progress, fileCount, terminal);
   }

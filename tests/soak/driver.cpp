@@ -62,7 +62,7 @@ void Driver::RunEvent() {
 // A task that is parked when its event leaves the registry can't be resumed any more. It would keep
 // its worker, which the cancel may need.
 void Driver::FreeIfGone(EventModel& event) {
-  if (TaskOwner(Schedular().FindEvent(event.name().c_str()))) return;
+  if (tmv::Task::Adopt(Schedular().FindEvent(event.name().c_str()))) return;
   event.FreeParkedTasks();
   Schedular().ResumeEvent(stage_.bell->GetName());
 }
@@ -156,10 +156,10 @@ void Driver::PauseAWhile(EventModel& event) {
 void Driver::Ask(EventModel& event) {
   const Doing doing(activity_, "look-ups", event.name());
   ++Count().queries;
-  const TaskOwner found(Schedular().FindEvent(event.name().c_str()));
+  const tmv::Task found = tmv::Task::Adopt(Schedular().FindEvent(event.name().c_str()));
   if (found) {
     if (event.name() != found->GetName()) Fail("FindEvent gave " + std::string(found->GetName()));
-    TaskListNode* const list = Schedular().ListCurrentTasks(found.get());
+    TaskListNode* const list = Schedular().ListCurrentTasks(found);
     for (TaskListNode* node = list; node != nullptr; node = node->next) {
       const std::string name = node->task->GetName();
       if (name.rfind(event.name(), 0) != 0) Fail("ListCurrentTasks gave " + name);
@@ -182,11 +182,11 @@ void Driver::Ask(EventModel& event) {
 void Driver::AddHostFunc() {
   const Doing doing(activity_, "AddFunc", "");
   ++Alive().hostFuncs;
-  const support::FuncOwner func(CreateRkTaskFunc());
+  const tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
   func->Bind(
       nullptr, [](RkTask* task, RkTaskData*) { task->ReportState(task, kTaskStateSucceeded); },
       [](void*) { --Alive().hostFuncs; });
-  TmvTaskPool()->AddFunc(func.get());
+  TmvTaskPool()->AddFunc(func);
 }
 
 // Waits until nothing of the event can run any more, and drops it.
@@ -205,11 +205,11 @@ void Driver::Settle(EventModel& event) {
 void Driver::AwaitQueue(EventModel& event) {
   std::atomic<bool> released{false};
   {
-    const support::FuncOwner func(CreateRkTaskFunc());
+    const tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
     func->Bind(
         &released, [](RkTask*, RkTaskData*) {},
         [](void* payload) { *static_cast<std::atomic<bool>*>(payload) = true; });
-    TmvTaskPool()->AddFunc(func.get());
+    TmvTaskPool()->AddFunc(func);
   }
   while (!released || event.Inside() > 0) {
     FreeIfGone(event);

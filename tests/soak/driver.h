@@ -23,7 +23,7 @@ struct Stage {
   // Whether the last events are left to Stop while they run, or are waited for.
   bool cutOff = false;
   // An event that stands in the registry all the time. To resume it wakes everything parked.
-  EventOwner bell;
+  tmv::Event bell;
 };
 
 // One thread of a host: makes events one after the other, and while its own event runs it does

@@ -17,13 +17,13 @@ int Number(std::mt19937_64& random, int from, int to) {
 }
 
 void AskAround(const std::string& taskName, const std::string& eventName) {
-  const TaskOwner task(Schedular().FindTask(taskName.c_str()));
+  const tmv::Task task = tmv::Task::Adopt(Schedular().FindTask(taskName.c_str()));
   if (task && taskName != task->GetName()) Fail("FindTask gave " + std::string(task->GetName()));
-  const TaskOwner event(Schedular().FindEventOfTask(taskName.c_str()));
+  const tmv::Task event = tmv::Task::Adopt(Schedular().FindEventOfTask(taskName.c_str()));
   if (event && eventName != event->GetName()) Fail("FindEventOfTask gave another event");
-  const support::PackageOwner package(Schedular().FindPackageOfTask(taskName.c_str()));
+  const tmv::Package package = tmv::Package::Adopt(Schedular().FindPackageOfTask(taskName.c_str()));
   if (package) {
-    const TaskOwner owner(Schedular().FindEventOfPackage(package.get()));
+    const tmv::Task owner = tmv::Task::Adopt(Schedular().FindEventOfPackage(package));
     if (owner && eventName != owner->GetName()) Fail("FindEventOfPackage gave another event");
   }
 }
@@ -41,7 +41,7 @@ Counts& Count() {
 }
 
 EventModel::EventModel(Kind kind, std::string name)
-    : kind_(kind), name_(std::move(name)), event_(CreateRkTaskEvent()) {
+    : kind_(kind), name_(std::move(name)), event_(tmv::Event::Adopt(CreateRkTaskEvent())) {
   ++Alive().events;
   ++Count().events;
 }
@@ -57,7 +57,7 @@ std::shared_ptr<EventModel> EventModel::Make(Kind kind, const std::string& name,
 
 void EventModel::Build(std::mt19937_64& random) {
   event_->SetName(name_.c_str());
-  event_->SetFunc(MakeFunc(RunEvent, nullptr, nullptr).get());
+  event_->SetFunc(MakeFunc(RunEvent, nullptr, nullptr));
   const int packages = Number(random, 1, 5);
   for (int i = 0; i < packages; ++i) BuildPackage(random);
 }
@@ -66,9 +66,9 @@ void EventModel::BuildPackage(std::mt19937_64& random) {
   const size_t index = packages_.size();
   PackageModel& model = *packages_.emplace_back(std::make_unique<PackageModel>());
   model.continueOnFailure = Chance(random, 80);
-  support::PackageOwner package(CreateRkTaskPackage());
+  tmv::Package package = tmv::Package::Adopt(CreateRkTaskPackage());
   package->SetContinueOnFailure(model.continueOnFailure);
-  package->SetFunc(MakeFunc(RunPackage, nullptr, &model).get());
+  package->SetFunc(MakeFunc(RunPackage, nullptr, &model));
 
   TaskModel* last = nullptr;
   const int tasks = Number(random, 1, 8);
@@ -83,10 +83,10 @@ void EventModel::BuildPackage(std::mt19937_64& random) {
     task->asks = Chance(random, 25);
     (last == nullptr ? model.first : last->next) = task;
     last = task;
-    package->AddTask(MakeTask(task).get());
+    package->AddTask(MakeTask(task));
   }
   model.expected = model.first;
-  event_->AddPackage(package.get());
+  event_->AddPackage(package);
 }
 
 TaskModel* EventModel::MakeTaskModel(PackageModel& package, size_t index) {
@@ -98,10 +98,10 @@ TaskModel* EventModel::MakeTaskModel(PackageModel& package, size_t index) {
 }
 
 // Also gives the task a payload of its own, which the library carries and releases.
-TaskOwner EventModel::MakeTask(TaskModel* model) {
-  TaskOwner task(CreateRkTask());
+tmv::Task EventModel::MakeTask(TaskModel* model) {
+  tmv::Task task = tmv::Task::Adopt(CreateRkTask());
   task->SetName(model->name.c_str());
-  task->SetFunc(MakeFunc(RunTask, model, packages_[model->package].get()).get());
+  task->SetFunc(MakeFunc(RunTask, model, packages_[model->package].get()));
   RkTaskData* const data = CreateRkTaskData();
   data->SetPayload(new Payload{shared_from_this(), model, nullptr});
   data->SetReleaser(ReleasePayload);
@@ -110,13 +110,12 @@ TaskOwner EventModel::MakeTask(TaskModel* model) {
   DestroyRkTaskData(data);
 
   const std::lock_guard<std::mutex> lock(ownersMutex_);
-  if (!letGo_) owners_.emplace_back(DuplicateRkTask(task.get()));
+  if (!letGo_) owners_.push_back(task);
   return task;
 }
 
-support::FuncOwner EventModel::MakeFunc(RkTaskCallback callback, TaskModel* task,
-                                        PackageModel* package) {
-  support::FuncOwner func(CreateRkTaskFunc());
+tmv::Func EventModel::MakeFunc(RkTaskCallback callback, TaskModel* task, PackageModel* package) {
+  tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
   ++Alive().payloads;
   func->Bind(new Payload{shared_from_this(), task, package}, callback, ReleasePayload);
   return func;
@@ -134,17 +133,17 @@ std::string EventModel::SomeTaskName(std::mt19937_64& random) {
 void EventModel::InsertAnywhere(std::mt19937_64& random) {
   const size_t index = random() % packages_.size();
   PackageModel& package = *packages_[index];
-  TaskOwner task;
+  tmv::Task task;
   {
     const std::lock_guard<std::mutex> lock(package.mutex);
     task = MakeTask(MakeTaskModel(package, index));
   }
   const std::string behind = SomeTaskName(random);
   if (Chance(random, 50)) {
-    Schedular().InsertTaskAfterName(task.get(), behind.c_str());
+    Schedular().InsertTaskAfterName(task, behind.c_str());
   } else {
-    const TaskOwner existing(Schedular().FindTask(behind.c_str()));
-    if (existing) Schedular().InsertTaskAfter(task.get(), existing.get());
+    const tmv::Task existing = tmv::Task::Adopt(Schedular().FindTask(behind.c_str()));
+    if (existing) Schedular().InsertTaskAfter(task, existing);
   }
   ++Count().insertions;
 }
@@ -156,8 +155,8 @@ void EventModel::InsertNext(TaskModel& model, RkTask* task) {
     const std::lock_guard<std::mutex> lock(package.mutex);
     inserted = MakeTaskModel(package, model.package);
   }
-  const TaskOwner next = MakeTask(inserted);
-  if (!Schedular().InsertTaskAfter(next.get(), task)) return;  // The event has gone.
+  const tmv::Task next = MakeTask(inserted);
+  if (!Schedular().InsertTaskAfter(next, task)) return;  // The event has gone.
   const std::lock_guard<std::mutex> lock(package.mutex);
   inserted->next = model.next;
   model.next = inserted;
@@ -220,7 +219,7 @@ void EventModel::Report(TaskModel& model, RkTask* task) {
     task->ReportState(task, model.result);
     const int32_t state = task->GetState();
     if (state != kTaskStateActive && state != kTaskStatePaused) break;
-    if (!TaskOwner(Schedular().FindEventOfTask(model.name.c_str()))) break;
+    if (!tmv::Task::Adopt(Schedular().FindEventOfTask(model.name.c_str()))) break;
   }
   if (kind_ == Kind::kPlain && task->GetState() != model.result) {
     Broken(model.name + " reported and has the state " + std::to_string(task->GetState()));
@@ -265,22 +264,23 @@ void EventModel::CheckEnd(RkTask* event) {
     }
   }
   if (!stateSeen) Broken("it ended in a state of none of its packages");
-  if (TaskOwner(Schedular().FindEvent(name_.c_str()))) Broken("it ended and is registered still");
+  if (tmv::Task::Adopt(Schedular().FindEvent(name_.c_str())))
+    Broken("it ended and is registered still");
 }
 
 void EventModel::FreeParkedTasks() {
   const std::lock_guard<std::mutex> lock(ownersMutex_);
-  for (const TaskOwner& task : owners_) {
+  for (const tmv::Task& task : owners_) {
     if (task->GetState() == kTaskStatePaused) task->SetState(kTaskStateActive);
   }
 }
 
 void EventModel::LetGo() {
-  std::vector<TaskOwner> owners;
+  std::vector<tmv::Task> owners;
   const std::lock_guard<std::mutex> lock(ownersMutex_);
   letGo_ = true;
   owners.swap(owners_);
-  event_.reset();
+  event_.Reset();
 }
 
 void EventModel::Broken(const std::string& what) const { Fail("event " + name_ + ": " + what); }

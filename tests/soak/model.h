@@ -9,14 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "support/owners.h"
+#include <temvar/handles.h>
 
 // A generated event and what is known about how it must go. Its tasks check the promises of the
 // scheduler as they run.
 namespace soak {
-
-using support::EventOwner;
-using support::TaskOwner;
 
 enum class Kind {
   kPlain,      // Paused and resumed only: must run to its end.
@@ -70,7 +67,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
 
   Kind kind() const { return kind_; }
   const std::string& name() const { return name_; }
-  RkTask* task() const { return event_.get(); }
+  RkTask* task() const { return event_; }
   std::string SomeTaskName(std::mt19937_64& random);
 
   // Inserts a new task behind any other one, as the scheduler finds it by name.
@@ -109,8 +106,8 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
   void Build(std::mt19937_64& random);
   void BuildPackage(std::mt19937_64& random);
   TaskModel* MakeTaskModel(PackageModel& package, size_t index);
-  TaskOwner MakeTask(TaskModel* model);
-  support::FuncOwner MakeFunc(RkTaskCallback callback, TaskModel* task, PackageModel* package);
+  tmv::Task MakeTask(TaskModel* model);
+  tmv::Func MakeFunc(RkTaskCallback callback, TaskModel* task, PackageModel* package);
   void InsertNext(TaskModel& model, RkTask* task);
 
   static void ReleasePayload(void* payload);
@@ -134,9 +131,9 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
   std::atomic<uint64_t> lastTask_{0};
 
   std::mutex ownersMutex_;
-  std::vector<TaskOwner> owners_;  // The references of the host, inserted tasks too.
+  std::vector<tmv::Task> owners_;  // The references of the host, inserted tasks too.
   bool letGo_ = false;             // Another driver may still insert a task.
-  EventOwner event_;
+  tmv::Event event_;
 };
 
 }  // namespace soak

@@ -65,9 +65,9 @@ int main(int argc, char** argv) {
   Stage stage;
   stage.end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
   stage.cutOff = seed % 2 == 1;
-  stage.bell.reset(CreateRkTaskEvent());
+  stage.bell = tmv::Event::Adopt(CreateRkTaskEvent());
   stage.bell->SetName("bell");
-  TmvTaskSchedular()->RegisterEvent(stage.bell.get());
+  TmvTaskSchedular()->RegisterEvent(stage.bell);
   for (uint64_t i = 0; i < drivers; ++i) {
     stage.drivers.emplace_back(stage, i, seed * 1000 + i,
                                watchdog.Watch("driver " + std::to_string(i)));
