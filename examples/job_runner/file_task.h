@@ -3,10 +3,13 @@
 
 #include <temvar/temvar.h>
 
+#include "support/job_control.h"
+#include "work.h"
+
 namespace job_runner {
 
-// The function of a file's task: reads the FileWork that is its payload and reports.
-void RunFileTask(RkTask* task, RkTaskData* data);
+// Reads the file of one task and reports, whatever happens.
+void RunFileTask(RkTask* task, FileWork& work, Progress& progress, const support::JobControl& job);
 
 }  // namespace job_runner
 

@@ -1,66 +1,74 @@
 // A host of the library: reads a tree of files as a job of packages and tasks, and is paused,
 // resumed and cancelled from the keyboard. It uses the exports of the library alone.
+#include <temvar/handles.h>
+
 #include <chrono>
 #include <exception>
 #include <iostream>
+#include <sstream>
 
-#include <temvar/handles.h>
 #include "job.h"
 #include "options.h"
+#include "support/job_control.h"
 #include "support/terminal.h"
 #include "support/text.h"
+#include "support/watch.h"
 #include "table.h"
-#include "watch.h"
 #include "work.h"
 
 namespace {
 
 using namespace job_runner;
+using Clock = std::chrono::steady_clock;
 
 enum ExitStatus { kAllRead = 0, kSomeFailed = 1, kWrongUsage = 2, kNotRun = 3, kCancelled = 130 };
 
-// Leaves no task parked or at work on any way out, so that the pool's Stop returns.
-class RunningJob {
- public:
-  explicit RunningJob(Job& job) : job_(job) { job_.Start(); }
-  ~RunningJob() {
-    if (!job_.HasEnded()) job_.Cancel();
-  }
-  RunningJob(const RunningJob&) = delete;
-  RunningJob& operator=(const RunningJob&) = delete;
+double SecondsSince(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
 
- private:
-  Job& job_;
-};
+std::string Describe(const Progress& progress, size_t fileCount, Clock::time_point start) {
+  const double rate = static_cast<double>(progress.bytes) / std::max(SecondsSince(start), 1e-3);
+  std::ostringstream line;
+  line << progress.filesDone + progress.filesFailed << '/' << fileCount << " files, "
+       << progress.filesFailed << " failed, " << support::FormatBytes(progress.bytes) << ", "
+       << support::FormatBytes(static_cast<uint64_t>(rate)) << "/s";
+  return line.str();
+}
+
+ExitStatus PrintResult(const Options& options, const std::vector<PackageWork>& packages,
+                       bool cancelled, double seconds) {
+  const Totals totals = PrintTable(std::cout, packages, options.listFiles);
+  std::cout << support::FormatBytes(totals.bytes) << " in " << seconds << " s with "
+            << options.workers << " workers\n";
+  if (cancelled && totals.notRun > 0) {
+    std::cout << "cancelled\n";
+    return kCancelled;
+  }
+  return totals.failed > 0 ? kSomeFailed : kAllRead;
+}
 
 ExitStatus RunJob(const Options& options) {
-  Progress progress;
-  std::vector<PackageWork> packages = CollectWork(options.paths, progress);
-  uint64_t fileCount = 0;
+  std::vector<PackageWork> packages = CollectWork(options.paths);
+  size_t fileCount = 0;
   for (const PackageWork& package : packages) fileCount += package.files.size();
   if (fileCount == 0) {
     std::cout << "no files\n";
     return kAllRead;
   }
 
-  const auto start = std::chrono::steady_clock::now();
+  Progress progress;
   Job job(packages, progress);
+  const Clock::time_point start = Clock::now();
   {
+    // In this order: every way out ends the job, stops the pool and gives the terminal back.
     support::Terminal terminal;
     tmv::RunningPool pool(options.workers);
-    RunningJob running(job);
-    WatchJob(job, progress, fileCount, terminal);
+    support::RunningJob running(job.control());
+    support::WatchJob(job.control(), terminal, stdout,
+                      [&] { return Describe(progress, fileCount, start); });
   }
-  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-
-  const Totals totals = PrintTable(std::cout, packages, options.listFiles);
-  std::cout << support::FormatBytes(totals.bytes) << " in " << elapsed.count() << " s with "
-            << options.workers << " workers\n";
-  if (progress.cancelled && totals.notRun > 0) {
-    std::cout << "cancelled\n";
-    return kCancelled;
-  }
-  return totals.failed > 0 ? kSomeFailed : kAllRead;
+  return PrintResult(options, packages, job.control().IsCancelled(), SecondsSince(start));
 }
 
 }  // namespace

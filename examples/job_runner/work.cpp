@@ -13,8 +13,6 @@ namespace fs = std::filesystem;
 
 class Collector {
  public:
-  explicit Collector(Progress& progress) : progress_(progress) {}
-
   void AddPath(const fs::path& path) {
     std::error_code error;
     if (fs::is_directory(path, error)) {
@@ -54,11 +52,9 @@ class Collector {
     if (isNew) packages_.push_back({support::Utf8FromPath(folder), {}});
     FileWork work;
     work.path = path;
-    work.progress = &progress_;
     packages_[place->second].files.push_back(std::move(work));
   }
 
-  Progress& progress_;
   std::vector<PackageWork> packages_;
   std::map<fs::path, size_t> places_;
   std::set<fs::path> seen_;
@@ -66,8 +62,8 @@ class Collector {
 
 }  // namespace
 
-std::vector<PackageWork> CollectWork(const std::vector<fs::path>& paths, Progress& progress) {
-  Collector collector(progress);
+std::vector<PackageWork> CollectWork(const std::vector<fs::path>& paths) {
+  Collector collector;
   for (const fs::path& path : paths) collector.AddPath(path);
   return collector.Take();
 }

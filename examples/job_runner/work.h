@@ -15,8 +15,6 @@ struct Progress {
   std::atomic<uint64_t> filesDone{0};
   std::atomic<uint64_t> filesFailed{0};
   std::atomic<uint64_t> bytes{0};
-  // Set by the main thread: tasks stop at the next chunk, without waiting for the cancel's turn.
-  std::atomic<bool> cancelled{false};
 };
 
 // One file: the work of one task. The task's worker writes the results; the main thread reads them
@@ -25,7 +23,6 @@ struct FileWork {
   enum class Outcome { kNotRun, kDone, kFailed };
 
   std::filesystem::path path;
-  Progress* progress = nullptr;
 
   Outcome outcome = Outcome::kNotRun;
   std::exception_ptr error;
@@ -43,8 +40,7 @@ struct PackageWork {
 // The files below `paths`, one entry for each folder that has any. Hidden folders and folders named
 // "build" below a path are left out, and so is what is neither file nor folder; links are not
 // followed. A path that can't be read stays in as a file, so that its task fails and is reported.
-std::vector<PackageWork> CollectWork(const std::vector<std::filesystem::path>& paths,
-                                     Progress& progress);
+std::vector<PackageWork> CollectWork(const std::vector<std::filesystem::path>& paths);
 
 }  // namespace job_runner
 
