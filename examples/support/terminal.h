@@ -2,6 +2,8 @@
 #define EXAMPLES_SUPPORT_TERMINAL_H_
 
 #include <chrono>
+#include <cstdio>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -11,6 +13,11 @@ namespace support {
 
 // The arguments of the command line as UTF-8, without the program's own name.
 std::vector<std::string> Utf8Arguments(int argc, char** argv);
+
+// Sends all that is printed to standard output from now on, also by libraries, to the end of a
+// file, and gives a stream to what standard output was before: for a host that keeps its screen
+// clean. Null, with nothing changed, if the file can't be opened.
+std::FILE* DivertOutput(const std::filesystem::path& log);
 
 // The keyboard and the screen of a program that runs a job. One object at a time.
 //
@@ -24,8 +31,9 @@ class Terminal {
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  // Whether standard output is a screen, on which a line can be written over.
-  bool HasLiveOutput() const;
+  // Whether standard output was a screen when the object was made, on which a line can be written
+  // over.
+  bool HasLiveOutput() const { return outputIsTerminal_; }
 
   // Waits up to `timeout` for a key. 0 if none came; behind the end of the input it only waits.
   char WaitForKey(std::chrono::milliseconds timeout);
@@ -36,6 +44,7 @@ class Terminal {
  private:
   bool inputOpen_ = true;
   bool inputIsTerminal_ = false;
+  bool outputIsTerminal_ = false;
 };
 
 }  // namespace support

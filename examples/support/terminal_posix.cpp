@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <termios.h>
@@ -24,7 +25,19 @@ std::vector<std::string> Utf8Arguments(int argc, char** argv) {
   return std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc);
 }
 
+std::FILE* DivertOutput(const std::filesystem::path& log) {
+  std::fflush(stdout);
+  const int screen = dup(STDOUT_FILENO);
+  const int file = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+  std::FILE* const stream = file < 0 || screen < 0 ? nullptr : fdopen(screen, "w");
+  if (stream != nullptr) dup2(file, STDOUT_FILENO);
+  if (stream == nullptr && screen >= 0) close(screen);
+  if (file >= 0) close(file);
+  return stream;
+}
+
 Terminal::Terminal() {
+  outputIsTerminal_ = isatty(STDOUT_FILENO) != 0;
   struct sigaction action = {};
   action.sa_handler = NoteInterrupt;
   action.sa_flags = static_cast<int>(SA_RESETHAND);
@@ -42,8 +55,6 @@ Terminal::Terminal() {
 Terminal::~Terminal() {
   if (inputIsTerminal_) tcsetattr(STDIN_FILENO, TCSANOW, &savedSettings);
 }
-
-bool Terminal::HasLiveOutput() const { return isatty(STDOUT_FILENO) != 0; }
 
 char Terminal::WaitForKey(std::chrono::milliseconds timeout) {
   if (!inputOpen_) {

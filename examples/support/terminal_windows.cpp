@@ -2,6 +2,10 @@
 // Behind windows.h, on which it depends.
 #include <shellapi.h>
 
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
+
 #include <atomic>
 #include <thread>
 
@@ -56,7 +60,22 @@ std::vector<std::string> Utf8Arguments(int, char**) {
   return arguments;
 }
 
+std::FILE* DivertOutput(const std::filesystem::path& log) {
+  std::fflush(stdout);
+  const int output = _fileno(stdout);
+  const int screen = _dup(output);
+  const int file =
+      _wopen(log.c_str(), _O_WRONLY | _O_CREAT | _O_APPEND | _O_TEXT, _S_IREAD | _S_IWRITE);
+  std::FILE* const stream = file < 0 || screen < 0 ? nullptr : _fdopen(screen, "w");
+  if (stream != nullptr) _dup2(file, output);
+  if (stream == nullptr && screen >= 0) _close(screen);
+  if (file >= 0) _close(file);
+  return stream;
+}
+
 Terminal::Terminal() {
+  DWORD outputMode = 0;
+  outputIsTerminal_ = GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &outputMode) != 0;
   SetConsoleCtrlHandler(NoteInterrupt, TRUE);
   SetConsoleOutputCP(CP_UTF8);
   inputIsTerminal_ = GetConsoleMode(Input(), &savedMode) != 0;
@@ -68,11 +87,6 @@ Terminal::Terminal() {
 Terminal::~Terminal() {
   if (inputIsTerminal_) SetConsoleMode(Input(), savedMode);
   SetConsoleCtrlHandler(NoteInterrupt, FALSE);
-}
-
-bool Terminal::HasLiveOutput() const {
-  DWORD mode = 0;
-  return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
 }
 
 char Terminal::WaitForKey(std::chrono::milliseconds timeout) {
