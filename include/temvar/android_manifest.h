@@ -25,8 +25,8 @@ class TMVAndroidManifest {
   // is damaged shows in the text alone, by elements that are missing or by a last line
   // `  Unrecognized tag code '...' at offset ...`. Nothing beyond the buffer is ever read; what a
   // document refers to there reads as 0 or as the empty string.
-  // One call appends about 64 MiB and 16 times `length` at most and then stops, which bounds time and
-  // memory: only a forged document comes near (many attributes that name one huge string).
+  // One call appends about 64 MiB and 16 times `length` at most and then stops, which bounds time
+  // and memory: only a forged document comes near (many attributes that name one huge string).
   // Throws std::bad_alloc.
   virtual bool Decode(const uint8_t* data, int32_t length) = 0;
 

@@ -8,8 +8,8 @@
 namespace temvar {
 
 // What a document of `length` bytes may add to the text, more or less one attribute: far beyond any
-// real manifest (an attribute takes 20 bytes), and a bound for a forged one, each attribute of which
-// names the same string of 65,535 units.
+// real manifest (an attribute takes 20 bytes), and a bound for a forged one, each attribute of
+// which names the same string of 65,535 units.
 inline constexpr size_t MaxManifestText(int64_t length) {
   return (size_t{64} << 20) + 16 * static_cast<size_t>(length);
 }

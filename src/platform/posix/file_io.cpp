@@ -29,8 +29,8 @@ timespec TimeToSet(const FILETIME* time) {
   return result;
 }
 
-// Sets the last error for a read or write that failed. The kernel calls a descriptor that isn't open
-// for it bad, as if it were closed.
+// Sets the last error for a read or write that failed. The kernel calls a descriptor that isn't
+// open for it bad, as if it were closed.
 void SetLastErrorForTransfer(int descriptor) {
   const int error = errno;
   const bool is_open = error == EBADF && fcntl(descriptor, F_GETFD) >= 0;
