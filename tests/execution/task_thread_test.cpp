@@ -123,14 +123,5 @@ TEST_F(TaskThread, StopWaitsForARunningCallbackAndLooksAtNothingElse) {
   stopper.join();
 }
 
-TEST_F(TaskThread, JoinWithoutAThreadIsAnError) {
-  try {
-    worker->Join();
-    FAIL() << "no exception";
-  } catch (const std::system_error& error) {
-    EXPECT_EQ(error.code(), std::errc::invalid_argument);
-  }
-}
-
 }  // namespace
 }  // namespace temvar

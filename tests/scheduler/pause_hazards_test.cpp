@@ -132,25 +132,6 @@ TEST_F(PauseHazards, ATaskMayPauseItsOwnEvent) {
   EXPECT_TRUE(Eventually([] { return Schedular()->GetEventCount() == 0; }));
 }
 
-TEST_F(PauseHazards, ResumeOfAnotherEventLeavesATaskParked) {
-  Pool()->Start(1);
-  auto event = MakeJob("e", [this](RkTask* task) {
-    inside.Open();
-    EXPECT_TRUE(Eventually([task] { return task->GetState() == kTaskStatePaused; }));
-    ReportSuccess(task);
-  });
-  auto other = MakeEvent("other", {});
-  Schedular()->RegisterEvent(other.get());
-  Schedular()->AddEvent(event.get());
-  ASSERT_TRUE(inside.Wait());
-  Schedular()->PauseEvent("e");
-  for (int i = 0; i < 20; ++i) Schedular()->ResumeEvent("other");
-  LetOthersRun();
-  EXPECT_EQ(Schedular()->GetEventCount(), 2u);
-  Schedular()->ResumeEvent("e");
-  EXPECT_TRUE(Eventually([] { return Schedular()->GetEventCount() == 1; }));
-}
-
 // A report may pass the look of ReportState and meet the pause inside the completion step.
 TEST_F(PauseHazards, CompletionThatMeetsAPauseParksAndDoesNotBlockTheResume) {
   Pool()->Start(1);
@@ -173,30 +154,6 @@ TEST_F(PauseHazards, CompletionThatMeetsAPauseParksAndDoesNotBlockTheResume) {
   EXPECT_EQ(task->State(), kTaskStateSucceeded);
 }
 
-// The cancel task bears the default name, which a task of the cancelled event may bear as well.
-TEST_F(PauseHazards, CancelDoesNotCountItself) {
-  Pool()->Start(2);
-  Gate ended;
-  const auto unnamed = MakeTask("0", kTaskStateCreated, [this](RkTask*) {
-    inside.Open();
-    EXPECT_TRUE(leave.Wait());
-  });
-  const auto package = MakePackage({unnamed.get()});
-  auto event = MakeEvent("e", {package.get()});
-  event->SetFunc(MakeBoundFunc([&](RkTask* task) {
-                   EXPECT_EQ(task->GetState(), kTaskStateCancelled);
-                   ended.Open();
-                 }).get());
-  Schedular()->AddEvent(event.get());
-  ASSERT_TRUE(inside.Wait());
-  Schedular()->CancelEventEx("e", false);
-  LetOthersRun();
-  EXPECT_FALSE(ended.IsOpen());  // Waits for the running task.
-  leave.Open();
-  EXPECT_TRUE(ended.Wait());
-  EXPECT_TRUE(Schedular()->IsTaskCancelled("0"));
-}
-
 // The first cancel takes queued tasks without an event out of the queue, but not the cancels behind
 // it.
 TEST_F(PauseHazards, CancelsInARowAllCallTheirEvents) {
@@ -216,14 +173,6 @@ TEST_F(PauseHazards, CancelsInARowAllCallTheirEvents) {
   leave.Open();
   EXPECT_TRUE(Eventually([&] { return calls == 3; }));
   for (const auto& event : events) EXPECT_EQ(event->State(), kTaskStateCancelled);
-}
-
-TEST_F(PauseHazards, StopReleasesACancelThatNeverRan) {
-  Pool()->Start(0);
-  auto event = MakeJob("e", [](RkTask*) {});
-  Schedular()->RegisterEvent(event.get());
-  Schedular()->CancelEvent("e");
-  EXPECT_EQ(Pool()->GetQueuedCount(), 1u);
 }
 
 }  // namespace
