@@ -124,9 +124,9 @@ inline std::string ZipBytes(const std::vector<ZipEntry>& entries, const ZipFrame
 // a damaged archive gives what was read up to there and one entry named "damaged".
 inline std::vector<ZipEntry> ReadZip(const std::string& archive) {
   const auto number = [&](size_t at, size_t size) {
-    uint64_t value = 0;
+    size_t value = 0;
     for (size_t i = 0; i < size && at + i < archive.size(); ++i) {
-      value |= uint64_t{static_cast<unsigned char>(archive[at + i])} << (8 * i);
+      value |= size_t{static_cast<unsigned char>(archive[at + i])} << (8 * i);
     }
     return value;
   };
