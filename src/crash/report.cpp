@@ -20,6 +20,7 @@ struct DestroyZip {
 };
 
 void WriteDump(const TmvWideChar* path, EXCEPTION_POINTERS* exception) {
+  const DumpTurn turn;
   const HANDLE file =
       CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return;

@@ -14,9 +14,13 @@ namespace {
 constexpr size_t kMaxReports = 64;  // What goes beyond is made, but not waited for.
 constexpr std::chrono::milliseconds kPause{5};
 constexpr int kPauses = 60 * 200;
+constexpr int kPausesOfTurn = 30 * 200;
 
 // Numbers of the threads, 0 for a free place.
 constinit std::atomic<DWORD> threads[kMaxReports] = {};
+
+// The thread whose turn it is, 0 for none.
+constinit std::atomic<DWORD> turn{0};
 
 bool OthersRun() {
   const DWORD self = GetCurrentThreadId();
@@ -40,6 +44,19 @@ RunningReport::RunningReport() : place_(TakePlace()) {}
 
 RunningReport::~RunningReport() {
   if (place_ < kMaxReports) threads[place_].store(0);
+}
+
+DumpTurn::DumpTurn() {
+  const DWORD self = GetCurrentThreadId();
+  for (int i = 0; i < kPausesOfTurn && turn.load() != self; ++i) {
+    DWORD none = 0;
+    held_ = turn.compare_exchange_strong(none, self);
+    if (!held_) std::this_thread::sleep_for(kPause);
+  }
+}
+
+DumpTurn::~DumpTurn() {
+  if (held_) turn.store(0);
 }
 
 void WaitForOtherReports() {

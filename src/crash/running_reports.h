@@ -18,6 +18,19 @@ class RunningReport {
   size_t place_;
 };
 
+// Held by the thread that writes its dump: the system's dump writer is no good at two at a time. A
+// turn that is not given back within half a minute is over, and a crash inside a dump is in it.
+class DumpTurn {
+ public:
+  DumpTurn();
+  ~DumpTurn();
+  DumpTurn(const DumpTurn&) = delete;
+  DumpTurn& operator=(const DumpTurn&) = delete;
+
+ private:
+  bool held_ = false;
+};
+
 // Waits until the reports of the other threads are done, a minute at most: one of them may hang.
 void WaitForOtherReports();
 

@@ -24,22 +24,25 @@
 #include <vector>
 
 #include "crash/faults.h"
+#include "support/child_process.h"
 
 namespace {
 
-std::string log_path;
+std::filesystem::path log_path;
 std::vector<std::string> options;
 bool exit_flag = false;
+std::chrono::steady_clock::time_point fault_time;
 
 bool Has(const char* option) {
   return std::find(options.begin(), options.end(), option) != options.end();
 }
 
 void Log(const std::string& line) {
-  if (std::FILE* const file = std::fopen(log_path.c_str(), "ab")) {
-    std::fprintf(file, "%s\n", line.c_str());
-    std::fclose(file);
-  }
+  std::ofstream(log_path, std::ios::app | std::ios::binary) << line << '\n';
+}
+
+std::filesystem::path Path(const std::string& utf8) {
+  return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
 }
 
 std::string Utf8(const TmvWideChar* wide) {
@@ -50,8 +53,11 @@ std::string Utf8(const TmvWideChar* wide) {
 }
 
 void OnReport(const TmvWideChar* archive) {
+  const auto elapsed = std::chrono::steady_clock::now() - fault_time;
+  Log("elapsed " +
+      std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(elapsed).count()));
   // By now the archive is complete.
-  const bool there = std::filesystem::exists(std::filesystem::u8path(Utf8(archive)));
+  const bool there = std::filesystem::exists(Path(Utf8(archive)));
   Log("report " + Utf8(archive) + (there ? " there" : " missing"));
 }
 
@@ -59,7 +65,7 @@ void OnCollect(const TmvWideChar* directory, void** result) {
   Log("collect " + Utf8(directory) + (*result == nullptr ? " null" : " set"));
   if (Has("crash-in-collect")) CrashBy("null-write");
   if (!Has("leave-files")) return;
-  const std::filesystem::path folder = std::filesystem::u8path(Utf8(directory));
+  const std::filesystem::path folder = Path(Utf8(directory));
   std::filesystem::create_directories(folder / "logs");
   std::ofstream(folder / "logs" / "host.log") << "what the host knows";
   std::ofstream(folder / "old.zip") << "an archive of before";
@@ -87,13 +93,15 @@ void LogAddress(const char* what, const void* address) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 4) return 2;
-  log_path = argv[3];
-  options.assign(argv + 4, argv + argc);
+  const std::vector<std::string> arguments = temvar_test::Utf8Arguments(argc, argv);
+  if (arguments.size() < 3) return 2;
+  const std::string way = arguments[0];
+  log_path = Path(arguments[2]);
+  options.assign(arguments.begin() + 3, arguments.end());
   if (Has("foreign")) InstallForeignHandler([](const char* line) { Log(line + std::string(" ")); });
   SetExitProgram(&exit_flag);
-  Install(argv[2]);
-  LogAddress("fault", FaultFunction(argv[1]));
+  Install(arguments[1]);
+  LogAddress("fault", FaultFunction(way));
   LogAddress("caller", CallerFunction());
 
   std::thread bystander;
@@ -103,7 +111,8 @@ int main(int argc, char** argv) {
   }
   if (Has("catch")) CatchFaults();
   if (Has("exiting")) exit_flag = true;
-  CrashBy(argv[1]);
+  fault_time = std::chrono::steady_clock::now();
+  CrashBy(way);
   Log(exit_flag ? "ran on, exiting" : "ran on");
   if (bystander.joinable()) bystander.detach();
   std::_Exit(0);

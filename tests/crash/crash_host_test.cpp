@@ -56,8 +56,7 @@ TEST_P(EveryWay, LeavesDumpAndArchiveAndTellsTheHost) {
   const std::filesystem::path archive = run.Archives().back();
   EXPECT_EQ(run.Lines("report").front(), run.DumpDirectory() + NameOf(archive) + " there");
   EXPECT_EQ(NameOf(archive), NameOf(run.Dumps().back()) + ".zip");
-  EXPECT_THAT(NameOf(archive), testing::MatchesRegex("[0-9]+\\.dmp\\.zip"));
-  EXPECT_EQ(NameOf(archive).find('.'), 14u);
+  EXPECT_EQ(NameOf(archive).find_first_not_of("0123456789"), 14u);
   EXPECT_THAT(EntryNames(archive), Contains(NameOf(run.Dumps().back())));
 
   for (const std::filesystem::path& file : run.Dumps()) {

@@ -50,6 +50,7 @@ void CheckDump(const Way& way, const CrashRun& run, const Minidump& dump) {
   // The signal stands as the code, and the handlers' code beside it.
   EXPECT_EQ(dump.exception.code, static_cast<uint32_t>(way.signal));
   EXPECT_THAT(dump.exception.parameters, testing::ElementsAre(way.code));
+  EXPECT_TRUE(dump.texts_end);
   EXPECT_EQ(dump.platform, 0x8201u);
   EXPECT_EQ(dump.processor, 9);
   EXPECT_THAT(dump.system, testing::StartsWith("Linux "));

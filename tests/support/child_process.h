@@ -17,6 +17,9 @@ struct ChildEnd {
   std::chrono::milliseconds duration{0};
 };
 
+// The arguments of main, without the program, in UTF-8.
+std::vector<std::string> Utf8Arguments(int argc, char** argv);
+
 // The folder of the program that is running, where the other programs of the build lie as well.
 std::filesystem::path ProgramFolder();
 

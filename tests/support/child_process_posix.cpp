@@ -35,6 +35,8 @@ pid_t Start(const std::string& program, const std::vector<std::string>& argument
 
 }  // namespace
 
+std::vector<std::string> Utf8Arguments(int argc, char** argv) { return {argv + 1, argv + argc}; }
+
 std::filesystem::path ProgramFolder() {
   return std::filesystem::read_symlink("/proc/self/exe").parent_path();
 }

@@ -1,8 +1,11 @@
 #include <windows.h>
+// After windows.h.
+#include <shellapi.h>
 
 #include <stdexcept>
 
 #include "support/child_process.h"
+#include "support/work_folder.h"
 
 namespace temvar_test {
 namespace {
@@ -12,7 +15,7 @@ std::wstring CommandLine(const std::filesystem::path& program,
                          const std::vector<std::string>& arguments) {
   std::wstring line = L"\"" + program.wstring() + L"\"";
   for (const std::string& argument : arguments) {
-    std::wstring wide = std::filesystem::u8path(argument).wstring();
+    std::wstring wide = FromUtf8(argument).wstring();
     if (!wide.empty() && wide.back() == L'\\') wide += L'\\';
     line += L" \"" + wide + L"\"";
   }
@@ -27,6 +30,18 @@ HANDLE OpenOutput(const std::filesystem::path& output) {
 }
 
 }  // namespace
+
+std::vector<std::string> Utf8Arguments(int, char**) {
+  int count = 0;
+  wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+  std::vector<std::string> arguments;
+  for (int i = 1; i < count; ++i) {
+    const std::u8string text = std::filesystem::path(wide[i]).u8string();
+    arguments.emplace_back(text.begin(), text.end());
+  }
+  LocalFree(wide);
+  return arguments;
+}
 
 std::filesystem::path ProgramFolder() {
   wchar_t path[1024];

@@ -45,6 +45,8 @@ struct DumpException {
 struct Minidump {
   std::vector<std::string> errors;  // What is wrong with the file; empty for a good one.
   size_t file_size = 0;
+  // Every text ends in a zero unit, as the format wants it; Wine's don't.
+  bool texts_end = true;
   uint16_t processor = 0;
   uint32_t platform = 0;
   std::string system;

@@ -133,8 +133,8 @@ using PMINIDUMP_CALLBACK_INFORMATION = MINIDUMP_CALLBACK_INFORMATION*;
 // Writes a minidump of this process to the open file; see posix/minidump/dump.h for what is in it.
 // Safe in a signal handler: no heap, no lock of the C library, nothing read that could fault. When
 // it returns, the dump is complete and on disk. The callback is asked about each module, which
-// stays out when it answers FALSE; data sections are never written, whatever it leaves set. Two
-// threads that call at once take turns. FALSE when the file could not be written.
+// stays out when it answers FALSE; data sections are never written, whatever it leaves set. One
+// thread at a time may call it. FALSE when the file could not be written.
 BOOL MiniDumpWriteDump(HANDLE process, DWORD process_id, HANDLE file, MINIDUMP_TYPE type,
                        PMINIDUMP_EXCEPTION_INFORMATION exception,
                        PMINIDUMP_USER_STREAM_INFORMATION user_streams,

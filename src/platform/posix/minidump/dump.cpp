@@ -5,9 +5,6 @@
 #include <ucontext.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <ctime>
-
 #include "platform/posix/file_handle.h"
 #include "platform/posix/minidump/context.h"
 #include "platform/posix/minidump/dump_file.h"
@@ -21,24 +18,6 @@ namespace {
 
 constexpr size_t kMaxMaps = 4 * 1024 * 1024;
 constexpr size_t kMaxStatus = 64 * 1024;
-
-// Whose turn it is to write. A turn that is not given back belongs to a thread that has crashed in
-// the middle of its dump, which has ended the process.
-class Turn {
- public:
-  Turn() {
-    const timespec pause = {0, 1'000'000};
-    while (taken.exchange(true)) nanosleep(&pause, nullptr);
-  }
-  ~Turn() { taken.store(false); }
-  Turn(const Turn&) = delete;
-  Turn& operator=(const Turn&) = delete;
-
- private:
-  static constinit std::atomic<bool> taken;
-};
-
-constinit std::atomic<bool> Turn::taken{false};
 
 bool HasAddress(int signal_number) {
   return signal_number == SIGSEGV || signal_number == SIGBUS || signal_number == SIGILL ||
@@ -72,7 +51,6 @@ const ucontext_t* MachineOf(const MINIDUMP_EXCEPTION_INFORMATION* exception) {
 
 bool WriteDump(int descriptor, const MINIDUMP_EXCEPTION_INFORMATION* exception,
                const MINIDUMP_CALLBACK_INFORMATION* callback) {
-  const Turn turn;
   const ucontext_t* const machine = MachineOf(exception);
   const auto crashed = static_cast<pid_t>(syscall(SYS_gettid));
   DumpFile file(descriptor);
