@@ -51,6 +51,7 @@ void CheckDump(const Way& way, const CrashRun& run, const Minidump& dump) {
   EXPECT_EQ(dump.exception.code, static_cast<uint32_t>(way.signal));
   EXPECT_THAT(dump.exception.parameters, testing::ElementsAre(way.code));
   EXPECT_TRUE(dump.texts_end);
+  EXPECT_TRUE(dump.ranges_apart);
   EXPECT_EQ(dump.platform, 0x8201u);
   EXPECT_EQ(dump.processor, 9);
   EXPECT_THAT(dump.system, testing::StartsWith("Linux "));

@@ -27,7 +27,7 @@ std::filesystem::path ProgramFolder();
 // empty. `program` is a path; on Windows ".exe" is added.
 ChildEnd RunChild(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                   const std::filesystem::path& output = {},
-                  std::chrono::seconds patience = std::chrono::seconds(100));
+                  std::chrono::seconds patience = std::chrono::seconds(250));
 
 }  // namespace temvar_test
 

@@ -47,6 +47,8 @@ struct Minidump {
   size_t file_size = 0;
   // Every text ends in a zero unit, as the format wants it; Wine's don't.
   bool texts_end = true;
+  // No two memory ranges share an address. With several threads Wine tells some code twice.
+  bool ranges_apart = true;
   uint16_t processor = 0;
   uint32_t platform = 0;
   std::string system;
