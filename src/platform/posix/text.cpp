@@ -1,3 +1,6 @@
+// Conversions between UTF-8, Windows-1252 and UTF-16. Each runs twice for one text, to measure and
+// to write, so both passes are made for long texts: measuring has no branches and writing takes
+// runs of ASCII eight at a time.
 #include <algorithm>
 #include <bit>
 #include <climits>
@@ -115,8 +118,9 @@ Outcome Utf16Size(const unsigned char* bytes, size_t size) {
   const auto at = [=](size_t i, size_t back) { return i < back ? uint8_t{0} : bytes[i - back]; };
   size_t units = 0;
   unsigned char misplaced = 0;
-  for (size_t i = 0; i < size && i < 3; ++i)
+  for (size_t i = 0; i < size && i < 3; ++i) {
     misplaced |= IsMisplaced(at(i, 3), at(i, 2), at(i, 1), bytes[i]);
+  }
   for (size_t start = 0; start < size; start += kBlock) {
     const size_t end = std::min(start + kBlock, size);
     unsigned char count = 0;
