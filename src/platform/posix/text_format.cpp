@@ -236,7 +236,8 @@ class WideFormatter {
   // Formats one number with the C library, to which the conversion goes as it was read.
   template <typename Number>
   bool PutNumber(const Conversion& conversion, const char* length, Number number) {
-    const std::string format = "%" + conversion.flags + "*.*" + length + conversion.type;
+    std::string format = "%";
+    format.append(conversion.flags).append("*.*").append(length).push_back(conversion.type);
     // The format is made of checked parts, which the compiler can't see.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
@@ -256,7 +257,7 @@ class WideFormatter {
     Conversion digits;
     digits.precision = 2 * sizeof(void*);
     digits.type = 'X';
-    digits.flags = conversion.IsLeftAligned() ? "-" : "";
+    if (conversion.IsLeftAligned()) digits.flags.push_back('-');
     digits.width = conversion.width;
     const uintmax_t address = reinterpret_cast<uintptr_t>(va_arg(arguments_, void*));
     return PutNumber(digits, "j", address);
