@@ -29,7 +29,7 @@ class Lister {
     for (const fs::directory_entry& entry : entries) {
       if (IsFolder(entry)) {
         Folder folder = MakeFolder(support::Utf8FromPath(entry.path().filename()));
-        AddBelow(folder, entry.path(), entry.path());
+        if (!IsLeftOut(entry.path())) AddBelow(folder, entry.path(), entry.path());
         if (!folder.files.empty()) folders.push_back(std::move(folder));
       } else {
         AddFile(own, entry, source_);
@@ -54,8 +54,12 @@ class Lister {
   }
 
   bool IsFolder(const fs::directory_entry& entry) const {
-    return entry.symlink_status().type() == fs::file_type::directory &&
-           entry.path() != destination_;
+    return entry.symlink_status().type() == fs::file_type::directory;
+  }
+
+  bool IsLeftOut(const fs::path& folder) const {
+    const std::string name = support::Utf8FromPath(folder.filename());
+    return folder == destination_ || exclusions_.find(';' + name + ';') != std::string::npos;
   }
 
   Folder MakeFolder(const std::string& name) const {
@@ -71,7 +75,7 @@ class Lister {
   void AddBelow(Folder& folder, const fs::path& directory, const fs::path& root) const {
     for (const fs::directory_entry& entry : Entries(directory)) {
       if (IsFolder(entry)) {
-        AddBelow(folder, entry.path(), root);
+        if (!IsLeftOut(entry.path())) AddBelow(folder, entry.path(), root);
       } else {
         AddFile(folder, entry, root);
       }

@@ -35,7 +35,8 @@ struct Folder {
 };
 
 // The folders in `source` that have files, and its own files as one more. Links are not followed,
-// files whose extension stands in `exclusions` are left out, and so is `destination`.
+// files whose extension stands in `exclusions` are left out, and so are folders whose name stands
+// there, and `destination`.
 // Throws std::filesystem::filesystem_error for what can't be listed.
 std::vector<Folder> ListFolders(const std::filesystem::path& source,
                                 const std::filesystem::path& destination,

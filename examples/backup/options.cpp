@@ -11,7 +11,7 @@ const char kUsage[] =
     "files have not changed since its last backup is passed over.\n"
     "  --to FOLDER        where the archives go\n"
     "  --workers N        number of folders that are packed side by side\n"
-    "  --exclude LIST     extensions that are left out, as in \";.tmp;.o;\"\n"
+    "  --exclude LIST     extensions and folders that are left out, as in \";.tmp;build;\"\n"
     "  --settings FILE    settings file (default: in the user's application data)\n"
     "  --history          list the last runs\n"
     "FOLDER and the first three options are kept in the settings for the next time.\n"
