@@ -100,7 +100,7 @@ int Extraction::ExtractCurrent() {
   if (is_directory) {
     std::printf("creating directory: %s\n", path.c_str());
     if (!is_inner) return Refuse(path);
-    MakeEntryDirectory(path);
+    MakeDirectory(path);
     return UNZ_OK;
   }
   if (!is_inner) {

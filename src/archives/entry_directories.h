@@ -6,8 +6,8 @@
 
 namespace temvar {
 
-// Makes the directory that an entry stands for, and its parents. A failure isn't told.
-void MakeEntryDirectory(const std::string& path);
+// Makes the directory `path` and its parents; 0 or an error code of the system.
+int MakeDirectory(const std::string& path);
 
 // Makes `path`, a file's path cut before its last separator, as far as it is missing. A prefix that
 // can't be made is told in a line.

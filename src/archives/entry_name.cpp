@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/links.h"
 #include "utilities/system_path.h"
 
 namespace temvar {
@@ -69,10 +68,10 @@ bool IsInnerName(std::string_view name) {
   return true;
 }
 
-bool LinkGuard::IsLinkBelow(std::string_view name) const {
+PathKind LinkGuard::KindBelow(std::string_view name) const {
   std::string path = destination_;
   path += name;
-  return IsLink(SystemPath(path.c_str()).get());
+  return KindOfPath(SystemPath(path.c_str()).get());
 }
 
 bool LinkGuard::IsFreeOfLinks(std::string_view name) {
@@ -80,11 +79,14 @@ bool LinkGuard::IsFreeOfLinks(std::string_view name) {
   if (directory != known_directory_) {
     for (size_t end = 0; (end = directory.find_first_of(kSeparators, end)) != directory.npos;
          ++end) {
-      if (IsLinkBelow(directory.substr(0, end))) return false;
+      const PathKind kind = KindBelow(directory.substr(0, end));
+      if (kind == PathKind::kLink) return false;
+      // What is missing will be made, and nothing lies below it.
+      if (kind == PathKind::kMissing) return true;
     }
     known_directory_ = directory;
   }
-  return directory.size() == name.size() || !IsLinkBelow(name);
+  return directory.size() == name.size() || KindBelow(name) != PathKind::kLink;
 }
 
 }  // namespace temvar

@@ -4,6 +4,9 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
+
+#include "platform/links.h"
 
 namespace temvar {
 
@@ -26,7 +29,7 @@ class LinkGuard {
   bool IsFreeOfLinks(std::string_view name);
 
  private:
-  bool IsLinkBelow(std::string_view name) const;
+  PathKind KindBelow(std::string_view name) const;
 
   const std::string destination_;
   std::string known_directory_;  // Holds no link; empty or with its separator at the end.

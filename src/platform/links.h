@@ -7,9 +7,9 @@
 
 namespace temvar {
 
-// Whether the last component of `path` is a link: a symbolic link or a mount point (junction). A
-// path that doesn't exist is none.
-bool IsLink(const TmvWideChar* path);
+// What the last component of a path is. A link is a symbolic link or a mount point (junction).
+enum class PathKind { kMissing, kLink, kOther };
+PathKind KindOfPath(const TmvWideChar* path);
 
 // Whether both paths lead to the same existing file or directory, links followed.
 bool IsSameFile(const TmvWideChar* first, const TmvWideChar* second);

@@ -22,11 +22,12 @@ int MakeFolder(WideView path) {
 int MakeFoldersOneByOne(WideView path) {
   const int result = MakeFolder(path);
   if (result != static_cast<int>(ERROR_PATH_NOT_FOUND)) return result;
-  const size_t separator = path.find_last_of(TMV_WIDE("\\/"));
-  if (separator == WideView::npos || separator == 0) return result;
-  const int parents = MakeFoldersOneByOne(path.substr(0, separator));
-  const bool there = parents == 0 || parents == static_cast<int>(ERROR_ALREADY_EXISTS);
-  return there ? MakeFolder(path) : parents;
+  // No recursion: a path of 32,767 units can have half as many components.
+  size_t end = 0;
+  while ((end = path.find_first_of(TMV_WIDE("\\/"), end + 1)) != WideView::npos) {
+    MakeFolder(path.substr(0, end));
+  }
+  return MakeFolder(path);
 }
 
 }  // namespace

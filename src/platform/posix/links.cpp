@@ -6,13 +6,14 @@
 
 namespace temvar {
 
-bool IsLink(const TmvWideChar* path) {
+PathKind KindOfPath(const TmvWideChar* path) {
   posix::NarrowPath narrow(path);
-  if (!narrow.ok()) return false;
+  if (!narrow.ok()) return PathKind::kMissing;
   // With a separator behind it, the kernel looks at what the link leads to.
   narrow.StripTrailingSeparators();
   struct stat info;
-  return lstat(narrow.c_str(), &info) == 0 && S_ISLNK(info.st_mode);
+  if (lstat(narrow.c_str(), &info) != 0) return PathKind::kMissing;
+  return S_ISLNK(info.st_mode) ? PathKind::kLink : PathKind::kOther;
 }
 
 bool IsSameFile(const TmvWideChar* first, const TmvWideChar* second) {

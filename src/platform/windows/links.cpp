@@ -18,17 +18,17 @@ bool Identify(const TmvWideChar* path, BY_HANDLE_FILE_INFORMATION* information) 
 
 }  // namespace
 
-bool IsLink(const TmvWideChar* path) {
+PathKind KindOfPath(const TmvWideChar* path) {
   const DWORD attributes = GetFileAttributesW(path);
-  if (attributes == INVALID_FILE_ATTRIBUTES) return false;
-  if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return false;
+  if (attributes == INVALID_FILE_ATTRIBUTES) return PathKind::kMissing;
+  if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return PathKind::kOther;
   // Files of cloud stores and deduplicated files are reparse points too, but they lead nowhere
   // else.
   WIN32_FIND_DATAW data;
   const HANDLE find = FindFirstFileW(path, &data);
-  if (find == INVALID_HANDLE_VALUE) return true;
+  if (find == INVALID_HANDLE_VALUE) return PathKind::kLink;
   FindClose(find);
-  return IsReparseTagNameSurrogate(data.dwReserved0);
+  return IsReparseTagNameSurrogate(data.dwReserved0) ? PathKind::kLink : PathKind::kOther;
 }
 
 bool IsSameFile(const TmvWideChar* first, const TmvWideChar* second) {
