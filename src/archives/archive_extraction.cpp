@@ -1,5 +1,6 @@
 #include "archives/archive_extraction.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -58,7 +59,8 @@ class Extraction {
   int ExtractCurrent();
   int Refuse(const std::string& name);
   int ExtractFile(const EntryInfo& entry, const std::string& path);
-  int CopyOut(Stream output);
+  // `*total` becomes the number of bytes that the entry gave.
+  int CopyOut(Stream output, uint64_t* total);
 
   Stream OpenOutput(const TmvWideChar* wide, const std::string& path);
 
@@ -136,24 +138,27 @@ int Extraction::ExtractFile(const EntryInfo& entry, const std::string& path) {
   Stream output = OpenOutput(wide.get(), path);
   if (output == nullptr) {
     std::printf("error opening %s\n", path.c_str());
+    result = unzCloseCurrentFile(archive_);
   } else {
     std::printf(" extracting: %s\n", path.c_str());
-    result = CopyOut(std::move(output));
+    uint64_t count = 0;
+    result = CopyOut(std::move(output), &count);
     if (result != UNZ_OK) {
       unzCloseCurrentFile(archive_);
       return result;
     }
     StampFile(wide.get(), entry.dos_date);
+    result = CloseEntry(archive_, entry, count);
   }
-  result = unzCloseCurrentFile(archive_);
   if (result != UNZ_OK) TellZipError(result, "unzCloseCurrentFile");
   return result;
 }
 
-int Extraction::CopyOut(Stream output) {
+int Extraction::CopyOut(Stream output, uint64_t* total) {
   bool is_written = true;
   int count = 0;
   while (is_written && (count = unzReadCurrentFile(archive_, block_.get(), kReadSize)) > 0) {
+    *total += static_cast<uint64_t>(count);
     is_written = std::fwrite(block_.get(), static_cast<size_t>(count), 1, output.get()) == 1;
   }
   if (count < 0) TellZipError(count, "unzReadCurrentFile");

@@ -29,6 +29,7 @@ int ReadEntryInfo(unzFile archive, EntryInfo* info) {
   }
   info->dos_date = raw.dosDate;
   info->method = raw.compression_method;
+  info->size = raw.uncompressed_size;
   return result;
 }
 
@@ -36,6 +37,13 @@ int OpenEntry(unzFile archive, const EntryInfo& info) {
   // minizip 1.1 built without bzip2 hands out the packed bytes of such an entry as its contents.
   if (info.method != 0 && info.method != Z_DEFLATED) return UNZ_BADZIPFILE;
   return unzOpenCurrentFile(archive);
+}
+
+int CloseEntry(unzFile archive, const EntryInfo& info, uint64_t count) {
+  const int result = unzCloseCurrentFile(archive);
+  if (result != UNZ_OK) return result;
+  // minizip 1.1 doesn't look at the CRC of an entry that ends before its size is reached.
+  return static_cast<uLong>(count) == info.size ? UNZ_OK : UNZ_CRCERROR;
 }
 
 std::unique_ptr<char[]> NewReadBlock() {

@@ -5,6 +5,7 @@
 #include <unzip.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -27,6 +28,7 @@ struct EntryInfo {
   std::string name;
   uLong dos_date;
   uLong method;
+  uLong size;  // Of the contents as the archive states it, in as many bits as a uLong has.
 };
 
 // Reads the current entry's information; minizip's result.
@@ -35,6 +37,10 @@ int ReadEntryInfo(unzFile archive, EntryInfo* info);
 // Opens the current entry, without a password; minizip's result. Methods other than stored and
 // deflated are UNZ_BADZIPFILE.
 int OpenEntry(unzFile archive, const EntryInfo& info);
+
+// Closes the open entry, of which `count` bytes were read up to its end; minizip's result. Contents
+// of another size than stated are UNZ_CRCERROR.
+int CloseEntry(unzFile archive, const EntryInfo& info, uint64_t count);
 
 // A block of kReadSize bytes, null if there is no memory.
 std::unique_ptr<char[]> NewReadBlock();

@@ -68,8 +68,10 @@ bool ExtractEntryToMemory(BinaryDataResult* result, const char* archive_path,
   if (code < 0) {
     TellError(code, path, "unzReadCurrentFile");
     bytes->clear();
+    code = unzCloseCurrentFile(archive.get());
+  } else {
+    code = CloseEntry(archive.get(), info, bytes->size());
   }
-  code = unzCloseCurrentFile(archive.get());
   if (code != UNZ_OK) {
     TellError(code, path, "unzCloseCurrentFile");
     bytes->clear();

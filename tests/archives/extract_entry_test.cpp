@@ -82,9 +82,13 @@ TEST_P(ExtractEntryTest, AMissingArchiveIsToldOnStandardError) {
 
 TEST_P(ExtractEntryTest, ADamagedEntryIsTrueWithoutBytes) {
   PutArchive({{.name = "crc", .data = "data", .crc = 1},
+              {.name = "short", .data = "data", .method = 8, .size = 100},
               {.name = "data", .data = "data", .method = 8, .packed = "\xFF\xFF\xFF"},
               {.name = "method", .data = "data", .method = 12}});
   ASSERT_TRUE(Take("crc"));
+  EXPECT_EQ(TakenBytes(), "");
+  EXPECT_EQ(output_.err, ErrorText(-105, "unzCloseCurrentFile"));
+  ASSERT_TRUE(Take("short"));
   EXPECT_EQ(TakenBytes(), "");
   EXPECT_EQ(output_.err, ErrorText(-105, "unzCloseCurrentFile"));
   ASSERT_TRUE(Take("data"));
