@@ -124,9 +124,9 @@ inline std::string ZipBytes(const std::vector<ZipEntry>& entries, const ZipFrame
 // a damaged archive gives what was read up to there and one entry named "damaged".
 inline std::vector<ZipEntry> ReadZip(const std::string& archive) {
   const auto number = [&](size_t at, size_t size) {
-    size_t value = 0;
+    uint32_t value = 0;
     for (size_t i = 0; i < size && at + i < archive.size(); ++i) {
-      value |= size_t{static_cast<unsigned char>(archive[at + i])} << (8 * i);
+      value |= uint32_t{static_cast<unsigned char>(archive[at + i])} << (8 * i);
     }
     return value;
   };
@@ -134,15 +134,15 @@ inline std::vector<ZipEntry> ReadZip(const std::string& archive) {
   const size_t end = archive.size() < 22 ? 0 : archive.size() - 22;
   if (number(end, 4) != 0x06054b50) return {ZipEntry{"damaged", ""}};
   size_t at = number(end + 16, 4);
-  for (uint64_t left = number(end + 10, 2); left > 0; --left) {
+  for (uint32_t left = number(end + 10, 2); left > 0; --left) {
     ZipEntry entry;
     const size_t local = number(at + 42, 4);
     entry.flags = static_cast<uint16_t>(number(at + 8, 2));
     entry.method = static_cast<uint16_t>(number(at + 10, 2));
-    entry.dos_date = static_cast<uint32_t>(number(at + 12, 4));
-    entry.crc = static_cast<uint32_t>(number(at + 16, 4));
-    entry.internal_attributes = static_cast<uint32_t>(number(at + 36, 2));
-    entry.external_attributes = static_cast<uint32_t>(number(at + 38, 4));
+    entry.dos_date = number(at + 12, 4);
+    entry.crc = number(at + 16, 4);
+    entry.internal_attributes = number(at + 36, 2);
+    entry.external_attributes = number(at + 38, 4);
     entry.name = archive.substr(at + 46, number(at + 28, 2));
     entry.central_extra = archive.substr(at + 46 + entry.name.size(), number(at + 30, 2));
     const size_t packed_size = number(at + 20, 4);
