@@ -1,14 +1,13 @@
 #include "job.h"
 
-#include <temvar/temvar.h>
+#include <temvar/handles.h>
 
 #include <atomic>
 #include <chrono>
 #include <string>
 #include <thread>
 
-#include "support/owners.h"
-#include "support/report.h"
+#include "support/job_control.h"
 
 namespace crash_host {
 namespace {
@@ -16,47 +15,24 @@ namespace {
 constexpr int kPackages = 2;
 constexpr int kTasks = 3;  // In each package.
 
-void (*fault)() = nullptr;
-std::atomic<int> started{0};
-std::atomic<bool> ended{false};
-
-void DoTask(RkTask* task, RkTaskData*) {
-  if (++started == 3) fault();
-  support::ReportResult(task, kTaskStateSucceeded);
-}
-
-void EndJob(RkTask* event, RkTaskData*) {
-  ended = true;
-  event->ReportState(event, kTaskStateSucceeded);
-}
-
-support::FuncOwner MakeFunc(RkTaskCallback callback) {
-  support::FuncOwner func(CreateRkTaskFunc());
-  func->Bind(nullptr, callback, nullptr);
-  return func;
-}
-
 }  // namespace
 
 void RunJob(void (*crash)()) {
-  fault = crash;
-  support::PoolLife pool(2);
-  support::EventOwner event(CreateRkTaskEvent());
-  event->SetName("crash_host");
-  event->SetFunc(MakeFunc(EndJob).get());
-  for (int i = 0; i < kPackages * kTasks; i += kTasks) {
-    support::PackageOwner package(CreateRkTaskPackage());
-    package->SetName(("package " + std::to_string(i)).c_str());
-    for (int number = i; number < i + kTasks; ++number) {
-      support::TaskOwner task(CreateRkTask());
-      task->SetName(("task " + std::to_string(number)).c_str());
-      task->SetFunc(MakeFunc(DoTask).get());
-      package->AddTask(task.get());
+  std::atomic<int> started{0};
+  tmv::Event event = tmv::MakeEvent("crash_host");
+  for (int first = 0; first < kPackages * kTasks; first += kTasks) {
+    tmv::Package package = tmv::MakePackage();
+    for (int number = first; number < first + kTasks; ++number) {
+      package->AddTask(tmv::MakeTask(("task " + std::to_string(number)).c_str(), [&, crash] {
+        if (++started == 3) crash();
+      }));
     }
-    event->AddPackage(package.get());
+    event->AddPackage(package);
   }
-  TmvTaskSchedular()->AddEvent(event.get());
-  while (!ended) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  support::JobControl job(event);
+  tmv::RunningPool pool(2);
+  job.Start();
+  while (!job.HasEnded()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 
 }  // namespace crash_host

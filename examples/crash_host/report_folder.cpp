@@ -1,6 +1,6 @@
 #include "report_folder.h"
 
-#include <temvar/temvar.h>
+#include <temvar/handles.h>
 
 #include <fstream>
 
@@ -42,13 +42,10 @@ std::string PrepareReports(const std::filesystem::path& folder) {
 
 void InstallReports(bool* exiting) {
   SetExitProgram(exiting);
-  TMVDbgReport* const report = CreateTmvDbgReport();
-  // UTF-16 on every system, as the library takes it.
-  TmvWideChar* const folder =
-      TmvUtilityString()->Utf8ToWide(support::Utf8FromPath(dump_folder).c_str());
-  report->Install(folder, NoteArchive, AddHostReport);
-  TmvUtilityString()->FreeString(folder);
-  DestroyTmvDbgReport(report);  // The handlers stay.
+  // UTF-16 on every system, as the library takes it. The handlers outlive the handle.
+  const tmv::WideText folder(
+      TmvUtilityString()->Utf8ToWide(support::Utf8FromPath(dump_folder).c_str()));
+  tmv::MakeDbgReport()->Install(folder.c_str(), NoteArchive, AddHostReport);
 }
 
 void NoteWork(const std::string& text) { work = text; }
