@@ -33,7 +33,7 @@ class RkTaskThreadImpl final : public RkTaskThread {
   void Lock() override TMV_ACQUIRE(mutex_) { mutex_.Lock(); }
   void Unlock() override TMV_RELEASE(mutex_) { mutex_.Unlock(); }
   void Wait() override TMV_REQUIRES(mutex_) { wake_.Wait(mutex_); }
-  void Join() override { thread_.join(); }
+  void Join() override;
   int32_t ReservedValue() override { return 0; }
   void Stop() override;
   void Start() override;

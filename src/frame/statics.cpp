@@ -14,7 +14,9 @@ namespace temvar {
 namespace {
 
 // An object that is left as it is at the end of the process if the pool was not stopped: its
-// threads may still use it, and the process is to end at once.
+// threads may still use it, and the process is to end at once. On Windows the threads are gone by
+// then, wherever they stood: to destroy a condition can wait for ever for a lock inside
+// libwinpthread (of mingw-w64 10) that one of them held.
 template <typename T>
 class StaticObject {
  public:
@@ -54,8 +56,12 @@ Mutex& lock_table_guard = lock_table_guard_object.Get();
 Mutex registry_mutex;
 Mutex state_mutex;
 Mutex pause_mutex;
-EventCount drain_condition;
-Condition resume_condition;
+namespace {
+StaticObject<EventCount> drain_condition_object;
+StaticObject<Condition> resume_condition_object;
+}  // namespace
+EventCount& drain_condition = drain_condition_object.Get();
+Condition& resume_condition = resume_condition_object.Get();
 uint64_t resume_count = 0;
 
 namespace {

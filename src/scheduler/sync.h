@@ -20,10 +20,10 @@ extern Mutex state_mutex TMV_ACQUIRED_AFTER(registry_mutex);
 
 // Tells that a running task may have stopped: it parked, it left the pool, or its event is no
 // longer paused. Signalled from inside the pool's locks, so it takes none of the mutexes above.
-extern EventCount drain_condition;
+extern EventCount& drain_condition;
 
 // Tells parked tasks that an event was resumed. Waited on under pause_mutex.
-extern Condition resume_condition;
+extern Condition& resume_condition;
 // Number of resumes so far.
 extern uint64_t resume_count TMV_GUARDED_BY(pause_mutex);
 
