@@ -8,8 +8,12 @@
 
 namespace {
 
-using SettingsFile = temvar_test::SettingsTest;
-TEMVAR_IN_EVERY_PLACE(SettingsFile);
+class SettingsFile : public temvar_test::SettingsTest {};
+INSTANTIATE_TEST_SUITE_P(, SettingsFile, testing::Values(temvar_test::FolderKind::kPlain),
+                         temvar_test::NameOfFolderKind);
+
+class SettingsPlace : public temvar_test::SettingsTest {};
+TEMVAR_IN_EVERY_PLACE(SettingsPlace);
 
 struct Text {
   std::string_view text;
@@ -201,7 +205,7 @@ TEST_P(SettingsFile, CountsAnythingElseAsDamaged) {
   }
 }
 
-TEST_P(SettingsFile, StartsEmptyWithoutAFile) {
+TEST_P(SettingsPlace, StartsEmptyWithoutAFile) {
   TMVUserDefaults* store = Load();
   EXPECT_FALSE(store->IsLoaded());
   EXPECT_EQ(store->GetFilePath(), Path(kFile));

@@ -18,8 +18,8 @@ TEST_P(SettingsHandles, WalksMembersInTheirOrder) {
   std::string seen;
   for (auto* member = store->GetMemberBegin(root); member != end;
        member = store->AdvanceMember(member, 1)) {
-    seen += store->GetValueString(store->GetMemberName(member));
-    seen += "=" + Compact(store, store->GetMemberValue(member)) + ";";
+    seen.append(store->GetValueString(store->GetMemberName(member))).append("=");
+    seen.append(Compact(store, store->GetMemberValue(member))).append(";");
   }
   EXPECT_EQ(seen, R"(a=1;b="two";c={"d":[]};a=4;)");
 
