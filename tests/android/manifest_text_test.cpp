@@ -227,7 +227,8 @@ class PackagerView {
         open_.push_back({indent, item.substr(0, item.find(' '))});
         text_ += Indent() + "<" + open_.back().second + ">\n";
       } else if (line[indent] == 'A') {
-        text_.insert(text_.size() - 2, " " + Name(item) + "=\"" + Value(item) + "\"");
+        text_.resize(text_.size() - 2);
+        text_.append(" ").append(Name(item)).append("=\"").append(Value(item)).append("\">\n");
       }
     }
     Close(0);

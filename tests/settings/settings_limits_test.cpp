@@ -50,7 +50,7 @@ TEST_P(SettingsLimits, StaysWholeWhenMemoryIsShort) {
   GTEST_SKIP() << "the sanitizers need the address space that this test takes away";
 #endif
   std::string text = "{\"0\":0";
-  for (int i = 1; i < 300000; ++i) text += ",\"" + std::to_string(i) + "\":0";
+  for (int i = 1; i < 300000; ++i) text.append(",\"").append(std::to_string(i)).append("\":0");
   TMVUserDefaults* store = Load(text + "}");
   const std::string long_text(50 << 20, 'x');
 

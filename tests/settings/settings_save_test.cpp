@@ -126,7 +126,7 @@ TEST_P(SettingsSave, TakesManyMembers) {
   constexpr int kAdded = 1000;
   std::string text = "{";
   for (int i = 0; i < kLoaded; ++i) {
-    text += (i == 0 ? "\"" : ",\"") + std::to_string(i) + "\":" + std::to_string(i);
+    text.append(i == 0 ? "\"" : ",\"").append(std::to_string(i)).append("\":0");
   }
   TMVUserDefaults* store = Load(text + "}");
   for (int i = kLoaded; i < kLoaded + kAdded; ++i) {
@@ -136,7 +136,8 @@ TEST_P(SettingsSave, TakesManyMembers) {
   store = Load();
   EXPECT_TRUE(store->IsLoaded());
   for (int i = 0; i < kLoaded + kAdded; i += 500) {
-    EXPECT_EQ(store->GetInt(std::to_string(i).c_str(), nullptr), i);
+    const int value = i < kLoaded ? 0 : i;
+    EXPECT_EQ(store->GetInt(std::to_string(i).c_str(), nullptr), value);
   }
 }
 

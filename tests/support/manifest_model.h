@@ -25,7 +25,7 @@ class ManifestModel {
         const long long attributes = Int(at + 28);
         at += 36;
         for (long long left = attributes; left > 0 && at < Size(); --left, at += 20) {
-          line += " " + String(Int(at + 4)) + "=\"" + Value(at) + "\"";
+          line.append(" ").append(String(Int(at + 4))).append("=\"").append(Value(at)).append("\"");
         }
         text += Indented(depth++, line + ">");
       } else if (Int(at) == 0x00100103) {
