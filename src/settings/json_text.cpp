@@ -1,6 +1,7 @@
 #include "settings/json_text.h"
 
 #include <charconv>
+#include <string_view>
 #include <vector>
 
 namespace temvar {
@@ -10,7 +11,42 @@ using rapidjson::SizeType;
 using Compact = rapidjson::Writer<JsonText, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonHeap>;
 using Pretty = rapidjson::PrettyWriter<JsonText, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonHeap>;
 
-// One of RapidJSON's writers with our form of doubles.
+void Append(std::string_view bytes, JsonText& out) {
+  bytes.copy(out.Push(bytes.size()), bytes.size());
+}
+
+void AppendEscape(char byte, JsonText& out) {
+  constexpr std::string_view kNamed = "\"\\\b\t\n\f\r";
+  constexpr std::string_view kNames = "\"\\btnfr";
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  const size_t place = kNamed.find(byte);
+  if (place != kNamed.npos) {
+    const char escape[] = {'\\', kNames[place]};
+    Append({escape, sizeof escape}, out);
+  } else {
+    const auto code = static_cast<unsigned char>(byte);
+    const char escape[] = {'\\', 'u', '0', '0', kDigits[code >> 4], kDigits[code & 15]};
+    Append({escape, sizeof escape}, out);
+  }
+}
+
+// A string between quotation marks: runs of bytes that stand for themselves go in one piece.
+void AppendQuoted(std::string_view text, JsonText& out) {
+  out.Put('"');
+  size_t begin = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char byte = text[i];
+    if (static_cast<unsigned char>(byte) < 0x20 || byte == '"' || byte == '\\') {
+      Append(text.substr(begin, i - begin), out);
+      AppendEscape(byte, out);
+      begin = i + 1;
+    }
+  }
+  Append(text.substr(begin), out);
+  out.Put('"');
+}
+
+// One of RapidJSON's writers with our form of doubles and strings.
 template <typename Base>
 class TextWriter : public Base {
  public:
@@ -24,12 +60,12 @@ class TextWriter : public Base {
     return Base::RawValue(text, static_cast<size_t>(end - text), rapidjson::kNumberType);
   }
 
-  // RapidJSON reserves six bytes for each byte of a string, and makes that product in 32 bits.
-  bool String(const char* text, SizeType length, bool copy = false) {
-    if (length > kMaxJsonText / 6) {
-      throw std::bad_alloc();
-    }
-    return Base::String(text, length, copy);
+  // RapidJSON writes byte by byte and reserves six bytes for each, a product that it makes in 32
+  // bits.
+  bool String(const char* text, SizeType length, bool /*copy*/ = false) {
+    Base::RawValue("", 0, rapidjson::kStringType);  // what stands in front of a value
+    AppendQuoted({text, length}, *Base::os_);
+    return true;
   }
   bool Key(const char* text, SizeType length, bool copy = false) {
     return String(text, length, copy);

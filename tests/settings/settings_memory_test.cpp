@@ -33,14 +33,15 @@ TEST(SettingsMemory, RefusesCountsThatWrap) {
   EXPECT_EQ(stack.GetSize(), 10u);
 }
 
-TEST(SettingsMemory, ThrowsWhereTheHeapGivesNothing) {
-  temvar::BoundedAllocator<SIZE_MAX> heap;
+TEST(SettingsMemory, ThrowsBeyondTheLimitOfABlock) {
+  temvar::BoundedAllocator<100> heap;
   EXPECT_EQ(heap.Malloc(0), nullptr);
+  EXPECT_THROW(heap.Malloc(101), std::bad_alloc);
   void* block = heap.Malloc(10);
-  EXPECT_THROW(heap.Realloc(block, 10, SIZE_MAX / 2), std::bad_alloc);
-  block = heap.Realloc(block, 10, 20);
+  EXPECT_THROW(heap.Realloc(block, 10, 101), std::bad_alloc);
+  block = heap.Realloc(block, 10, 100);
   EXPECT_NE(block, nullptr);
-  EXPECT_EQ(heap.Realloc(block, 20, 0), nullptr);
+  EXPECT_EQ(heap.Realloc(block, 100, 0), nullptr);
 }
 
 }  // namespace
