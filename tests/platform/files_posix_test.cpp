@@ -181,7 +181,7 @@ TEST_P(FilesPosixTest, LinksInAListing) {
 TEST_P(FilesPosixTest, ShellTellsWhyItFails) {
   PutFile("file", "x");
   MakeFolder("folder");
-  const auto run = [this](UINT operation, std::u16string from, std::u16string to) {
+  const auto run = [](UINT operation, std::u16string from, std::u16string to) {
     from += u'\0';
     to += u'\0';
     SHFILEOPSTRUCTW request{};

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
@@ -21,7 +22,7 @@ class FileTimestampTest : public temvar_test::WorkFolderTest {
   }
 
   // Seconds since 1970 of a file's last-write time.
-  std::time_t WriteTime(const char* name) {
+  int64_t WriteTime(const char* name) {
     const auto time = std::chrono::file_clock::to_sys(fs::last_write_time(FilePath(name)));
     return std::chrono::floor<std::chrono::seconds>(time).time_since_epoch().count();
   }
@@ -29,7 +30,7 @@ class FileTimestampTest : public temvar_test::WorkFolderTest {
 TEMVAR_IN_EVERY_PLACE(FileTimestampTest);
 
 // The runtime's own idea of a local time.
-std::time_t LocalTime(int year, int month, int day, int hour, int minute, int second) {
+int64_t LocalTime(int year, int month, int day, int hour, int minute, int second) {
   std::tm fields{};
   fields.tm_year = year - 1900;
   fields.tm_mon = month - 1;
@@ -57,7 +58,7 @@ TEST_P(FileTimestampTest, SetsALocalTime) {
 TEST_P(FileTimestampTest, RefusesTextThatIsNoTime) {
   PutFile("f", "");
   ASSERT_TRUE(Set("f", "2024-01-31 17:05:09"));
-  const std::time_t before = WriteTime("f");
+  const int64_t before = WriteTime("f");
   const char* const cases[] = {nullptr,
                                "",
                                "now",
