@@ -2,7 +2,7 @@
 // built with TEMVAR_SLOW_TESTS, and labelled `slow`.
 //
 // minizip 1.1 recognises 64-bit fields of an entry only where `long` has 32 bits, as on Windows:
-// elsewhere it takes such an entry for one of 4 GiB - 1 bytes, or for one at that position.
+// elsewhere it looks for such an entry at the position 4 GiB - 1.
 #include <algorithm>
 #include <fstream>
 #include <memory>
@@ -34,12 +34,15 @@ class SlowArchivesTest : public temvar_test::ArchiveTest {
 INSTANTIATE_TEST_SUITE_P(Here, SlowArchivesTest, testing::Values(temvar_test::FolderKind::kPlain),
                          temvar_test::NameOfFolderKind);
 
-TEST_P(SlowArchivesTest, AFileOf5GigabytesIsPackedWholeWith64BitSizes) {
+// Its sizes stand in the directory alone; readers that compare it with the header of the entry
+// refuse it, and minizip is one of them.
+TEST_P(SlowArchivesTest, AFileOf5GigabytesIsPackedWholeButNotUnpacked) {
   ASSERT_TRUE(TmvUtilityFile()->CreateFileOfSize(Path("data/large").c_str(), 5 * kGigabyte));
   EXPECT_TRUE(Pack());
   const Extraction run = Extract();
-  EXPECT_EQ(run.result, kReads64BitFields) << run.output.out;
-  EXPECT_EQ(SizeOf("out/large"), kReads64BitFields ? 5 * kGigabyte : 4 * kGigabyte - 1);
+  EXPECT_FALSE(run.result);
+  EXPECT_EQ(run.output.out, temvar_test::ErrorLine(-103, "unzOpenCurrentFilePassword"));
+  EXPECT_FALSE(Exists("out/large"));
 }
 
 TEST_P(SlowArchivesTest, FilesBehindTheFirst4GigabytesOfAnArchive) {
