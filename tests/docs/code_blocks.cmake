@@ -2,6 +2,7 @@
 #   ```cpp            statements; compiled as the body of a function, with <temvar/handles.h>
 #   ```cpp file       a whole source file; compiled as it stands
 #   ```cpp program    a whole program; compiled, linked with the library, and run: it must give 0
+#   ```cpp windows    a whole source file that needs Windows; compiled in builds for it
 # Names that statements take as given stand in a comment before the block, not shown to readers:
 #   <!-- given: const char* path -->
 cmake_minimum_required(VERSION 3.25)
@@ -27,6 +28,9 @@ file(MAKE_DIRECTORY "${WORK}")
 
 # A CMake list splits at semicolons and minds brackets, so both are set aside for the search.
 file(READ "${DOCUMENT}" text)
+if(text MATCHES "```(c|C|c\\+\\+|C\\+\\+|cc|CPP)\n")
+  message(FATAL_ERROR "${DOCUMENT}: blocks of C++ begin with ```cpp, so that they are compiled")
+endif()
 string(REPLACE ";" "@SEMICOLON@" text "${text}")
 string(REPLACE "[" "@OPEN@" text "${text}")
 string(REPLACE "]" "@CLOSE@" text "${text}")
@@ -58,9 +62,11 @@ foreach(block IN LISTS blocks)
     set(ENV{LD_LIBRARY_PATH} "${BIN}:$ENV{LD_LIBRARY_PATH}")
     run("running block ${number}" ${EMULATOR} "${program}")
     file(REMOVE "${program}")
-  elseif(kind STREQUAL "file")
+  elseif(kind STREQUAL "file" OR (kind STREQUAL "windows" AND EXE STREQUAL ".exe"))
     file(WRITE "${source}" "${code}")
     run("compiling block ${number}" ${compile} -fsyntax-only "${source}")
+  elseif(kind STREQUAL "windows")
+    message(STATUS "block ${number} is left out: it needs Windows")
   elseif(kind STREQUAL "")
     string(APPEND statements
       "\n#line 1 \"block_${number}\"\nvoid Block${number}(${given}) {\n${code}}\n")
