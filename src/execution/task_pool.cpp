@@ -15,14 +15,18 @@ void RkTaskPoolImpl::AddTask(RkTask* task) {
   if (idleCount_ > 0) {
     // The usual case of a pool with time: queue and pair in one go.
     MutexLock idle(idleMutex_);
-    MutexLock queue(queueMutex_);
-    if (stopRequested_) return;
-    Append(std::move(entry));
-    if (idleThreads_.empty()) {
-      workCondition_.NotifyOne();
-    } else {
-      PairOldest(nullptr);
+    RkTaskThreadImpl* paired = nullptr;
+    {
+      MutexLock queue(queueMutex_);
+      if (stopRequested_) return;
+      Append(std::move(entry));
+      if (idleThreads_.empty()) {
+        workCondition_.NotifyOne();
+      } else {
+        paired = PairOldest();
+      }
     }
+    if (paired != nullptr) paired->Wake();
     return;
   }
 
@@ -52,11 +56,13 @@ void RkTaskPoolImpl::DispatchOne(uint32_t& pending, uint32_t& idle) {
     idle = 0;
     return;
   }
+  RkTaskThreadImpl* paired = nullptr;
   {
     MutexLock queueLock(queueMutex_);
-    if (!pendingTasks_.empty() && !stopRequested_) PairOldest(nullptr);
+    if (!pendingTasks_.empty() && !stopRequested_) paired = PairOldest();
     pending = static_cast<uint32_t>(pendingTasks_.size());
   }
+  if (paired != nullptr) paired->Wake();
   idle = static_cast<uint32_t>(idleThreads_.size());
 }
 
@@ -82,12 +88,17 @@ void RkTaskPoolImpl::ThreadIdle(RkTaskThread* thread) {
   NoteIdle();
   worker->TakeAssignment(task, func);
 
-  MutexLock queue(queueMutex_);
-  if (task) {
-    running = TakeRunning(task.get());
-    if (running) Notify(nullptr, kTaskPoolAddThreadToPool);
+  RkTaskThreadImpl* paired = nullptr;
+  {
+    MutexLock queue(queueMutex_);
+    if (task) {
+      running = TakeRunning(task.get());
+      if (running) Notify(nullptr, kTaskPoolAddThreadToPool);
+    }
+    if (!pendingTasks_.empty() && !stopRequested_) paired = PairOldest();
   }
-  if (!pendingTasks_.empty() && !stopRequested_) PairOldest(worker);
+  // The caller looks for an assignment before it sleeps and needs no waking.
+  if (paired != nullptr && paired != worker) paired->Wake();
 }
 
 void RkTaskPoolImpl::WaitForWork() {
@@ -114,9 +125,10 @@ void RkTaskPoolImpl::Append(PendingTask entry) {
   NoteQueued();
 }
 
-// The oldest queued task goes to the worker that has been idle longest. `caller` is the worker that
-// makes this pass, or null; it looks for an assignment before it sleeps and needs no waking.
-void RkTaskPoolImpl::PairOldest(const RkTaskThreadImpl* caller) {
+// The oldest queued task goes to the worker that has been idle longest. The caller wakes it without
+// queueMutex_, which is the first that a woken worker needs, and with idleMutex_, without which
+// Stop can't end it.
+RkTaskThreadImpl* RkTaskPoolImpl::PairOldest() {
   RkTaskThreadImpl* const worker = idleThreads_.front();
   RkTask* task = pendingTasks_.front().task.get();
   // The queue's references become the worker's.
@@ -126,7 +138,7 @@ void RkTaskPoolImpl::PairOldest(const RkTaskThreadImpl* caller) {
   NoteIdle();
   pendingTasks_.pop_front();
   NoteQueued();
-  if (worker != caller) worker->Wake();
+  return worker;
 }
 
 // Takes the first entry of this task out of the running list. The result keeps its reference.

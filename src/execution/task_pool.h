@@ -65,7 +65,7 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   void RunDispatcher();
   void WaitForPoll() TMV_REQUIRES(queueMutex_);
   void Append(PendingTask entry) TMV_REQUIRES(queueMutex_);
-  void PairOldest(const RkTaskThreadImpl* caller) TMV_REQUIRES(idleMutex_, queueMutex_);
+  RkTaskThreadImpl* PairOldest() TMV_REQUIRES(idleMutex_, queueMutex_);
   Ref<RkTaskImpl> TakeRunning(RkTaskImpl* task) TMV_REQUIRES(queueMutex_);
   std::vector<PendingTask> ExtractQueued(const std::vector<uint64_t>& serials)
       TMV_EXCLUDES(queueMutex_);
