@@ -139,6 +139,7 @@ TEST_F(Cancelled, ATaskThatEndedBeforeIsNotAmongTheCancelled) {
   Eventually([&done] { return done.load(); });
   EXPECT_FALSE(Schedular().IsTaskCancelled("running"));
   EXPECT_TRUE(Schedular().IsTaskCancelled("other"));
+  Eventually([] { return test::IdleWorkers() == 2; });  // The cancel didn't wait for the task.
 }
 
 // A paused task is not active: the cancel passes it by, and a resume lets it end.
