@@ -131,7 +131,7 @@ std::string EventModel::SomeTaskName(std::mt19937_64& random) {
 }
 
 void EventModel::InsertAnywhere(std::mt19937_64& random) {
-  const size_t index = random() % packages_.size();
+  const size_t index = static_cast<size_t>(random() % packages_.size());
   PackageModel& package = *packages_[index];
   tmv::Task task;
   {
