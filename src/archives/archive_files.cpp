@@ -36,12 +36,15 @@ constexpr char kEndSignature[] = {'P', 'K', 5, 6};
 //   nothing once something was written.
 // - What minizip sees is `shift` zero bytes (0 or 1), then the file.
 // - file_position is where the file stands, kUnknown after a failure.
+// - file_end is where the file was found to end, kUnknown before that. minizip reads on behind it,
+//   up to 64 KB byte by byte for a header that claims them, and must not reach the system for each.
 struct BlockFile {
   static constexpr ZPOS64_T kUnknown = ~ZPOS64_T{0};
 
   voidpf file;
   ZPOS64_T position = 0;
   ZPOS64_T file_position = 0;
+  ZPOS64_T file_end = kUnknown;
   ZPOS64_T shift = 0;
   ZPOS64_T block_start = 0;
   uLong block_size = 0;
@@ -60,9 +63,10 @@ struct BlockFile {
 
   // Reads from the file's own position `start` on.
   uLong ReadAt(ZPOS64_T start, void* data, uLong size) {
-    if (!MoveTo(start)) return 0;
+    if (start >= file_end || !MoveTo(start)) return 0;
     const auto& system = SystemFiles();
     const uLong moved = system.zread_file(system.opaque, file, data, size);
+    if (moved < size) file_end = start + moved;
     file_position = moved == size ? start + moved : kUnknown;
     return moved;
   }
@@ -131,6 +135,7 @@ uLong Read(voidpf, voidpf handle, void* data, uLong size) noexcept {
 uLong Write(voidpf, voidpf handle, const void* data, uLong size) noexcept {
   auto* stream = static_cast<BlockFile*>(handle);
   stream->block_size = 0;
+  stream->file_end = BlockFile::kUnknown;
   if (!stream->MoveTo(stream->position)) return 0;
   const auto& system = SystemFiles();
   const uLong moved = system.zwrite_file(system.opaque, stream->file, data, size);
