@@ -1,7 +1,7 @@
 // The pool and the scheduler side by side with a plain pool, 2 workers each, in one process:
 //   bench_tasks [--benchmark_...]
 // The rounds of all benchmarks are interleaved at random, so that what else happens on the machine
-// meets all of them; the table at the end shows medians.
+// meets all of them; a table at the end compares.
 #include <benchmark/benchmark.h>
 #include <temvar/temvar.h>
 
@@ -136,6 +136,7 @@ void Register(const std::string& name, int iterations, Function function) {
   benchmark::RegisterBenchmark(name.c_str(), function)
       ->UseManualTime()
       ->Iterations(iterations)
+      ->ComputeStatistics("best", Comparison::Best)
       ->Unit(benchmark::kMicrosecond);
 }
 

@@ -1,5 +1,6 @@
 #include "bench/comparison.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace bench {
@@ -19,25 +20,34 @@ double Nanoseconds(const benchmark::BenchmarkReporter::Run& run) {
 void Comparison::ReportRuns(const std::vector<Run>& runs) {
   ConsoleReporter::ReportRuns(runs);
   for (const Run& run : runs) {
-    if (run.aggregate_name == "median") medians_[run.run_name.function_name] = Nanoseconds(run);
+    Times& times = times_[run.run_name.function_name];
+    if (run.aggregate_name == "median") times.median = Nanoseconds(run);
+    if (run.aggregate_name == "best") times.best = Nanoseconds(run);
   }
 }
 
 void Comparison::Finalize() {
-  std::printf("\n%-34s %14s %14s %12s\n", "medians in ns", "library", "plain pool",
-              "library/plain");
-  for (const auto& [name, nanoseconds] : medians_) {
+  std::printf("\n%-34s %12s %12s %7s %12s %12s %7s\n", "ns", "median: lib", "plain", "ratio",
+              "best: lib", "plain", "ratio");
+  for (const auto& [name, library] : times_) {
     const size_t suffix = name.rfind(kLibrary);
     if (suffix == std::string::npos) continue;
     const std::string base = name.substr(0, suffix);
-    const auto plain = medians_.find(base + kPlain);
-    if (plain == medians_.end()) {
-      std::printf("%-34s %14.0f\n", base.c_str(), nanoseconds);
+    const auto found = times_.find(base + kPlain);
+    if (found == times_.end()) {
+      std::printf("%-34s %12.0f %12s %7s %12.0f\n", base.c_str(), library.median, "", "",
+                  library.best);
     } else {
-      std::printf("%-34s %14.0f %14.0f %12.2f\n", base.c_str(), nanoseconds, plain->second,
-                  nanoseconds / plain->second);
+      const Times& plain = found->second;
+      std::printf("%-34s %12.0f %12.0f %7.2f %12.0f %12.0f %7.2f\n", base.c_str(), library.median,
+                  plain.median, library.median / plain.median, library.best, plain.best,
+                  library.best / plain.best);
     }
   }
+}
+
+double Comparison::Best(const std::vector<double>& repetitions) {
+  return *std::min_element(repetitions.begin(), repetitions.end());
 }
 
 }  // namespace bench

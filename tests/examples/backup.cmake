@@ -75,7 +75,7 @@ expect_archives(_files.zip one.zip two.zip)
 file(REMOVE "${FOLDER}/tree/two/${chinese}.txt")
 
 # Cancelled half-way, also while paused: nothing half is left, and the next run does it all.
-string(REPEAT "0123456789abcdef" 2097152 block)
+string(REPEAT "0123456789abcdef" 524288 block)
 foreach(i RANGE 1 4)
   file(WRITE "${FOLDER}/tree/large${i}/file" "${i}${block}")
 endforeach()
