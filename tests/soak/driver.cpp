@@ -105,7 +105,7 @@ void Driver::CancelOrRemove(EventModel& event) {
 
 void Driver::DoAnything() {
   const std::shared_ptr<EventModel> event =
-      stage_.drivers[static_cast<size_t>(random_() % stage_.drivers.size())].Current();
+      stage_.drivers[AnyIndex(random_, stage_.drivers.size())].Current();
   if (event == nullptr) {
     Nap(random_, 100);
     return;

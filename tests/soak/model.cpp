@@ -30,6 +30,10 @@ void AskAround(const std::string& taskName, const std::string& eventName) {
 
 }  // namespace
 
+size_t AnyIndex(std::mt19937_64& random, size_t count) {
+  return std::uniform_int_distribution<size_t>(0, count - 1)(random);
+}
+
 Balance& Alive() {
   static Balance balance;
   return balance;
@@ -131,7 +135,7 @@ std::string EventModel::SomeTaskName(std::mt19937_64& random) {
 }
 
 void EventModel::InsertAnywhere(std::mt19937_64& random) {
-  const size_t index = static_cast<size_t>(random() % packages_.size());
+  const size_t index = AnyIndex(random, packages_.size());
   PackageModel& package = *packages_[index];
   tmv::Task task;
   {

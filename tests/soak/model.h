@@ -43,6 +43,9 @@ struct Counts {
 };
 Counts& Count();
 
+// A number below `count`.
+size_t AnyIndex(std::mt19937_64& random, size_t count);
+
 class EventModel;
 
 struct TaskModel {

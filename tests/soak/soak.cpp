@@ -68,7 +68,7 @@ int main(int argc, char** argv) {
   stage.bell = tmv::Event::Adopt(CreateRkTaskEvent());
   stage.bell->SetName("bell");
   TmvTaskSchedular()->RegisterEvent(stage.bell);
-  for (uint64_t i = 0; i < drivers; ++i) {
+  for (size_t i = 0; i < drivers; ++i) {
     stage.drivers.emplace_back(stage, i, seed * 1000 + i,
                                watchdog.Watch("driver " + std::to_string(i)));
   }
