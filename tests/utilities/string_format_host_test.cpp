@@ -47,7 +47,7 @@ TEST(StringFormat, WideNumbersAreThoseOfPrintf) {
   EXPECT_SAME("%*d|%-*d|%.*d", 6, 1, 6, 2, 3, 4);
   EXPECT_SAME("%ld %lu", -123456789L, 123456789UL);
   EXPECT_SAME("%lld %llx", -9223372036854775807LL, 0xFEDCBA9876543210ull);
-  EXPECT_SAME("%hd %hu", 12, 13u);
+  EXPECT_SAME("%hd %hu", short{12}, static_cast<unsigned short>(13));
   EXPECT_SAME("%#x %#o", 255u, 8u);
   EXPECT_SAME("%f %.2f %10.3f|%-10.1f|", 1.5, 2.25, 3.125, 4.75);
   EXPECT_SAME("%g %G", 0.5, 1234.5);
