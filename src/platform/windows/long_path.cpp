@@ -13,6 +13,10 @@ namespace {
 // From this length on some function refuses a path: CreateDirectoryW leaves room for a short name.
 constexpr size_t kShortLimit = MAX_PATH - 12;
 
+// The system counts a path's bytes in 16 bits. Wine (seen in 8.0) reads beyond a longer one instead
+// of refusing it, so no such path reaches a function of the system; the room is for the prefix.
+constexpr size_t kLongLimit = 32767 - 16;
+
 bool IsSeparator(wchar_t unit) { return unit == L'\\' || unit == L'/'; }
 
 // `C:\` or `\\server` or `\\?\`.
@@ -43,8 +47,11 @@ wchar_t* NewBlock(const std::wstring& text) {
 
 TmvWideChar* NewLongPath(const TmvWideChar* path) {
   if (*path == L'\0') return nullptr;
-  if (IsAbsolute(path) && std::wcslen(path) < kShortLimit) return nullptr;
+  const size_t length = std::wcslen(path);
+  if (length > kLongLimit) return NewBlock({});
+  if (IsAbsolute(path) && length < kShortLimit) return nullptr;
   const std::wstring full = FullPath(path);
+  if (full.size() > kLongLimit) return NewBlock({});
   if (full.size() < kShortLimit) return nullptr;
   if (full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\")) return nullptr;
   if (full.starts_with(L"\\\\")) return NewBlock(L"\\\\?\\UNC" + full.substr(1));
