@@ -34,7 +34,8 @@ uint64_t RkTaskSchedularImpl::BeginPause(RkTaskEventImpl& event) {
     MutexLock pause(pause_mutex);
     MutexLock registry(registry_mutex);
     MutexLock state(state_mutex);
-    SweepEvent(event, kTaskStateActive, kTaskStatePaused, swept);
+    // An event that was removed meanwhile could never be resumed by its name.
+    if (HoldsEvent(event)) SweepEvent(event, kTaskStateActive, kTaskStatePaused, swept);
     generation = event.pauseGeneration;
   }
   swept.clear();

@@ -63,10 +63,14 @@ RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::ExtractEvent(const RkTaskEven
   return extracted;
 }
 
-bool RkTaskSchedularImpl::IsRegistered(const RkTaskEventImpl& event) {
-  MutexLock registry(registry_mutex);
+bool RkTaskSchedularImpl::HoldsEvent(const RkTaskEventImpl& event) const {
   const auto entry = eventsByName_.find(event.Name());
   return entry != eventsByName_.end() && entry->second.get() == &event;
+}
+
+bool RkTaskSchedularImpl::IsRegistered(const RkTaskEventImpl& event) {
+  MutexLock registry(registry_mutex);
+  return HoldsEvent(event);
 }
 
 void RkTaskSchedularImpl::RegisterEvent(RkTask* event) {

@@ -84,6 +84,7 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   // Takes the entry of this event out, if it is still the one under its name. The result keeps the
   // registry's reference.
   EventRef ExtractEvent(const RkTaskEventImpl& event) TMV_REQUIRES(registry_mutex);
+  bool HoldsEvent(const RkTaskEventImpl& event) const TMV_REQUIRES(registry_mutex);
   bool IsRegistered(const RkTaskEventImpl& event) TMV_EXCLUDES(registry_mutex);
 
   // completion.cpp
