@@ -1,132 +1,178 @@
-// Pins the slot of each operation of the job interfaces: a host that was built against an earlier
+// Pins the slot of each operation of the interfaces: a host that was built against an earlier
 // header calls by slot.
+//
+// A pointer to a virtual member function holds 1 + the byte offset of its slot in its first word.
+// So says the Itanium C++ ABI, section 2.3, for x86, and both g++ and clang follow it, for Windows
+// too.
 #include <gtest/gtest.h>
 #include <temvar/temvar.h>
 
-#include "support/slots.h"
+#include <cstdint>
+#include <cstring>
+#include <vector>
 
 namespace {
 
-using test::CountSlots;
-using test::SlotOf;
-
-TEST(Slots, Lock) {
-  EXPECT_EQ(SlotOf(&TMVLock::Lock), 0u);
-  EXPECT_EQ(SlotOf(&TMVLock::Unlock), 1u);
-  EXPECT_EQ(CountSlots<TMVLock>(), 2u);
+template <typename Member>
+size_t SlotOf(Member member) {
+  static_assert(sizeof(Member) == 2 * sizeof(void*));
+  uintptr_t words[2];
+  std::memcpy(words, &member, sizeof words);
+  EXPECT_EQ(words[0] % 2, 1u) << "not virtual";
+  return (words[0] - 1) / sizeof(void*);
 }
 
-TEST(Slots, Task) {
-  EXPECT_EQ(SlotOf(&RkTask::ReportState), 0u);
-  EXPECT_EQ(SlotOf(&RkTask::SetFunc), 1u);
-  EXPECT_EQ(SlotOf(&RkTask::GetFunc), 2u);
-  EXPECT_EQ(SlotOf(&RkTask::SetData), 3u);
-  EXPECT_EQ(SlotOf(&RkTask::GetData), 4u);
-  EXPECT_EQ(SlotOf(&RkTask::ClearData), 5u);
-  EXPECT_EQ(SlotOf(&RkTask::ClearFunc), 6u);
-  EXPECT_EQ(SlotOf(&RkTask::GetType), 7u);
-  EXPECT_EQ(SlotOf(&RkTask::SetType), 8u);
-  EXPECT_EQ(SlotOf(&RkTask::GetState), 9u);
-  EXPECT_EQ(SlotOf(&RkTask::SetState), 10u);
-  EXPECT_EQ(SlotOf(&RkTask::GetName), 11u);
-  EXPECT_EQ(SlotOf(&RkTask::SetNameNumber), 12u);
-  EXPECT_EQ(SlotOf(&RkTask::SetName), 13u);
-  EXPECT_EQ(CountSlots<RkTask>(), 14u);
+// One more operation behind the last: its slot is the number of operations of the interface.
+template <typename Interface>
+class WithOneMore : public Interface {
+ public:
+  virtual void OneMore() = 0;
+
+ protected:
+  ~WithOneMore() = default;
+};
+
+template <typename Interface>
+size_t CountSlots() {
+  return SlotOf(&WithOneMore<Interface>::OneMore);
 }
 
-TEST(Slots, Holders) {
-  EXPECT_EQ(SlotOf(&RkTaskData::SetPayload), 0u);
-  EXPECT_EQ(SlotOf(&RkTaskData::GetPayload), 1u);
-  EXPECT_EQ(SlotOf(&RkTaskData::SetReleaser), 2u);
-  EXPECT_EQ(CountSlots<RkTaskData>(), 3u);
-
-  EXPECT_EQ(SlotOf(&RkTaskFunc::Bind), 0u);
-  EXPECT_EQ(SlotOf(&RkTaskFunc::SetCallback), 1u);
-  EXPECT_EQ(SlotOf(&RkTaskFunc::GetCallback), 2u);
-  EXPECT_EQ(SlotOf(&RkTaskFunc::GetData), 3u);
-  EXPECT_EQ(CountSlots<RkTaskFunc>(), 4u);
+// The operations in their order, from the slot `first` on, and no others.
+template <typename Interface, typename... Members>
+void ExpectOrder(size_t first, Members... members) {
+  const std::vector<size_t> slots = {SlotOf(members)...};
+  for (size_t i = 0; i < slots.size(); ++i) EXPECT_EQ(slots[i], first + i);
+  EXPECT_EQ(CountSlots<Interface>(), first + slots.size());
 }
 
-// The table of the virtual base comes first in that of the class.
-TEST(Slots, EventAndPackage) {
-  const size_t kTaskSlots = CountSlots<RkTask>();
-  EXPECT_EQ(SlotOf(&RkTaskEvent::AddPackage), kTaskSlots + 0u);
-  EXPECT_EQ(CountSlots<RkTaskEvent>(), kTaskSlots + 1u);
-
-  EXPECT_EQ(SlotOf(&RkTaskPackage::AddTask), kTaskSlots + 0u);
-  EXPECT_EQ(SlotOf(&RkTaskPackage::InsertTask), kTaskSlots + 1u);
-  EXPECT_EQ(SlotOf(&RkTaskPackage::SetContinueOnFailure), kTaskSlots + 2u);
-  EXPECT_EQ(SlotOf(&RkTaskPackage::GetCount), kTaskSlots + 3u);
-  EXPECT_EQ(SlotOf(&RkTaskPackage::GetFirst), kTaskSlots + 4u);
-  EXPECT_EQ(SlotOf(&RkTaskPackage::GetLast), kTaskSlots + 5u);
-  EXPECT_EQ(SlotOf(&RkTaskPackage::GetPrevious), kTaskSlots + 6u);
-  EXPECT_EQ(SlotOf(&RkTaskPackage::GetCurrentIndex), kTaskSlots + 7u);
-  EXPECT_EQ(SlotOf(&RkTaskPackage::GetNext), kTaskSlots + 8u);
-  EXPECT_EQ(CountSlots<RkTaskPackage>(), kTaskSlots + 9u);
+TEST(Slots, TMVLock) {
+  using I = TMVLock;
+  ExpectOrder<I>(0, &I::Lock, &I::Unlock);
 }
 
-TEST(Slots, Thread) {
-  EXPECT_EQ(SlotOf(&RkTaskThread::ReportIdle), 0u);
-  EXPECT_EQ(SlotOf(&RkTaskThread::SetPool), 1u);
-  EXPECT_EQ(SlotOf(&RkTaskThread::Wake), 2u);
-  EXPECT_EQ(SlotOf(&RkTaskThread::Lock), 3u);
-  EXPECT_EQ(SlotOf(&RkTaskThread::Unlock), 4u);
-  EXPECT_EQ(SlotOf(&RkTaskThread::Wait), 5u);
-  EXPECT_EQ(SlotOf(&RkTaskThread::Join), 6u);
-  EXPECT_EQ(SlotOf(&RkTaskThread::ReservedValue), 7u);
-  EXPECT_EQ(SlotOf(&RkTaskThread::Stop), 8u);
-  EXPECT_EQ(SlotOf(&RkTaskThread::Start), 9u);
-  EXPECT_EQ(CountSlots<RkTaskThread>(), 10u);
+TEST(Slots, RkTask) {
+  using I = RkTask;
+  ExpectOrder<I>(0, &I::ReportState, &I::SetFunc, &I::GetFunc, &I::SetData, &I::GetData,
+                 &I::ClearData, &I::ClearFunc, &I::GetType, &I::SetType, &I::GetState, &I::SetState,
+                 &I::GetName, &I::SetNameNumber, &I::SetName);
 }
 
-TEST(Slots, Pool) {
-  EXPECT_EQ(SlotOf(&RkTaskPool::AddTask), 0u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::AddFunc), 1u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::Start), 2u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::ReservedOperation), 3u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::Stop), 4u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::SetPollInterval), 5u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::GetPollInterval), 6u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::GetThreadCount), 7u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::DispatchOne), 8u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::MarkRunning), 9u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::ThreadIdle), 10u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::GetQueuedCount), 11u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::WaitForWork), 12u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::RemoveQueued), 13u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::ListRunning), 14u);
-  EXPECT_EQ(SlotOf(&RkTaskPool::FreeTaskList), 15u);
-  EXPECT_EQ(CountSlots<RkTaskPool>(), 16u);
+TEST(Slots, RkTaskData) {
+  using I = RkTaskData;
+  ExpectOrder<I>(0, &I::SetPayload, &I::GetPayload, &I::SetReleaser);
 }
 
-TEST(Slots, Schedular) {
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::CancelEvent), 0u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::CancelEventOfTask), 1u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::PauseEvent), 2u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::ResumeEvent), 3u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::CheckPause), 4u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::RegisterEvent), 5u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::AddEvent), 6u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::ScheduleTask), 7u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::RemoveEvent), 8u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::RemoveEventLocked), 9u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::PausePoint), 10u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::PausePointLocked), 11u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::TaskFinished), 12u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::TaskFailed), 13u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::FindTask), 14u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::IsTaskCancelled), 15u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::FindEvent), 16u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::FindEventOfTask), 17u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::FindEventOfPackage), 18u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::ListCurrentTasks), 19u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::FreeTaskList), 20u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::FindPackageOfTask), 21u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::InsertTaskAfter), 22u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::InsertTaskAfterName), 23u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::GetEventCount), 24u);
-  EXPECT_EQ(SlotOf(&RkTaskSchedular::CancelEventEx), 25u);
-  EXPECT_EQ(CountSlots<RkTaskSchedular>(), 26u);
+TEST(Slots, RkTaskFunc) {
+  using I = RkTaskFunc;
+  ExpectOrder<I>(0, &I::Bind, &I::SetCallback, &I::GetCallback, &I::GetData);
+}
+
+TEST(Slots, RkTaskEvent) {
+  using I = RkTaskEvent;
+  // The table of the virtual base comes first.
+  ExpectOrder<I>(CountSlots<RkTask>(), &I::AddPackage);
+}
+
+TEST(Slots, RkTaskPackage) {
+  using I = RkTaskPackage;
+  ExpectOrder<I>(CountSlots<RkTask>(), &I::AddTask, &I::InsertTask, &I::SetContinueOnFailure,
+                 &I::GetCount, &I::GetFirst, &I::GetLast, &I::GetPrevious, &I::GetCurrentIndex,
+                 &I::GetNext);
+}
+
+TEST(Slots, RkTaskThread) {
+  using I = RkTaskThread;
+  ExpectOrder<I>(0, &I::ReportIdle, &I::SetPool, &I::Wake, &I::Lock, &I::Unlock, &I::Wait, &I::Join,
+                 &I::ReservedValue, &I::Stop, &I::Start);
+}
+
+TEST(Slots, RkTaskPool) {
+  using I = RkTaskPool;
+  ExpectOrder<I>(0, &I::AddTask, &I::AddFunc, &I::Start, &I::ReservedOperation, &I::Stop,
+                 &I::SetPollInterval, &I::GetPollInterval, &I::GetThreadCount, &I::DispatchOne,
+                 &I::MarkRunning, &I::ThreadIdle, &I::GetQueuedCount, &I::WaitForWork,
+                 &I::RemoveQueued, &I::ListRunning, &I::FreeTaskList);
+}
+
+TEST(Slots, RkTaskSchedular) {
+  using I = RkTaskSchedular;
+  ExpectOrder<I>(0, &I::CancelEvent, &I::CancelEventOfTask, &I::PauseEvent, &I::ResumeEvent,
+                 &I::CheckPause, &I::RegisterEvent, &I::AddEvent, &I::ScheduleTask, &I::RemoveEvent,
+                 &I::RemoveEventLocked, &I::PausePoint, &I::PausePointLocked, &I::TaskFinished,
+                 &I::TaskFailed, &I::FindTask, &I::IsTaskCancelled, &I::FindEvent,
+                 &I::FindEventOfTask, &I::FindEventOfPackage, &I::ListCurrentTasks,
+                 &I::FreeTaskList, &I::FindPackageOfTask, &I::InsertTaskAfter,
+                 &I::InsertTaskAfterName, &I::GetEventCount, &I::CancelEventEx);
+}
+
+TEST(Slots, TMVUserDefaults) {
+  using I = TMVUserDefaults;
+  ExpectOrder<I>(0, &I::SetString, &I::SetInt, &I::HasKey, &I::GetString, &I::GetInt,
+                 &I::GetIntTriple, &I::Save, &I::IsLoaded, &I::GetFilePath, &I::ReleaseDocument,
+                 &I::GetValue, &I::GetRootValue, &I::GetArraySize, &I::GetArrayElement,
+                 &I::GetMemberBegin, &I::GetMemberEnd, &I::AdvanceMember, &I::GetMemberName,
+                 &I::GetMemberValue, &I::GetValueString, &I::GetValueInt, &I::StringifyValue);
+}
+
+TEST(Slots, TMVAndroidManifest) {
+  using I = TMVAndroidManifest;
+  ExpectOrder<I>(0, &I::Decode, &I::GetAttributeValue);
+}
+
+TEST(Slots, TMVUtilityUnzip) {
+  using I = TMVUtilityUnzip;
+  ExpectOrder<I>(0, &I::ExtractArchive, &I::GunzipBuffer, &I::ExtractEntry, &I::InflateBuffer,
+                 &I::OpenArchive);
+}
+
+TEST(Slots, TMVUtilityZip) {
+  using I = TMVUtilityZip;
+  ExpectOrder<I>(0, &I::AddDirectory, &I::AddFile, &I::WriteArchive, &I::DeflateBuffer);
+}
+
+TEST(Slots, TMVUtilityString) {
+  using I = TMVUtilityString;
+  ExpectOrder<I>(0, &I::DupWideString, &I::Utf8ToWide, &I::WideToAnsi, &I::WideToUtf8,
+                 &I::Utf8ToAnsi, &I::FormatString, &I::FormatWideString, &I::CompareVersion,
+                 &I::IsNullOrEmpty, &I::SafeString, &I::IsEmailAddress, &I::IsBlankChar,
+                 &I::DupString, &I::IsAllDigits, &I::RegexFirstMatch, &I::HexToUInt64,
+                 &I::FreeString, &I::Md5OfFile, &I::Sha1OfString, &I::StartsWithDigit,
+                 &I::SanitizeUtf8, &I::NewGuidString);
+}
+
+TEST(Slots, TMVUtilityFile) {
+  using I = TMVUtilityFile;
+  ExpectOrder<I>(0, &I::DeleteDirectoryTree, &I::CopyDirectoryTree, &I::CreateDirectoryPath,
+                 &I::DirectorySize, &I::CopyFileTo, &I::MoveFileTo, &I::RemoveFile, &I::FormatSize,
+                 &I::MakeUniquePath, &I::PathExists, &I::FileSize, &I::SetFileTimestamp,
+                 &I::SplitPath, &I::FreePathParts, &I::ExtensionInList, &I::OpenFile,
+                 &I::ReadWholeFile, &I::WriteWholeFile, &I::FileContainsText, &I::CreateFileOfSize,
+                 &I::GetFreeDiskSpace, &I::IsDirectory);
+}
+
+TEST(Slots, TMVUtilitySys) {
+  using I = TMVUtilitySys;
+  ExpectOrder<I>(0, &I::GetAppDataPath, &I::GetDocumentsPath, &I::GetTempDirectory,
+                 &I::GetDownloadsPath, &I::GetBuildYear, &I::FormatTime, &I::FormatCurrentTime,
+                 &I::AlwaysTrue, &I::FormatSecondsSince, &I::FormatSecondsSince1970,
+                 &I::FormatSecondsSince2001, &I::FormatLocalTime, &I::FormatDuration,
+                 &I::UtcTextToLocalText, &I::LocalTextToUtcText, &I::SleepMilliseconds,
+                 &I::IsVistaOrLater, &I::IsWindows7OrLater, &I::IsWindows8OrLater,
+                 &I::Is64BitSystem, &I::Is64BitProcess, &I::GetExecutableFileName,
+                 &I::FormatSeconds, &I::GetProcessId);
+}
+
+TEST(Slots, TMVUtilityApp) {
+  using I = TMVUtilityApp;
+  ExpectOrder<I>(0, &I::GetExecutablePath, &I::GetInstallRoot, &I::GetThemesDirectory,
+                 &I::GetPluginsDirectory, &I::GetApplicationDirectory, &I::GetModuleDirectory,
+                 &I::ExploreFolder, &I::OpenWithShell, &I::NewUniqueId, &I::NewPrefixedId,
+                 &I::NextSerial, &I::ProgressPerMille);
+}
+
+TEST(Slots, TMVDbgReport) {
+  using I = TMVDbgReport;
+  ExpectOrder<I>(0, &I::Install);
 }
 
 }  // namespace

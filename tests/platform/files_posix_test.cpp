@@ -67,24 +67,6 @@ TEST(NarrowPath, RefusesWhatItCannotSayWhole) {
   EXPECT_FALSE(NarrowPath(nullptr).ok());
 }
 
-TEST(NarrowPath, CutsToItsParent) {
-  const struct {
-    const char16_t* wide;
-    const char* parent;
-    const char* last;
-  } cases[] = {
-      {u"/a/b", "/a", "b"},   {u"/a", "/", "a"},   {u"a", ".", "a"},
-      {u"a/b/*", "a/b", "*"}, {u"a//b", "a", "b"}, {u"/a/", "/a", ""},
-  };
-  for (const auto& c : cases) {
-    NarrowPath path(c.wide);
-    EXPECT_STREQ(path.LastComponent(), c.last);
-    path.CutToParent();
-    EXPECT_STREQ(path.c_str(), c.parent);
-    EXPECT_EQ(path.length(), std::string(c.parent).size());
-  }
-}
-
 class FilesPosixTest : public temvar_test::WorkFolderTest {
  protected:
   std::u16string Wide(std::string_view name) const { return FilePath(name).u16string(); }
