@@ -12,7 +12,7 @@
 //
 // The folder goes with everything in it when the test ends. What can't be removed fails the test:
 // on Windows that is a file somebody forgot to close. A test that needs one kind of place only
-// makes a WorkFolder of its own.
+// says TEMVAR_IN_A_PLAIN_PLACE instead, or makes a WorkFolder of its own.
 #ifndef TEMVAR_TESTS_SUPPORT_WORK_FOLDER_H_
 #define TEMVAR_TESTS_SUPPORT_WORK_FOLDER_H_
 
@@ -154,5 +154,10 @@ inline std::string NameOfFolderKind(const testing::TestParamInfo<FolderKind>& in
       testing::Values(temvar_test::FolderKind::kPlain, temvar_test::FolderKind::kInternational, \
                       temvar_test::FolderKind::kLong),                                          \
       temvar_test::NameOfFolderKind)
+
+// Runs each TEST_P of `suite` in a plain place alone, where the place can make no difference.
+#define TEMVAR_IN_A_PLAIN_PLACE(suite)                                                             \
+  INSTANTIATE_TEST_SUITE_P(InAPlainPlace, suite, testing::Values(temvar_test::FolderKind::kPlain), \
+                           temvar_test::NameOfFolderKind)
 
 #endif  // TEMVAR_TESTS_SUPPORT_WORK_FOLDER_H_

@@ -25,18 +25,13 @@ TEST_P(FileSearchTest, FindsTextWithinALine) {
     const char* text;
     int32_t expected;
   } cases[] = {
-      {"one\nTWO words\nthree\n", "two", 1},
-      {"one\ntwo words\nthree\n", "TWO WORDS", 1},
-      {"one\nlast line", "last line", 1},
-      {"one\ntwo\n", "one\ntwo", 0},
-      {"one\ntwo\n", "onetwo", 0},
-      {"one\ntwo\n", "\n", 0},
-      {"one\ntwo\n", "four", 0},
-      {"aaaaab", "aaab", 1},
-      {"abababac", "ababac", 1},
+      {"one\nTWO words", "two W", 1},
+      {"one\nlast", "last", 1},
+      {"1\n2\n", "1\n2", 0},
+      {"1\n2\n", "\n", 0},
       {"aa\nab", "aab", 0},
+      {"abababac", "ababac", 1},
       {"Γειά", "Γειά", 1},
-      {"x", "", 1},
       {"\n", "", 1},
       {"", "", 0},
       {"", "x", 0},

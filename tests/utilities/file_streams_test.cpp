@@ -4,8 +4,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "support/work_folder.h"
 #include "temvar/temvar.h"
@@ -63,9 +61,9 @@ TEST_P(FileStreamsTest, OpenFileRefusesDirectoriesAndBadModes) {
   for (const char* mode : {"rb", "wb", "r+b"}) {
     EXPECT_EQ(file_->OpenFile(Path("folder").c_str(), mode), nullptr) << mode;
   }
-  EXPECT_EQ(file_->OpenFile(Path("a").c_str(), ""), nullptr);
-  EXPECT_EQ(file_->OpenFile(Path("a").c_str(), nullptr), nullptr);
-  EXPECT_EQ(file_->OpenFile(Path("a").c_str(), "\xFF"), nullptr);
+  for (const char* mode : {"", "\xFF", static_cast<const char*>(nullptr)}) {
+    EXPECT_EQ(file_->OpenFile(Path("a").c_str(), mode), nullptr);
+  }
   EXPECT_EQ(GetFile("a"), "a");
   EXPECT_EQ(file_->FileSize(Path("folder").c_str()), 0);
   EXPECT_EQ(ReadWhole("folder"), "(false)");
@@ -115,21 +113,6 @@ TEST_P(FileStreamsTest, FiveGiBHaveA64BitSizeAndAreTooLongForARecord) {
   EXPECT_EQ(std::filesystem::file_size(FilePath("huge")), kFiveGiB);
   EXPECT_EQ(ReadWhole("huge"), "(false)");
   EXPECT_EQ(file_->DirectorySize(Path().c_str(), 1), kFiveGiB + 1);
-}
-
-TEST_P(FileStreamsTest, ThreadsShareTheService) {
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([this, t] {
-      const std::string name(1, static_cast<char>('a' + t));
-      for (int i = 0; i < 50; ++i) {
-        const std::string bytes(static_cast<size_t>(i * 17 + t), static_cast<char>('a' + t));
-        EXPECT_TRUE(file_->WriteWholeFile(bytes.data(), bytes.size(), Path(name).c_str()));
-        EXPECT_EQ(ReadWhole(name), bytes);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(FreeBinayDataResult, PassesOverARecordWithoutOwner) {

