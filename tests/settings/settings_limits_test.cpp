@@ -12,8 +12,7 @@
 namespace {
 
 using SettingsLimits = temvar_test::SettingsTest;
-INSTANTIATE_TEST_SUITE_P(, SettingsLimits, testing::Values(temvar_test::FolderKind::kPlain),
-                         temvar_test::NameOfFolderKind);
+TEMVAR_IN_A_PLAIN_PLACE(SettingsLimits);
 
 void SetLimit(int resource, rlim_t value) {
   rlimit limit = {};

@@ -2,14 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "support/settings_store.h"
 
 namespace {
 
 using SettingsMembers = temvar_test::SettingsTest;
-INSTANTIATE_TEST_SUITE_P(, SettingsMembers, testing::Values(temvar_test::FolderKind::kPlain),
-                         temvar_test::NameOfFolderKind);
+TEMVAR_IN_A_PLAIN_PLACE(SettingsMembers);
 
 constexpr char kAllTypes[] =
     R"({"text":"abc","empty":"","int":-7,"big":4294967298,"huge":18446744073709551614,)"
@@ -104,33 +104,21 @@ TEST_P(SettingsMembers, ComparesKeysByTheirBytes) {
 
 TEST_P(SettingsMembers, SplitsTriples) {
   TMVUserDefaults* store = Load("{\"number\":789}");
-  const struct {
-    const char* text;
-    int32_t first, second, third;
-  } table[] = {
-      {"7,8,9", 7, 8, 9},
-      {"7, x,9z", 7, 0, 9},
-      {"-1,+2, \t3", -1, 2, 3},
-      {"1,2,3,4", 1, 2, 3},
-      {"1,2,3 4", 1, 2, 3},
-      {",,", 0, 0, 0},
-      {",5", 0, 5, 0},
-      {"1", 1, 0, 0},
-      {"1,2", 1, 2, 0},
-      {"", 0, 0, 0},
-      {"x", 0, 0, 0},
-      {"1.9,0x10,1e3", 1, 0, 1},
-      {"2147483647,-2147483648,0", INT32_MAX, INT32_MIN, 0},
-      {"2147483648,-2147483649,99999999999999999999", INT32_MAX, INT32_MIN, INT32_MAX},
-  };
-  for (const auto& row : table) {
-    store->SetString("key", row.text, nullptr);
+  const auto triple_of = [store](const char* text) {
+    store->SetString("key", text, nullptr);
     const IntTriple triple = store->GetIntTriple("key", nullptr);
-    EXPECT_EQ(triple.First, row.first) << row.text;
-    EXPECT_EQ(triple.Second, row.second) << row.text;
-    EXPECT_EQ(triple.Third, row.third) << row.text;
-    EXPECT_STREQ(store->GetString("key", nullptr), row.text);
-  }
+    EXPECT_STREQ(store->GetString("key", nullptr), text);
+    return std::vector<int64_t>{triple.First, triple.Second, triple.Third};
+  };
+  using Numbers = std::vector<int64_t>;
+  const std::pair<const char*, Numbers> table[] = {
+      {"7,8,9", {7, 8, 9}},   {"7, x,9z", {7, 0, 9}},      {"-1,+2, \t3", {-1, 2, 3}},
+      {"1,2,3,4", {1, 2, 3}}, {"1,2,3 4", {1, 2, 3}},      {",5", {0, 5, 0}},
+      {"1", {1, 0, 0}},       {"1.9,0x10,1e3", {1, 0, 1}}, {"", {0, 0, 0}},
+  };
+  for (const auto& [text, numbers] : table) EXPECT_EQ(triple_of(text), numbers) << text;
+  EXPECT_EQ(triple_of("2147483648,-2147483649,99999999999999999999"),
+            (Numbers{INT32_MAX, INT32_MIN, INT32_MAX}));
   EXPECT_EQ(store->GetIntTriple("number", nullptr).First, 0);
   EXPECT_EQ(store->GetIntTriple("absent", nullptr).Third, 0);
 }
