@@ -1,7 +1,7 @@
 // A second decoder of compiled manifests, slow and plain, for comparison: it copies the document
 // into a table of bytes that knows every offset, and works on lines instead of one text.
-#ifndef TEMVAR_TESTS_SUPPORT_MANIFEST_MODEL_H_
-#define TEMVAR_TESTS_SUPPORT_MANIFEST_MODEL_H_
+#ifndef TEMVAR_TESTS_ANDROID_MANIFEST_MODEL_H_
+#define TEMVAR_TESTS_ANDROID_MANIFEST_MODEL_H_
 
 #include <cinttypes>
 #include <cstdint>
@@ -99,4 +99,4 @@ class ManifestModel {
 
 }  // namespace temvar_test
 
-#endif  // TEMVAR_TESTS_SUPPORT_MANIFEST_MODEL_H_
+#endif  // TEMVAR_TESTS_ANDROID_MANIFEST_MODEL_H_
