@@ -1,31 +1,6 @@
-# Runs job_runner on files with known sums, with and without keys, and looks at what it prints:
-#   cmake -DPROGRAM=... [-DEMULATOR=...] -DFOLDER=... -P job_runner.cmake
-# Keys come from a file, as if they were typed at once.
-function(write_keys keys)
-  file(WRITE "${FOLDER}/keys" "${keys}")
-endfunction()
+# Runs job_runner on files with known sums, with and without keys, and looks at what it prints.
+include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
-# run_job(STATUS KEYS ARGUMENT...) sets `output` and compares the exit status.
-function(run_job expected keys)
-  write_keys("${keys}")
-  execute_process(COMMAND ${EMULATOR} "${PROGRAM}" ${ARGN}
-    WORKING_DIRECTORY "${FOLDER}"
-    INPUT_FILE "${FOLDER}/keys" TIMEOUT 60
-    RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
-  string(REPLACE "\r" "" out "${out}")
-  if(NOT result STREQUAL "${expected}")
-    message(FATAL_ERROR "${ARGN}: ended with ${result} instead of ${expected}\n${out}\n${err}")
-  endif()
-  set(output "${out}" PARENT_SCOPE)
-endfunction()
-
-function(expect pattern)
-  if(NOT output MATCHES "${pattern}")
-    message(FATAL_ERROR "not printed: ${pattern}\n${output}")
-  endif()
-endfunction()
-
-file(REMOVE_RECURSE "${FOLDER}")
 file(WRITE "${FOLDER}/tree/one/digits" "123456789")
 file(WRITE "${FOLDER}/tree/two/a" "1234")
 file(WRITE "${FOLDER}/tree/two/b" "56789")
@@ -35,23 +10,23 @@ file(WRITE "${FOLDER}/tree/.hidden/left-out" "x")
 file(WRITE "${FOLDER}/tree/build/left-out" "x")
 
 # The CRC-32 of "123456789" is cbf43926, of one file and of two that are read one after the other.
-run_job(0 "" --workers 3 --files tree)
+run(0 "" --workers 3 --files tree)
 expect("tree/one +1 +0 +0 +9 +0  cbf43926\n  digits +1 +0 +0 +9 +0  cbf43926\n")
 expect("tree/two +3 +0 +0 +9 +0  cbf43926\n")
 expect("tree/two/deep +1 +0 +0 +14 +3 ")
 expect("total +5 +0 +0 +32 +3 ")
 
 # What can't be read fails, and its package goes on behind it.
-run_job(1 "" --workers 1 tree/two/a tree/two/missing tree/two/b)
+run(1 "" --workers 1 tree/two/a tree/two/missing tree/two/b)
 expect("tree/two +2 +1 +0 +9 +0  cbf43926\n")
 expect("failed: tree/two/missing: ")
 
-run_job(2 "" --workers none tree)
-run_job(2 "" --workers 0 tree)
-run_job(2 "" --no-such-option)
-run_job(0 "" --help)
+run(2 "" --workers none tree)
+run(2 "" --workers 0 tree)
+run(2 "" --no-such-option)
+run(0 "" --help)
 file(MAKE_DIRECTORY "${FOLDER}/nothing")
-run_job(0 "" nothing)
+run(0 "" nothing)
 expect("^no files\n")
 
 # Enough bytes for the keys to come before the end.
@@ -60,17 +35,17 @@ foreach(i RANGE 1 12)
   file(WRITE "${FOLDER}/large/file${i}" "${block}")
 endforeach()
 foreach(workers 1 4)
-  run_job(0 "prpr" --workers ${workers} large)
+  run(0 "prpr" --workers ${workers} large)
   expect("^paused\nrunning\npaused\nrunning\n")
   expect("total +12 +0 +0 +201326592 +12582912 ")
 
-  run_job(130 "c" --workers ${workers} large)
+  run(130 "c" --workers ${workers} large)
   expect("^cancelling\n")
   expect("total .*cancelled\n$")
   # All workers parked, and then the cancel.
-  run_job(130 "pc" --workers ${workers} large)
+  run(130 "pc" --workers ${workers} large)
   expect("^paused\ncancelling\n")
-  run_job(130 "prpcr" --workers ${workers} large)
+  run(130 "prpcr" --workers ${workers} large)
   expect("^paused\nrunning\npaused\ncancelling\n")
 endforeach()
 file(REMOVE_RECURSE "${FOLDER}")
