@@ -3,18 +3,31 @@
 #define TEMVAR_TESTS_ARCHIVES_ARCHIVE_TEST_H_
 
 #include <gmock/gmock.h>
-#include <temvar/temvar.h>
+#include <temvar/handles.h>
 
 #include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "support/output_capture.h"
 #include "support/work_folder.h"
 #include "support/zip_file.h"
 
 namespace temvar_test {
+
+// What a call prints on standard output and standard error, to the byte.
+struct Output {
+  std::string out;
+  std::string err;
+};
+
+template <typename Call>
+Output OutputOf(Call call) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  call();
+  return {testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+}
 
 // An archive "a.zip" in the work folder, and the destination "out" beside it.
 class ArchiveTest : public WorkFolderTest {

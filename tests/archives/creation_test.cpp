@@ -1,6 +1,5 @@
 // TMVUtilityZip: which files go in, under which names, and what the archive holds.
 #include <algorithm>
-#include <memory>
 
 #include "archives/archive_test.h"
 
@@ -12,10 +11,6 @@ using temvar_test::OutputOf;
 using temvar_test::ZipEntry;
 using testing::ElementsAre;
 using testing::Field;
-
-struct ZipDeleter {
-  void operator()(TMVUtilityZip* zip) const { DestroyTmvUtilityZip(zip); }
-};
 
 class CreationTest : public temvar_test::ArchiveTest {
  protected:
@@ -49,7 +44,7 @@ class CreationTest : public temvar_test::ArchiveTest {
     PutFile("data/sub/deeper/c.txt", "c");
   }
 
-  std::unique_ptr<TMVUtilityZip, ZipDeleter> zip_{CreateTmvUtilityZip()};
+  tmv::Zip zip_ = tmv::MakeZip();
   bool result_ = false;
   Output output_;
 };
@@ -160,31 +155,31 @@ TEST_P(CreationTest, AnArchiveThatCantBeMadeIsFalse) {
     EXPECT_EQ(output.out, "error opening " + archive + "\n");
   }
   EXPECT_FALSE(zip_->WriteArchive(nullptr, nullptr));
+  DestroyTmvUtilityZip(nullptr);
 }
 
 TEST_P(CreationTest, AddDirectoryNamesFilesRelativeToTheRoot) {
   MakeTree();
   const auto names_with = [&](const std::string& directory, const char* root) {
-    zip_.reset(CreateTmvUtilityZip());
+    zip_ = tmv::MakeZip();
     zip_->AddDirectory(directory.c_str(), root);
     return Names();
   };
   const std::string data = Path("data");
   const std::string parent = Path();
   const std::string longer = data + std::string(1000, 'x');
-  EXPECT_THAT(names_with(data, nullptr), ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
   EXPECT_THAT(names_with(data, ""), ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
-  EXPECT_THAT(names_with(data + "/", nullptr),
-              ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
-  EXPECT_THAT(names_with(data + "\\", nullptr),
-              ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
+  for (const char* ending : {"", "/", "\\"}) {
+    EXPECT_THAT(names_with(data + ending, nullptr),
+                ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
+  }
   EXPECT_THAT(names_with(data, parent.c_str()),
               ElementsAre("data/b.txt", "data/sub/a.txt", "data/sub/deeper/c.txt"));
   // A root that no path goes beyond leaves the bare names.
   EXPECT_THAT(names_with(Slashed(data), longer.c_str()), ElementsAre("b.txt", "a.txt", "c.txt"));
-  EXPECT_THAT(names_with("", nullptr), ElementsAre());
-  EXPECT_THAT(names_with(Path("missing"), nullptr), ElementsAre());
-  EXPECT_THAT(names_with(Path("data/b.txt"), nullptr), ElementsAre());
+  for (const std::string& nothing : {std::string(), Path("missing"), Path("data/b.txt")}) {
+    EXPECT_THAT(names_with(nothing, nullptr), ElementsAre());
+  }
 }
 
 TEST_P(CreationTest, LinksThatLeadBackEndTheWalk) {
@@ -211,7 +206,5 @@ TEST_P(CreationTest, WhatIsPackedUnpacksToTheSame) {
   EXPECT_EQ(Tree("out"), tree);
   EXPECT_EQ(GetFile("out/big"), GetFile("data/big"));
 }
-
-TEST(CreationObject, DestroyingNullDoesNothing) { DestroyTmvUtilityZip(nullptr); }
 
 }  // namespace

@@ -27,69 +27,23 @@ class EntryNameTest : public temvar_test::ArchiveTest {
     EXPECT_EQ(Tree(""), before);
   }
 };
-INSTANTIATE_TEST_SUITE_P(Here, EntryNameTest, testing::Values(temvar_test::FolderKind::kPlain),
-                         temvar_test::NameOfFolderKind);
+TEMVAR_IN_A_PLAIN_PLACE(EntryNameTest);
 
 TEST_P(EntryNameTest, NamesThatLeadOutAreRefused) {
   using namespace std::string_literals;
   const std::string names[] = {
       // Up.
-      "../x",
-      "..\\x",
-      "a/../../x",
-      "a\\..\\..\\x",
-      "a/../x",
-      "..",
-      "a/..",
-      "../",
-      "a/..\\",
+      "../x", "..\\x", "a/../../x", "a/../x", "..", "a/..", "../", "a/..\\",
       // Up, behind what Windows drops from the end of a component.
-      ".. /x",
-      "../. ./x",
-      "... /x",
-      "..../x",
-      " /x",
-      "a/. /x",
-      "..\\ .\\x",
-      ". ",
+      ".. /x", "../. ./x", "... /x", "..../x", " /x", "a/. /x", "..\\ .\\x", ". ",
       // Absolute, drives, servers, streams.
-      "/x",
-      "\\x",
-      "//x",
-      "\\\\server\\share\\x",
-      "//server/share/x",
-      "\\\\?\\C:\\x",
-      "\\\\.\\NUL",
-      "C:x",
-      "C:\\x",
-      "C:/x",
-      "a/C:x",
-      "x:stream",
-      "a/x::$DATA",
+      "/x", "\\x", "\\\\server\\share\\x", "//server/share/x", "\\\\?\\C:\\x", "\\\\.\\NUL", "C:x",
+      "C:\\x", "a/C:x", "x:stream", "a/x::$DATA",
       // Devices, whatever follows.
-      "NUL",
-      "nul",
-      "con",
-      "PRN",
-      "aux",
-      "COM1",
-      "com9",
-      "LPT1",
-      "LPT0",
-      "COM\xC2\xB9",
-      "CONIN$",
-      "conout$",
-      "NUL.txt",
-      "NUL .txt",
-      "NUL.",
-      "a/nul",
-      "a/nul/x",
-      "a\\Con.tar.gz",
-      "COM1 ",
+      "NUL", "nul", "con", "PRN", "aux", "LPT1", "conout$", "com9", "LPT0", "COM\xC2\xB9", "CONIN$",
+      "NUL.txt", "NUL .txt", "NUL.", "a/nul/x", "a\\Con.tar.gz", "COM1 ",
       // A NUL cuts the path behind the name that was looked at.
-      "x\0/../y"s,
-      "x\0"s,
-  };
+      "x\0/../y"s, "x\0"s};
   for (const std::string& name : names) {
     SCOPED_TRACE(testing::PrintToString(name));
     ExpectRefused(name);
@@ -119,13 +73,10 @@ TEST_P(EntryNameTest, LinksInTheDestinationAreNotFollowed) {
   PutFile("outside/kept.txt", "kept");
   std::error_code no_links;
   std::filesystem::create_directory_symlink(FilePath("outside"), FilePath("out/link"), no_links);
-  if (!no_links) {
-    std::filesystem::create_directory_symlink(FilePath("outside"), FilePath("out/real/deep"));
-    std::filesystem::create_symlink(FilePath("outside/kept.txt"), FilePath("out/file.txt"));
-    std::filesystem::create_symlink(FilePath("outside/new.txt"), FilePath("out/dangling.txt"));
-  } else {
-    GTEST_SKIP() << "this system lets the user make no links: " << no_links.message();
-  }
+  if (no_links) GTEST_SKIP() << "this system lets the user make no links: " << no_links.message();
+  std::filesystem::create_directory_symlink(FilePath("outside"), FilePath("out/real/deep"));
+  std::filesystem::create_symlink(FilePath("outside/kept.txt"), FilePath("out/file.txt"));
+  std::filesystem::create_symlink(FilePath("outside/new.txt"), FilePath("out/dangling.txt"));
   for (const char* name : {"link/new.txt", "link/kept.txt", "link\\new.txt", "link/", "link/sub/",
                            "real/deep/new.txt", "real/../link/x", "file.txt", "dangling.txt"}) {
     SCOPED_TRACE(name);

@@ -5,7 +5,6 @@
 // time.
 #include <chrono>
 #include <cstdlib>
-#include <memory>
 
 #include "archives/archive_test.h"
 
@@ -39,8 +38,7 @@ class EntryTimesTest : public temvar_test::ArchiveTest {
     return today + 12h - TimeOf("now");
   }
 };
-INSTANTIATE_TEST_SUITE_P(Here, EntryTimesTest, testing::Values(temvar_test::FolderKind::kPlain),
-                         temvar_test::NameOfFolderKind);
+TEMVAR_IN_A_PLAIN_PLACE(EntryTimesTest);
 
 struct Moment {
   uint32_t dos_date;
@@ -87,8 +85,7 @@ TEST_P(EntryTimesTest, ADateThatNoCalendarHasLeavesTheTimeOfUnpacking) {
 }
 
 TEST_P(EntryTimesTest, PackedFilesKeepTheirTime) {
-  const std::unique_ptr<TMVUtilityZip, void (*)(TMVUtilityZip*)> zip(CreateTmvUtilityZip(),
-                                                                     DestroyTmvUtilityZip);
+  const tmv::Zip zip = tmv::MakeZip();
   zip->AddFile(Path("f").c_str(), "");
   for (const Moment& moment : kMoments) {
     PutFile("f", "x");

@@ -85,15 +85,15 @@ TEST_P(ExtractEntryTest, ADamagedEntryIsTrueWithoutBytes) {
               {.name = "short", .data = "data", .method = 8, .size = 100},
               {.name = "data", .data = "data", .method = 8, .packed = "\xFF\xFF\xFF"},
               {.name = "method", .data = "data", .method = 12}});
-  ASSERT_TRUE(Take("crc"));
-  EXPECT_EQ(TakenBytes(), "");
-  EXPECT_EQ(output_.err, ErrorText(-105, "unzCloseCurrentFile"));
-  ASSERT_TRUE(Take("short"));
-  EXPECT_EQ(TakenBytes(), "");
-  EXPECT_EQ(output_.err, ErrorText(-105, "unzCloseCurrentFile"));
-  ASSERT_TRUE(Take("data"));
-  EXPECT_EQ(TakenBytes(), "");
-  EXPECT_EQ(output_.err, ErrorText(-3, "unzReadCurrentFile"));
+  const std::pair<const char*, std::string> cases[] = {
+      {"crc", ErrorText(-105, "unzCloseCurrentFile")},
+      {"short", ErrorText(-105, "unzCloseCurrentFile")},
+      {"data", ErrorText(-3, "unzReadCurrentFile")}};
+  for (const auto& [entry, error] : cases) {
+    ASSERT_TRUE(Take(entry));
+    EXPECT_EQ(TakenBytes(), "");
+    EXPECT_EQ(output_.err, error);
+  }
   EXPECT_FALSE(Take("method"));
   EXPECT_EQ(output_.err, ErrorText(-103, "unzOpenCurrentFilePassword."));
   EXPECT_EQ(record_.Size, 77u);

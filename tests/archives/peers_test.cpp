@@ -1,7 +1,7 @@
 // Archives and buffers exchanged with other programs. They are found when a test runs, and a test
 // without its program is skipped with the name of what it needs. Runs where there is a POSIX shell.
 #include <cstdlib>
-#include <memory>
+#include <functional>
 
 #include "archives/archive_test.h"
 
@@ -33,6 +33,28 @@ class PeersTest : public temvar_test::ArchiveTest {
     PutFile("tree/sub/\xC3\xA9t\xC3\xA9/\xE6\xBC\xA2.txt", "names beyond ASCII");
   }
 
+  struct Peer {
+    std::string program;
+    std::string command;
+  };
+
+  // Runs the command of each program that is there, and what checks its result.
+  void WithEach(const std::vector<Peer>& peers, const std::function<void()>& check) {
+    std::set<std::string> missing;
+    for (const auto& [program, command] : peers) {
+      SCOPED_TRACE(command);
+      if (!Has(program)) {
+        missing.insert(program);
+        continue;
+      }
+      std::filesystem::remove(FilePath("a.zip"));
+      ASSERT_TRUE(Shell(command)) << log_;
+      TakeFreshDestination();
+      check();
+    }
+    if (!missing.empty()) GTEST_SKIP() << "not there: " << testing::PrintToString(missing);
+  }
+
   void ExpectSameFiles(const std::string& folder) const {
     for (const std::string& name : Tree("tree")) {
       if (name.back() == '/') continue;
@@ -44,13 +66,7 @@ class PeersTest : public temvar_test::ArchiveTest {
 
   mutable std::string log_;
 };
-INSTANTIATE_TEST_SUITE_P(Here, PeersTest, testing::Values(temvar_test::FolderKind::kPlain),
-                         temvar_test::NameOfFolderKind);
-
-struct Packing {
-  const char* program;
-  const char* command;
-};
+TEMVAR_IN_A_PLAIN_PLACE(PeersTest);
 
 std::string Python(const std::string& program) { return "python3 -c '" + program + "'"; }
 
@@ -71,98 +87,58 @@ std::string PythonZip(const std::string& arguments) {
 }
 
 TEST_P(PeersTest, UnpacksWhatOthersPack) {
-  const std::string python = PythonZip("");
-  const std::string python_deflated = PythonZip(",zipfile.ZIP_DEFLATED");
-  const Packing packings[] = {
-      {"zip", "cd tree && zip -r ../a.zip ."},
-      {"zip", "cd tree && zip -rD ../a.zip ."},           // No entries for directories.
-      {"zip", "cd tree && zip -r0 ../a.zip ."},           // Stored.
-      {"zip", "cd tree && zip -r - . | cat > ../a.zip"},  // Sizes behind the data, 64-bit fields.
-      {"7z", "cd tree && 7z a -tzip ../a.zip ."},
-      {"7z", "cd tree && 7z a -tzip -mx0 -mcu ../a.zip ."},  // UTF-8 flag.
-      {"bsdtar", "bsdtar --format zip -cf a.zip -C tree ."},
-      {"bsdtar", "bsdtar --format zip --options zip:compression=store -cf a.zip -C tree ."},
-      {"python3", python.c_str()},
-      {"python3", python_deflated.c_str()},
-  };
-  std::set<std::string> missing;
   MakeTree();
-  for (const Packing& packing : packings) {
-    SCOPED_TRACE(packing.command);
-    if (!Has(packing.program)) {
-      missing.insert(packing.program);
-      continue;
-    }
-    std::filesystem::remove(FilePath("a.zip"));
-    ASSERT_TRUE(Shell(packing.command)) << log_;
-    TakeFreshDestination();
-    const Extraction run = Extract();
-    EXPECT_TRUE(run.result) << run.output.out;
-    ExpectSameFiles(Out(""));
-  }
-  if (!missing.empty()) GTEST_SKIP() << "not packed by " << testing::PrintToString(missing);
+  WithEach({{"zip", "cd tree && zip -r ../a.zip ."},
+            {"zip", "cd tree && zip -rD ../a.zip ."},           // No entries for directories.
+            {"zip", "cd tree && zip -r0 ../a.zip ."},           // Stored.
+            {"zip", "cd tree && zip -r - . | cat > ../a.zip"},  // Sizes behind the data, 64 bits.
+            {"7z", "cd tree && 7z a -tzip ../a.zip ."},
+            {"7z", "cd tree && 7z a -tzip -mx0 -mcu ../a.zip ."},  // UTF-8 flag.
+            {"bsdtar", "bsdtar --format zip -cf a.zip -C tree ."},
+            {"bsdtar", "bsdtar --format zip --options zip:compression=store -cf a.zip -C tree ."},
+            {"python3", PythonZip("")},
+            {"python3", PythonZip(",zipfile.ZIP_DEFLATED")}},
+           [this] {
+             const Extraction run = Extract();
+             EXPECT_TRUE(run.result) << run.output.out;
+             ExpectSameFiles(Out(""));
+           });
 }
 
 // What the library doesn't read ends with false and never with other contents.
 TEST_P(PeersTest, RefusesWhatItDoesntRead) {
-  const std::string bzip2 = PythonZip(",zipfile.ZIP_BZIP2");
-  const std::string lzma = PythonZip(",zipfile.ZIP_LZMA");
-  const Packing packings[] = {
-      {"zip", "cd tree && zip -r -P secret ../a.zip ."},
-      {"zip", "cd tree && zip -r0 -P secret ../a.zip ."},
-      {"7z", "cd tree && 7z a -tzip -psecret -mem=AES256 ../a.zip ."},
-      {"7z", "cd tree && 7z a -tzip -mm=PPMd ../a.zip ."},
-      {"python3", bzip2.c_str()},
-      {"python3", lzma.c_str()},
-      {"zip", "cd tree && zip -r ../whole.zip . && head -c 250000 ../whole.zip > ../a.zip"},
-  };
-  std::set<std::string> missing;
   MakeTree();
-  for (const Packing& packing : packings) {
-    SCOPED_TRACE(packing.command);
-    if (!Has(packing.program)) {
-      missing.insert(packing.program);
-      continue;
-    }
-    std::filesystem::remove(FilePath("a.zip"));
-    ASSERT_TRUE(Shell(packing.command)) << log_;
-    TakeFreshDestination();
-    EXPECT_FALSE(Extract().result);
-    if (Exists(Out("text.txt"))) {
-      EXPECT_NE(GetFile(Out("text.txt")), GetFile("tree/text.txt"));
-    }
-  }
-  if (!missing.empty()) GTEST_SKIP() << "not packed by " << testing::PrintToString(missing);
+  WithEach({{"zip", "cd tree && zip -r -P secret ../a.zip ."},
+            {"zip", "cd tree && zip -r0 -P secret ../a.zip ."},
+            {"7z", "cd tree && 7z a -tzip -psecret -mem=AES256 ../a.zip ."},
+            {"7z", "cd tree && 7z a -tzip -mm=PPMd ../a.zip ."},
+            {"python3", PythonZip(",zipfile.ZIP_BZIP2")},
+            {"python3", PythonZip(",zipfile.ZIP_LZMA")},
+            {"zip", "cd tree && zip -r ../whole.zip . && head -c 250000 ../whole.zip > ../a.zip"}},
+           [this] {
+             EXPECT_FALSE(Extract().result);
+             if (Exists(Out("text.txt"))) {
+               EXPECT_NE(GetFile(Out("text.txt")), GetFile("tree/text.txt"));
+             }
+           });
 }
 
 TEST_P(PeersTest, OthersReadWhatItPacks) {
   MakeTree();
-  const std::unique_ptr<TMVUtilityZip, void (*)(TMVUtilityZip*)> zip(CreateTmvUtilityZip(),
-                                                                     DestroyTmvUtilityZip);
+  const tmv::Zip zip = tmv::MakeZip();
   std::filesystem::remove_all(FilePath("tree/sub/\xC3\xA9t\xC3\xA9"));
   zip->AddDirectory(Path("tree").c_str(), nullptr);
   zip->AddFile(Path("gone").c_str(), "an entry left open");
-  ASSERT_TRUE(zip->WriteArchive(Archive().c_str(), nullptr));
-  const Packing checks[] = {
-      {"unzip", "unzip -t a.zip && unzip -q a.zip -d seen"},
-      {"7z", "7z t a.zip && 7z x -oseen a.zip"},
-      {"bsdtar", "mkdir seen && bsdtar -xf a.zip -C seen"},
-      {"python3",
-       "python3 -c 'import zipfile; z=zipfile.ZipFile(\"a.zip\"); "
-       "assert z.testzip() is None; z.extractall(\"seen\")'"},
-  };
-  std::set<std::string> missing;
-  for (const Packing& check : checks) {
-    SCOPED_TRACE(check.command);
-    if (!Has(check.program)) {
-      missing.insert(check.program);
-      continue;
-    }
-    std::filesystem::remove_all(FilePath("seen"));
-    EXPECT_TRUE(Shell(check.command)) << log_;
-    ExpectSameFiles("seen");
-  }
-  if (!missing.empty()) GTEST_SKIP() << "not read by " << testing::PrintToString(missing);
+  ASSERT_TRUE(zip->WriteArchive(Path("ours.zip").c_str(), nullptr));
+  WithEach({{"unzip", "unzip -t ours.zip && unzip -q ours.zip -d seen"},
+            {"7z", "7z t ours.zip && 7z x -oseen ours.zip"},
+            {"bsdtar", "mkdir seen && bsdtar -xf ours.zip -C seen"},
+            {"python3", Python("import zipfile; z=zipfile.ZipFile(\"ours.zip\"); "
+                               "assert z.testzip() is None; z.extractall(\"seen\")")}},
+           [this] {
+             ExpectSameFiles("seen");
+             std::filesystem::remove_all(FilePath("seen"));
+           });
 }
 
 TEST_P(PeersTest, BuffersAreExchangedWithPython) {
@@ -184,17 +160,13 @@ TEST_P(PeersTest, BuffersAreExchangedWithPython) {
   EXPECT_TRUE(output == data);
 
   const std::string packed = GetFile("z");
-  BinaryDataResult record = {};
-  ASSERT_TRUE(TmvUtilityUnzip()->InflateBuffer(&record, packed.data(),
+  tmv::Bytes record;
+  ASSERT_TRUE(TmvUtilityUnzip()->InflateBuffer(record.Out(), packed.data(),
                                                static_cast<uint32_t>(packed.size())));
-  EXPECT_TRUE(std::string(record.Data, record.Size) == data);
-  FreeBinayDataResult(&record);
-
-  const std::unique_ptr<TMVUtilityZip, void (*)(TMVUtilityZip*)> zip(CreateTmvUtilityZip(),
-                                                                     DestroyTmvUtilityZip);
-  ASSERT_TRUE(zip->DeflateBuffer(&record, data.data(), static_cast<uint32_t>(data.size()), 6));
-  PutFile("ours", std::string(record.Data, record.Size));
-  FreeBinayDataResult(&record);
+  EXPECT_TRUE(record.View() == data);
+  ASSERT_TRUE(tmv::MakeZip()->DeflateBuffer(record.Out(), data.data(),
+                                            static_cast<uint32_t>(data.size()), 6));
+  PutFile("ours", record.View());
   EXPECT_TRUE(
       Shell(Python("import zlib\nassert zlib.decompress(open(\"ours\",\"rb\").read())=="
                    "open(\"data\",\"rb\").read()")))

@@ -5,7 +5,6 @@
 // elsewhere it looks for such an entry at the position 4 GiB - 1.
 #include <algorithm>
 #include <fstream>
-#include <memory>
 
 #include "archives/archive_test.h"
 
@@ -21,8 +20,7 @@ class SlowArchivesTest : public temvar_test::ArchiveTest {
   void SetUp() override { MakeFolder("data"); }
 
   bool Pack() const {
-    const std::unique_ptr<TMVUtilityZip, void (*)(TMVUtilityZip*)> zip(CreateTmvUtilityZip(),
-                                                                       DestroyTmvUtilityZip);
+    const tmv::Zip zip = tmv::MakeZip();
     zip->AddDirectory(Path("data").c_str(), nullptr);
     return zip->WriteArchive(Archive().c_str(), nullptr);
   }
@@ -31,8 +29,7 @@ class SlowArchivesTest : public temvar_test::ArchiveTest {
     return std::filesystem::file_size(FilePath(name));
   }
 };
-INSTANTIATE_TEST_SUITE_P(Here, SlowArchivesTest, testing::Values(temvar_test::FolderKind::kPlain),
-                         temvar_test::NameOfFolderKind);
+TEMVAR_IN_A_PLAIN_PLACE(SlowArchivesTest);
 
 // Its sizes stand in the directory alone; readers that compare it with the header of the entry
 // refuse it, and minizip is one of them.
