@@ -14,12 +14,12 @@ void Nap(std::mt19937_64& random, int mostMicroseconds) {
 
 }  // namespace
 
-Driver::Driver(Stage& stage, size_t index, uint64_t seed, Watchdog::Activity& activity)
+Driver::Driver(Stage& stage, size_t index, uint64_t seed, Activity& activity)
     : stage_(stage), index_(index), random_(seed), activity_(activity) {}
 
 void Driver::Run() {
   while (std::chrono::steady_clock::now() < stage_.end) RunEvent();
-  activity_.Rest("done");
+  activity_.Begin("done", true);
 }
 
 std::shared_ptr<EventModel> Driver::Current() {
@@ -51,7 +51,7 @@ void Driver::RunEvent() {
     if (kind == Kind::kPlain && stage_.cutOff && now > stage_.end) return;
     if (kind != Kind::kPlain && now > stage_.end) EndIt(*event);
     if (now > std::max(deadline, stage_.end + std::chrono::seconds(30))) {
-      activity_.Begin("waits for the end of", name);
+      activity_.Begin("waits for the end of " + name);
       std::this_thread::sleep_for(std::chrono::hours(1));  // Until the watchdog tells.
     }
   }
@@ -80,26 +80,12 @@ void Driver::EndIt(EventModel& event) {
 }
 
 void Driver::CancelOrRemove(EventModel& event) {
-  ++Count().cancels;
-  switch (event.kind()) {
-    case Kind::kPlain:
-      return;
-    case Kind::kRemoved: {
-      const Doing doing(activity_, "RemoveEvent", event.name());
-      Schedular().RemoveEvent(event.name().c_str());
-      return;
-    }
-    case Kind::kCancelled: {
-      const Doing doing(activity_, "CancelEvent", event.name());
-      Schedular().CancelEvent(event.name().c_str());
-      return;
-    }
-    case Kind::kKept:
-    case Kind::kWild: {
-      const Doing doing(activity_, "CancelEventEx", event.name());
-      Schedular().CancelEventEx(event.name().c_str(), false);
-      return;
-    }
+  const char* const name = event.name().c_str();
+  const Doing doing(activity_, "cancels or removes", name);
+  if (event.kind() == Kind::kRemoved) Schedular().RemoveEvent(name);
+  if (event.kind() == Kind::kCancelled) Schedular().CancelEvent(name);
+  if (event.kind() == Kind::kKept || event.kind() == Kind::kWild) {
+    Schedular().CancelEventEx(name, false);
   }
 }
 
@@ -110,6 +96,7 @@ void Driver::DoAnything() {
     Nap(random_, 100);
     return;
   }
+  const Doing doing(activity_, "edits and look-ups", event->name());
   switch (random_() % 12) {
     case 0:
     case 1:
@@ -117,18 +104,14 @@ void Driver::DoAnything() {
     case 2:
       if (event.get() != current_.get() && random_() % 10 == 0) CancelOrRemove(*event);
       return;
-    case 3: {
-      const Doing doing(activity_, "CancelEventOfTask", event->name());
+    case 3:
       if (event->kind() == Kind::kCancelled && random_() % 10 == 0) {
         Schedular().CancelEventOfTask(event->SomeTaskName(random_).c_str());
       }
       return;
-    }
-    case 4: {
-      const Doing doing(activity_, "InsertTaskAfter", event->name());
+    case 4:
       if (event->kind() == Kind::kWild) event->InsertAnywhere(random_);
       return;
-    }
     case 5:
     case 6:
       return Ask(*event);
@@ -143,7 +126,6 @@ void Driver::DoAnything() {
 }
 
 void Driver::PauseAWhile(EventModel& event) {
-  ++Count().pauses;
   {
     const Doing doing(activity_, "PauseEvent", event.name());
     Schedular().PauseEvent(event.name().c_str());
@@ -154,8 +136,6 @@ void Driver::PauseAWhile(EventModel& event) {
 }
 
 void Driver::Ask(EventModel& event) {
-  const Doing doing(activity_, "look-ups", event.name());
-  ++Count().queries;
   const tmv::Task found = tmv::Task::Adopt(Schedular().FindEvent(event.name().c_str()));
   if (found) {
     if (event.name() != found->GetName()) Fail("FindEvent gave " + std::string(found->GetName()));
@@ -180,13 +160,9 @@ void Driver::Ask(EventModel& event) {
 
 // It may be dropped by a cancel, as what belongs to no event is, but it must be released.
 void Driver::AddHostFunc() {
-  const Doing doing(activity_, "AddFunc", "");
   ++Alive().hostFuncs;
-  const tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
-  func->Bind(
-      nullptr, [](RkTask* task, RkTaskData*) { task->ReportState(task, kTaskStateSucceeded); },
-      [](void*) { --Alive().hostFuncs; });
-  TmvTaskPool()->AddFunc(func);
+  const std::shared_ptr<void> token(nullptr, [](void*) { --Alive().hostFuncs; });
+  TmvTaskPool()->AddFunc(tmv::MakeFunc([token] {}));
 }
 
 // Waits until nothing of the event can run any more, and drops it.
@@ -203,15 +179,10 @@ void Driver::Settle(EventModel& event) {
 
 // What was queued before has started, or was dropped, when a function behind it is released.
 void Driver::AwaitQueue(EventModel& event) {
-  std::atomic<bool> released{false};
-  {
-    const tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
-    func->Bind(
-        &released, [](RkTask*, RkTaskData*) {},
-        [](void* payload) { *static_cast<std::atomic<bool>*>(payload) = true; });
-    TmvTaskPool()->AddFunc(func);
-  }
-  while (!released || event.Inside() > 0) {
+  std::shared_ptr<int> token = std::make_shared<int>();
+  const std::weak_ptr<int> life = token;
+  TmvTaskPool()->AddFunc(tmv::MakeFunc([token = std::move(token)] {}));
+  while (!life.expired() || event.Inside() > 0) {
     FreeIfGone(event);
     Nap(random_, 300);
   }

@@ -30,7 +30,7 @@ struct Stage {
 // anything to it and to those of the others.
 class Driver {
  public:
-  Driver(Stage& stage, size_t index, uint64_t seed, Watchdog::Activity& activity);
+  Driver(Stage& stage, size_t index, uint64_t seed, Activity& activity);
 
   void Run();
 
@@ -57,7 +57,7 @@ class Driver {
   Stage& stage_;
   const size_t index_;
   std::mt19937_64 random_;
-  Watchdog::Activity& activity_;
+  Activity& activity_;
   uint64_t lastEvent_ = 0;
   bool endRequested_ = false;
 

@@ -149,7 +149,6 @@ void EventModel::InsertAnywhere(std::mt19937_64& random) {
     const tmv::Task existing = tmv::Task::Adopt(Schedular().FindTask(behind.c_str()));
     if (existing) Schedular().InsertTaskAfter(task, existing);
   }
-  ++Count().insertions;
 }
 
 void EventModel::InsertNext(TaskModel& model, RkTask* task) {
@@ -164,7 +163,6 @@ void EventModel::InsertNext(TaskModel& model, RkTask* task) {
   const std::lock_guard<std::mutex> lock(package.mutex);
   inserted->next = model.next;
   model.next = inserted;
-  ++Count().insertions;
 }
 
 void EventModel::RunTask(RkTask* task, RkTaskData* data) {
@@ -218,8 +216,7 @@ void EventModel::Report(TaskModel& model, RkTask* task) {
     package.expected = goesOn ? model.next : nullptr;
     package.lastResult = model.result;
   }
-  for (bool first = true;; first = false) {
-    if (!first) ++Count().repeatedReports;
+  for (;;) {
     task->ReportState(task, model.result);
     const int32_t state = task->GetState();
     if (state != kTaskStateActive && state != kTaskStatePaused) break;

@@ -31,15 +31,10 @@ struct Balance {
 };
 Balance& Alive();
 
-// What happened, for the summary.
+// What has started, for the summary.
 struct Counts {
   std::atomic<uint64_t> events{0};
   std::atomic<uint64_t> tasks{0};
-  std::atomic<uint64_t> repeatedReports{0};
-  std::atomic<uint64_t> pauses{0};
-  std::atomic<uint64_t> cancels{0};
-  std::atomic<uint64_t> insertions{0};
-  std::atomic<uint64_t> queries{0};
 };
 Counts& Count();
 

@@ -40,15 +40,6 @@ void CheckBalance() {
   check("registered events", static_cast<int64_t>(TmvTaskSchedular()->GetEventCount()));
 }
 
-void PrintSummary(uint64_t seed, uint64_t seconds) {
-  const Counts& counts = Count();
-  std::cout << "seed " << seed << ", " << seconds << " s: " << counts.events << " events, "
-            << counts.tasks << " tasks, " << counts.pauses << " pauses, " << counts.cancels
-            << " cancels and removals, " << counts.insertions << " insertions, " << counts.queries
-            << " rounds of look-ups, " << counts.repeatedReports
-            << " repeated reports; all promises kept" << std::endl;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -73,9 +64,9 @@ int main(int argc, char** argv) {
                                watchdog.Watch("driver " + std::to_string(i)));
   }
 
-  Watchdog::Activity& self = watchdog.Watch("main");
+  Activity& self = watchdog.Watch("main");
   TmvTaskPool()->Start(workers);
-  self.Rest("waits for the drivers");
+  self.Begin("waits for the drivers", true);
   RunDrivers(stage);
   {
     const Doing doing(self, "Stop", "");
@@ -84,6 +75,7 @@ int main(int argc, char** argv) {
   for (Driver& driver : stage.drivers) driver.LetGo();
   TmvTaskSchedular()->RemoveEvent("bell");
   CheckBalance();
-  PrintSummary(seed, seconds);
+  std::cout << "seed " << seed << ", " << seconds << " s: " << Count().events << " events, "
+            << Count().tasks << " tasks; all promises kept" << std::endl;
   return 0;
 }
