@@ -11,21 +11,10 @@
 
 namespace {
 
-using test::BeQuiet;
-using test::Eventually;
-using test::Gate;
-using test::IdleWorkers;
-using test::Log;
-using test::MakeFunc;
-using test::MakeTask;
-using test::RunningPool;
-using test::TaskPtr;
+using namespace test;
 using ::testing::ElementsAre;
 
-RkTaskPool& Pool() { return *TmvTaskPool(); }
-
 TEST(Pool, TasksQueuedBeforeStartRunInOrder) {
-  EXPECT_EQ(TmvTaskPool(), TmvTaskPool());
   EXPECT_EQ(Pool().GetThreadCount(), 2u);
   Log log;
   std::vector<TaskPtr> tasks;
@@ -124,7 +113,7 @@ TEST(Pool, ATaskWithoutAFunctionIsPassedByAndReleased) {
   std::atomic<int> released{0};
   {
     const TaskPtr empty(CreateRkTask());
-    const test::DataPtr data(CreateRkTaskData());
+    const DataPtr data(CreateRkTaskData());
     data->SetPayload(&released);
     data->SetReleaser([](void* payload) { ++*static_cast<std::atomic<int>*>(payload); });
     empty->SetData(data.get());
@@ -146,7 +135,7 @@ TEST(Pool, AddFuncRunsANewTaskThatDiesAfterItsRun) {
   int32_t state = -1;
   std::atomic<bool> ran{false};
   {
-    const test::FuncPtr func = MakeFunc([&](RkTask* task) {
+    const FuncPtr func = MakeFunc([&](RkTask* task) {
       name = task->GetName();
       state = task->GetState();
       EXPECT_EQ(task->GetType(), kTaskTypePlain);
@@ -154,42 +143,10 @@ TEST(Pool, AddFuncRunsANewTaskThatDiesAfterItsRun) {
     });
     Pool().AddFunc(func.get());
   }
-  Eventually([] { return test::LiveBodies() == 0; });
+  Eventually([] { return LiveBodies() == 0; });
   EXPECT_TRUE(ran);
   EXPECT_EQ(name, "0");
   EXPECT_EQ(state, kTaskStateCreated);
-}
-
-TEST(Pool, ATasksLastReferenceFallsOnItsWorker) {
-  RunningPool pool(1);
-  struct Threads {
-    std::atomic<std::thread::id> ran;
-    std::atomic<std::thread::id> released;
-    std::atomic<bool> done{false};
-  } threads;
-  test::FuncPtr func(CreateRkTaskFunc());
-  func->Bind(
-      &threads,
-      [](RkTask*, RkTaskData* data) {
-        static_cast<Threads*>(data->GetPayload())->ran = std::this_thread::get_id();
-      },
-      [](void* payload) {
-        auto* seen = static_cast<Threads*>(payload);
-        seen->released = std::this_thread::get_id();
-        seen->done = true;
-      });
-  TaskPtr task(CreateRkTask());
-  task->SetFunc(func.get());
-  Gate gate;
-  const TaskPtr blocker = MakeTask("blocker", [&gate](RkTask*) { gate.Wait(); });
-  Pool().AddTask(blocker.get());
-  Pool().AddTask(task.get());
-  task.reset();
-  func.reset();
-  gate.Open();
-  Eventually([&threads] { return threads.done.load(); });
-  EXPECT_NE(threads.ran.load(), std::thread::id());
-  EXPECT_EQ(threads.ran.load(), threads.released.load());
 }
 
 // Work starts within the interval after a worker has come back, whatever the interval is.
@@ -203,7 +160,7 @@ TEST_P(PollInterval, BoundsTheStartOfQueuedTasks) {
   const auto start = std::chrono::steady_clock::now();
   std::atomic<int> ran{0};
   for (int i = 0; i < 200; ++i) {
-    const test::FuncPtr func = MakeFunc([&ran](RkTask*) { ++ran; });
+    const FuncPtr func = MakeFunc([&ran](RkTask*) { ++ran; });
     Pool().AddFunc(func.get());
   }
   Eventually([&ran] { return ran == 200; });

@@ -8,15 +8,7 @@
 
 namespace {
 
-using test::BeQuiet;
-using test::Call;
-using test::Eventually;
-using test::Gate;
-using test::LiveBodies;
-using test::MakeFunc;
-using test::MakeTask;
-
-RkTaskPool& Pool() { return *TmvTaskPool(); }
+using namespace test;
 
 TEST(PoolLife, WithoutWorkersNothingRunsAndStopReleasesIt) {
   Pool().Start(0);
@@ -56,14 +48,6 @@ TEST(PoolLife, StopWaitsForRunningFunctionsAndDropsQueuedTasks) {
   EXPECT_EQ(LiveBodies(), 0);
 }
 
-TEST(PoolLife, StopOfAnIdlePoolReturnsSoon) {
-  Pool().Start(3);
-  Eventually([] { return test::IdleWorkers() == 3; });
-  const auto start = std::chrono::steady_clock::now();
-  Pool().Stop();
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
-}
-
 // What comes too late is dropped, not kept: it may be a report of a task that Stop waited for.
 TEST(PoolLife, TasksAddedWhileItStopsNeverRun) {
   Pool().Start(1);
@@ -91,15 +75,14 @@ TEST(PoolLife, StopOfAPoolThatWasNotStartedThrows) {
 TEST(PoolLife, AnEventThatStopCutOffStaysRegistered) {
   Pool().Start(1);
   Gate gate;
-  const test::TaskPtr first = MakeTask("first", [&gate](RkTask* task) {
+  const TaskPtr first = MakeTask("first", [&gate](RkTask* task) {
     gate.Wait();
-    task->ReportState(task, kTaskStateSucceeded);
+    Succeed(task);
   });
   std::atomic<bool> secondRan{false};
-  const test::TaskPtr second = MakeTask("second", [&secondRan](RkTask*) { secondRan = true; });
-  const test::PackagePtr package = test::MakePackage({first.get(), second.get()});
-  const test::EventPtr event = test::MakeEvent("cut", {package.get()});
-  TmvTaskSchedular()->AddEvent(event.get());
+  const TaskPtr second = MakeTask("second", [&secondRan](RkTask*) { secondRan = true; });
+  const Job job("cut", {first.get(), second.get()});
+  job.Add();
   gate.WaitForArrivals(1);
   {
     Call stop([] { Pool().Stop(); });
@@ -109,7 +92,7 @@ TEST(PoolLife, AnEventThatStopCutOffStaysRegistered) {
   }
   EXPECT_FALSE(secondRan);
   EXPECT_EQ(first->GetState(), kTaskStateSucceeded);
-  EXPECT_EQ(TmvTaskSchedular()->GetEventCount(), 1u);
+  EXPECT_EQ(Schedular().GetEventCount(), 1u);
 }
 
 }  // namespace

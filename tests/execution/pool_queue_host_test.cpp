@@ -7,25 +7,13 @@
 
 namespace {
 
-using test::EventPtr;
-using test::Gate;
-using test::ListPtr;
-using test::Log;
-using test::MakeEvent;
-using test::MakePackage;
-using test::MakeTask;
-using test::NamesOf;
-using test::PackagePtr;
-using test::RunningPool;
-using test::TaskPtr;
+using namespace test;
 using ::testing::ElementsAre;
-
-RkTaskPool& Pool() { return *TmvTaskPool(); }
 
 TEST(PoolQueue, RemoveQueuedTakesOutAnEventsEntriesAndThoseOfNone) {
   EXPECT_EQ(Pool().RemoveQueued("x"), 0u);
   Log log;
-  const auto note = [&log](RkTask* task) { log.Add(task->GetName()); };
+  const Body note = [&log](RkTask* task) { log.Add(task->GetName()); };
   const TaskPtr x1 = MakeTask("x1", note);
   const TaskPtr x2 = MakeTask("x2", note);
   const TaskPtr y1 = MakeTask("y1", note);
@@ -34,11 +22,11 @@ TEST(PoolQueue, RemoveQueuedTakesOutAnEventsEntriesAndThoseOfNone) {
   const PackagePtr px = MakePackage({x1.get(), x2.get()});
   const PackagePtr py = MakePackage({y1.get(), y2.get()});
   py->SetName("py");
-  py->SetFunc(test::MakeFunc(note).get());
+  py->SetFunc(MakeFunc(note).get());
   const EventPtr x = MakeEvent("x", {px.get()});
   const EventPtr y = MakeEvent("y", {py.get()}, note);
-  TmvTaskSchedular()->RegisterEvent(x.get());
-  TmvTaskSchedular()->RegisterEvent(y.get());
+  Schedular().RegisterEvent(x.get());
+  Schedular().RegisterEvent(y.get());
   RkTask* const queue[] = {y2.get(), x1.get(), stray.get(), py.get(),    px.get(),
                            y.get(),  x.get(),  x2.get(),    stray.get(), y1.get()};
   for (RkTask* task : queue) Pool().AddTask(task);
@@ -57,9 +45,9 @@ TEST(PoolQueue, RemoveQueuedDropsTheQueuesReferences) {
     Pool().AddTask(task.get());
     Pool().AddTask(task.get());
   }
-  EXPECT_EQ(test::LiveBodies(), 1);
+  EXPECT_EQ(LiveBodies(), 1);
   EXPECT_EQ(Pool().RemoveQueued("any"), 2u);
-  EXPECT_EQ(test::LiveBodies(), 0);
+  EXPECT_EQ(LiveBodies(), 0);
 }
 
 TEST(PoolQueue, ListRunningGivesThePlainTasksOfAnEventInTheOrderOfTheirStart) {
@@ -79,8 +67,8 @@ TEST(PoolQueue, ListRunningGivesThePlainTasksOfAnEventInTheOrderOfTheirStart) {
   const PackagePtr pb = MakePackage({b1.get()});
   EventPtr a = MakeEvent("a", {pa.get()}, wait(gates[4]));
   const EventPtr b = MakeEvent("b", {pb.get()});
-  TmvTaskSchedular()->RegisterEvent(a.get());
-  TmvTaskSchedular()->RegisterEvent(b.get());
+  Schedular().RegisterEvent(a.get());
+  Schedular().RegisterEvent(b.get());
   RkTask* const order[] = {a1.get(), b1.get(), a2.get(), stray.get(), a.get()};
   for (size_t i = 0; i < 5; ++i) {
     Pool().AddTask(order[i]);
@@ -94,18 +82,18 @@ TEST(PoolQueue, ListRunningGivesThePlainTasksOfAnEventInTheOrderOfTheirStart) {
   EXPECT_EQ(count, 0u);
 
   // The list keeps its tasks alive on its own.
-  TmvTaskSchedular()->RemoveEvent("a");
+  Schedular().RemoveEvent("a");
   for (Gate& gate : gates) gate.Open();
-  test::Eventually([] { return test::IdleWorkers() == 5; });
+  Eventually([] { return IdleWorkers() == 5; });
   pool.Stop();
   a1.reset();
   a2.reset();
   pa.reset();
   a.reset();
-  EXPECT_EQ(test::LiveBodies(), 4);
+  EXPECT_EQ(LiveBodies(), 4);
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("a1", "a2"));
   list.reset();
-  EXPECT_EQ(test::LiveBodies(), 2);
+  EXPECT_EQ(LiveBodies(), 2);
 }
 
 }  // namespace

@@ -9,17 +9,26 @@
 
 namespace {
 
-using test::Eventually;
-using test::IdleWorkers;
+using namespace test;
 
-struct DestroyThread {
-  void operator()(RkTaskThread* thread) const { DestroyRkTaskThread(thread); }
-};
-using ThreadPtr = std::unique_ptr<RkTaskThread, DestroyThread>;
+using ThreadPtr = std::unique_ptr<RkTaskThread, decltype(&DestroyRkTaskThread)>;
+
+ThreadPtr MakeThread() { return {CreateRkTaskThread(), &DestroyRkTaskThread}; }
+
+// Whether the call throws this error of the system.
+template <typename Call>
+void ExpectError(std::errc expected, Call call) {
+  try {
+    call();
+    ADD_FAILURE() << "nothing was thrown";
+  } catch (const std::system_error& error) {
+    EXPECT_EQ(error.code(), expected);
+  }
+}
 
 TEST(TaskThread, IsFreedBeforeItWasStarted) {
   DestroyRkTaskThread(nullptr);
-  const ThreadPtr thread(CreateRkTaskThread());
+  const ThreadPtr thread = MakeThread();
   EXPECT_EQ(thread->ReservedValue(), 0);
   thread->Lock();
   thread->Unlock();
@@ -27,23 +36,18 @@ TEST(TaskThread, IsFreedBeforeItWasStarted) {
 }
 
 TEST(TaskThread, JoinWithoutAThreadThrows) {
-  const ThreadPtr thread(CreateRkTaskThread());
-  try {
-    thread->Join();
-    ADD_FAILURE() << "nothing was thrown";
-  } catch (const std::system_error& error) {
-    EXPECT_EQ(error.code(), std::errc::invalid_argument);
-  }
+  const ThreadPtr thread = MakeThread();
+  ExpectError(std::errc::invalid_argument, [&thread] { thread->Join(); });
 }
 
 // A wake-up without an assignment must not enter the worker a second time.
 TEST(TaskThread, EntersTheIdleQueueOnceAndStopsWhileAsleep) {
-  const ThreadPtr thread(CreateRkTaskThread());
+  const ThreadPtr thread = MakeThread();
   thread->SetPool(TmvTaskPool());
   thread->Start();
   Eventually([] { return IdleWorkers() == 1; });
   for (int i = 0; i < 20; ++i) thread->Wake();
-  test::BeQuiet();
+  BeQuiet();
   EXPECT_EQ(IdleWorkers(), 1u);
   EXPECT_EQ(thread->ReservedValue(), 0);
   thread->Stop();
@@ -52,26 +56,23 @@ TEST(TaskThread, EntersTheIdleQueueOnceAndStopsWhileAsleep) {
 }
 
 TEST(TaskThread, RunsWhatThePoolAssignsAndStopWaitsForIt) {
-  const ThreadPtr thread(CreateRkTaskThread());
+  const ThreadPtr thread = MakeThread();
   thread->SetPool(TmvTaskPool());
   thread->Start();
   Eventually([] { return IdleWorkers() == 1; });
-  test::Gate gate;
-  TmvTaskPool()->AddFunc(test::MakeFunc([&gate, &thread](RkTask*) {
-                           try {
-                             thread->Join();
-                             ADD_FAILURE() << "nothing was thrown";
-                           } catch (const std::system_error& error) {
-                             EXPECT_EQ(error.code(), std::errc::resource_deadlock_would_occur);
-                           }
-                           gate.Wait();
-                         }).get());
+  Gate gate;
+  Pool().AddFunc(MakeFunc([&gate, &thread](RkTask*) {
+                   const auto deadlock = std::errc::resource_deadlock_would_occur;
+                   ExpectError(deadlock, [&thread] { thread->Join(); });
+                   gate.Wait();
+                   ExpectError(deadlock, [&thread] { thread->Stop(); });
+                 }).get());
   uint32_t pending = 0;
   uint32_t idle = 0;
-  TmvTaskPool()->DispatchOne(pending, idle);
+  Pool().DispatchOne(pending, idle);
   gate.WaitForArrivals(1);
-  test::Call stop([&thread] { thread->Stop(); });
-  test::BeQuiet();
+  Call stop([&thread] { thread->Stop(); });
+  BeQuiet();
   EXPECT_FALSE(stop.IsDone());
   gate.Open();
   stop.WaitForReturn();

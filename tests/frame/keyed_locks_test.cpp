@@ -4,13 +4,10 @@
 
 #include <thread>
 
-#include "support/gate.h"
+#include "support/host_job.h"
 
 namespace temvar {
 namespace {
-
-using temvar_tests::Gate;
-using temvar_tests::LetOthersRun;
 
 size_t TableSize() {
   MutexLock lock(lock_table_guard);
@@ -33,18 +30,14 @@ TEST(KeyedLocks, ExcludeEachOtherOnOneKeyOnly) {
   TmvLock()->Lock(&first);
   TmvLock()->Lock(&second);
   TmvLock()->Unlock(&second);
-
-  Gate entered;
-  std::thread waiter([&] {
+  test::Call waiter([&first] {
     TmvLock()->Lock(&first);
-    entered.Open();
     TmvLock()->Unlock(&first);
   });
-  LetOthersRun();
-  EXPECT_FALSE(entered.IsOpen());
+  test::BeQuiet();
+  EXPECT_FALSE(waiter.IsDone());
   TmvLock()->Unlock(&first);
-  EXPECT_TRUE(entered.Wait());
-  waiter.join();
+  waiter.WaitForReturn();
   EXPECT_EQ(TableSize(), 0u);
 }
 

@@ -2,7 +2,6 @@
 // from what stands in for it elsewhere.
 #include <gtest/gtest.h>
 
-#include <set>
 #include <string>
 
 #include "platform/win32.h"
@@ -13,9 +12,6 @@
 namespace {
 
 using temvar::SystemPath;
-
-// Wide text as UTF-8.
-std::string Narrow(const TmvWideChar* text) { return temvar::ToUtf8(text).get(); }
 
 class FilesTest : public temvar_test::WorkFolderTest {
  protected:
@@ -72,6 +68,9 @@ TEST_P(FilesTest, WhatFailsTellsWhy) {
   EXPECT_EQ(error(DeleteFileW(lost.get())), ERROR_PATH_NOT_FOUND);
   EXPECT_EQ(error(DeleteFileW(folder.get())), ERROR_ACCESS_DENIED);
   EXPECT_EQ(error(CreateDirectoryW(file.get(), nullptr)), ERROR_ALREADY_EXISTS);
+  WIN32_FIND_DATAW data;
+  EXPECT_EQ(FindFirstFileW(Wide("none/*").get(), &data), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_PATH_NOT_FOUND});
   EXPECT_EQ(GetFile("file") + GetFile("other"), "xy");
 }
 
@@ -142,58 +141,6 @@ TEST_P(FilesTest, WhatAHandleIsNotGoodForFails) {
   CloseHandle(reader);
   EXPECT_FALSE(ReadFile(INVALID_HANDLE_VALUE, &byte, 1, &count, nullptr));
   EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
-}
-
-TEST_P(FilesTest, TimesOfOpenFiles) {
-  PutFile("f", "x");
-  const HANDLE file = Open("f", GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING);
-  ASSERT_NE(file, INVALID_HANDLE_VALUE);
-  FILETIME old_access;
-  EXPECT_TRUE(GetFileTime(file, nullptr, &old_access, nullptr));
-  // 2001-09-09 01:46:40 UTC and 1969-12-31 23:59:59 UTC, in ticks since 1601.
-  for (const uint64_t ticks : {126'444'736'000'000'000u, 116'444'735'990'000'000u}) {
-    const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-    EXPECT_TRUE(SetFileTime(file, &time, nullptr, &time));
-    const FILETIME keep{0, 0};
-    EXPECT_TRUE(SetFileTime(file, &keep, &keep, &keep));
-    FILETIME creation, access, write;
-    EXPECT_TRUE(GetFileTime(file, &creation, &access, &write));
-    for (const FILETIME& set : {creation, write}) {
-      EXPECT_EQ(set.dwLowDateTime, time.dwLowDateTime);
-      EXPECT_EQ(set.dwHighDateTime, time.dwHighDateTime);
-    }
-    EXPECT_EQ(access.dwLowDateTime, old_access.dwLowDateTime);
-    EXPECT_EQ(access.dwHighDateTime, old_access.dwHighDateTime);
-  }
-  CloseHandle(file);
-}
-
-TEST_P(FilesTest, ListsADirectory) {
-  std::multiset<std::string> expected = {".", ".."};
-  for (const char* name : {"plain.txt", "ελληνικά", "漢字", "😀", ".dot", "a b"}) {
-    MakeFolder("list");
-    PutFile(std::string("list/") + name, "12345");
-    expected.insert(name);
-  }
-  MakeFolder("list/folder");
-  expected.insert("folder");
-
-  std::multiset<std::string> names;
-  WIN32_FIND_DATAW data;
-  const HANDLE find = FindFirstFileW(Wide("list/*").get(), &data);
-  ASSERT_NE(find, INVALID_HANDLE_VALUE);
-  do {
-    const std::string name = Narrow(data.cFileName);
-    names.insert(name);
-    const bool directory = name == "folder" || name == "." || name == "..";
-    EXPECT_EQ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0, directory) << name;
-    EXPECT_EQ(data.nFileSizeLow, directory ? 0u : 5u) << name;
-  } while (FindNextFileW(find, &data));
-  EXPECT_EQ(GetLastError(), DWORD{ERROR_NO_MORE_FILES});
-  EXPECT_TRUE(FindClose(find));
-  EXPECT_EQ(names, expected);
-  EXPECT_EQ(FindFirstFileW(Wide("missing/*").get(), &data), INVALID_HANDLE_VALUE);
-  EXPECT_EQ(GetLastError(), DWORD{ERROR_PATH_NOT_FOUND});
 }
 
 }  // namespace

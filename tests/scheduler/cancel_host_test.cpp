@@ -1,24 +1,10 @@
 // Cancelling events: what stops, what is called, what is forgotten.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <temvar/temvar.h>
-
-#include "support/host_job.h"
+#include "pausable.h"
 
 namespace {
 
-using test::BeQuiet;
-using test::EventPtr;
-using test::Eventually;
-using test::Gate;
-using test::MakeEvent;
-using test::MakePackage;
-using test::MakeTask;
-using test::PackagePtr;
-using test::RunningPool;
-using test::TaskPtr;
-
-RkTaskSchedular& Schedular() { return *TmvTaskSchedular(); }
+using namespace test;
 
 // On a pool of two workers, one of them blocked: an event called "event" whose first package runs
 // (its task waits at the gate, with another behind it), and whose second one is queued. A cancel
@@ -26,7 +12,7 @@ RkTaskSchedular& Schedular() { return *TmvTaskSchedular(); }
 class Cancelled : public testing::Test {
  protected:
   void StartJob() {
-    TmvTaskPool()->AddTask(blocker_.get());
+    Pool().AddTask(blocker_.get());
     blockerGate_.WaitForArrivals(1);
     Schedular().AddEvent(event_.get());
     gate_.WaitForArrivals(1);
@@ -46,7 +32,7 @@ class Cancelled : public testing::Test {
   TaskPtr blocker_ = MakeTask("blocker", [this](RkTask*) { blockerGate_.Wait(); });
   TaskPtr running_ = MakeTask("running", [this](RkTask* task) {
     gate_.Wait();
-    task->ReportState(task, kTaskStateSucceeded);
+    Succeed(task);
   });
   TaskPtr waiting_ = MakeTask("waiting", [this](RkTask*) { waitingRan_ = true; });
   TaskPtr queued_ = MakeTask("queued", [](RkTask*) {});
@@ -54,7 +40,7 @@ class Cancelled : public testing::Test {
   PackagePtr second_ = MakePackage({queued_.get()});
   EventPtr event_ = MakeEvent("event", {first_.get(), second_.get()}, [this](RkTask* event) {
     stateAtCall_ = event->GetState();
-    event->ReportState(event, kTaskStateSucceeded);
+    Succeed(event);
     ++calls_;
   });
   RunningPool pool_{2};
@@ -75,7 +61,7 @@ TEST_F(Cancelled, WithRemovalTheEventIsForgottenAtOnceAndCalledOnce) {
   EXPECT_EQ(waiting_->GetState(), kTaskStateCreated);
   EXPECT_EQ(queued_->GetState(), kTaskStateCancelled);
   gate_.Open();
-  Eventually([] { return test::IdleWorkers() == 2; });
+  Eventually([] { return IdleWorkers() == 2; });
   EXPECT_EQ(running_->GetState(), kTaskStateCancelled);
   EXPECT_EQ(first_->GetState(), kTaskStateCreated);
   EXPECT_EQ(first_->GetCurrentIndex(), 0u);
@@ -124,9 +110,9 @@ TEST_F(Cancelled, ATaskNamedLikeTheCancelItselfDoesNotHoldItUp) {
 TEST_F(Cancelled, ATaskThatEndedBeforeIsNotAmongTheCancelled) {
   gate_.Open();
   blockerGate_.Open();
-  const PackagePtr package = MakePackage({running_.get()});
   Gate held;
   const TaskPtr other = MakeTask("other", [&held](RkTask*) { held.Wait(); });
+  const PackagePtr package = MakePackage({running_.get()});
   const PackagePtr second = MakePackage({other.get()});
   std::atomic<bool> done{false};
   const EventPtr event =
@@ -139,72 +125,75 @@ TEST_F(Cancelled, ATaskThatEndedBeforeIsNotAmongTheCancelled) {
   Eventually([&done] { return done.load(); });
   EXPECT_FALSE(Schedular().IsTaskCancelled("running"));
   EXPECT_TRUE(Schedular().IsTaskCancelled("other"));
-  Eventually([] { return test::IdleWorkers() == 2; });  // The cancel didn't wait for the task.
+  Eventually([] { return IdleWorkers() == 2; });  // The cancel didn't wait for the task.
 }
 
 // A paused task is not active: the cancel passes it by, and a resume lets it end.
-TEST_F(Cancelled, AParkedTaskIsPassedByAndWakesOnResume) {
-  StartJob();
-  gate_.Open();
-  Eventually([this] { return running_->GetState() != kTaskStateActive; });
-  Gate gate;
-  std::atomic<int> stage{0};
-  const TaskPtr task = MakeTask("parked", [&](RkTask* self) {
-    gate.Wait();
-    self->ReportState(self, kTaskStateCreated);
-    ++stage;
-  });
-  const PackagePtr package = MakePackage({task.get()});
-  const EventPtr event = MakeEvent("held", {package.get()});
-  Schedular().AddEvent(event.get());
-  gate.WaitForArrivals(1);
-  {
-    test::Call pause([] { Schedular().PauseEvent("held"); });
-    Eventually([&task] { return task->GetState() == kTaskStatePaused; });
-    gate.Open();
-    pause.WaitForReturn();
-  }
-  blockerGate_.Open();  // A worker for the cancel.
-  Schedular().CancelEventEx("held", false);
+TEST(CancelEvent, AParkedTaskIsPassedByAndWakesOnResume) {
+  Pausable event("event");
+  event.silent = true;
+  RunningPool pool(2);
+  event.Start();
+  event.PauseWhole();
+  Schedular().CancelEventEx("event", false);
   BeQuiet();
-  EXPECT_EQ(task->GetState(), kTaskStatePaused);
-  EXPECT_EQ(event->GetState(), kTaskStateCreated);  // The cancel waits for it.
-  Schedular().ResumeEvent("held");
-  Eventually([&event] { return event->GetState() == kTaskStateCancelled; });
-  EXPECT_EQ(stage, 1);
-  Schedular().RemoveEvent("held");
+  EXPECT_EQ(event.State(), kTaskStatePaused);
+  EXPECT_EQ(event.event()->GetState(), kTaskStateCreated);  // The cancel waits for it.
+  event.Resume();
+  Eventually([&event] { return event.event()->GetState() == kTaskStateCancelled; });
+  EXPECT_EQ(event.passed, 1);
+  Schedular().RemoveEvent("event");
+}
+
+// The first cancel takes queued tasks without an event out of the queue, but not the cancels behind
+// it.
+TEST(CancelEvent, InARowAllCallTheirEvents) {
+  std::atomic<int> calls{0};
+  Gate gate;
+  std::vector<TaskPtr> tasks;
+  std::vector<Job> jobs;
+  RunningPool pool(1);
+  for (const char* name : {"a", "b", "c"}) {
+    tasks.push_back(MakeTask(std::string("task ") + name, [&gate](RkTask*) { gate.Wait(); }));
+    jobs.emplace_back(name, std::vector<RkTask*>{tasks.back().get()},
+                      [&calls](RkTask*) { ++calls; });
+    jobs.back().Add();
+  }
+  gate.WaitForArrivals(1);
+  for (const char* name : {"a", "b", "c"}) Schedular().CancelEvent(name);
+  gate.Open();
+  Eventually([&calls] { return calls == 3; });
+  for (const Job& job : jobs) EXPECT_EQ(job.event->GetState(), kTaskStateCancelled);
 }
 
 TEST(CancelEventOfTask, FindsTheEventOfANestedTask) {
   RunningPool pool(1);
   const TaskPtr leaf = MakeTask("leaf");
   const PackagePtr inner = MakePackage({leaf.get()});
-  const PackagePtr outer = MakePackage({MakeTask("first").get(), inner.get()});
   std::atomic<int> calls{0};
-  const EventPtr event = MakeEvent("event", {outer.get()}, [&calls](RkTask*) { ++calls; });
-  Schedular().RegisterEvent(event.get());
+  const Job job("event", {MakeTask("first").get(), inner.get()}, [&calls](RkTask*) { ++calls; });
+  Schedular().RegisterEvent(job.event.get());
   EXPECT_FALSE(Schedular().CancelEventOfTask("none"));
   EXPECT_FALSE(Schedular().CancelEventOfTask("event"));
   EXPECT_TRUE(Schedular().CancelEventOfTask("leaf"));
   EXPECT_FALSE(Schedular().CancelEventOfTask("leaf"));
   Eventually([&calls] { return calls == 1; });
-  EXPECT_EQ(event->GetState(), kTaskStateCancelled);
+  EXPECT_EQ(job.event->GetState(), kTaskStateCancelled);
   EXPECT_EQ(leaf->GetState(), kTaskStateCreated);
 }
 
 // A cancel that Stop keeps from running lets go of its event all the same.
 TEST(CancelEvent, DropsItsReferenceWhenItNeverRuns) {
-  TmvTaskPool()->Start(0);
+  Pool().Start(0);
   {
-    const TaskPtr task = MakeTask("task", [](RkTask*) {});
-    const PackagePtr package = MakePackage({task.get()});
-    const EventPtr event = MakeEvent("event", {package.get()}, [](RkTask*) {});
-    Schedular().AddEvent(event.get());
+    const TaskPtr task = MakeTask("task", Succeed);
+    const Job job("event", {task.get()}, Succeed);
+    job.Add();
     Schedular().CancelEvent("event");
   }
-  EXPECT_EQ(test::LiveBodies(), 2);
-  TmvTaskPool()->Stop();
-  EXPECT_EQ(test::LiveBodies(), 0);
+  EXPECT_EQ(LiveBodies(), 2);
+  Pool().Stop();
+  EXPECT_EQ(LiveBodies(), 0);
 }
 
 }  // namespace

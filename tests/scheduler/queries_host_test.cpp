@@ -7,21 +7,8 @@
 
 namespace {
 
-using test::EventPtr;
-using test::Eventually;
-using test::Gate;
-using test::ListPtr;
-using test::Log;
-using test::MakeEvent;
-using test::MakePackage;
-using test::MakeTask;
-using test::NamesOf;
-using test::PackagePtr;
-using test::RunningPool;
-using test::TaskPtr;
+using namespace test;
 using ::testing::ElementsAre;
-
-RkTaskSchedular& Schedular() { return *TmvTaskSchedular(); }
 
 RkTask* AsTask(RkTaskPackage* package) { return package; }
 
@@ -137,23 +124,15 @@ TEST_F(Queries, InsertionTakesPlaceBehindADirectChildAlone) {
 }
 
 TEST(Registry, OrdersNamesByTheirBytes) {
-  const TaskPtr early = MakeTask("same");
-  const TaskPtr middle = MakeTask("same");
-  const TaskPtr late = MakeTask("same");
-  const PackagePtr p1 = MakePackage({early.get()});
-  const PackagePtr p2 = MakePackage({middle.get()});
-  const PackagePtr p3 = MakePackage({late.get()});
-  const EventPtr e1 = MakeEvent("e", {p1.get()});
-  const EventPtr e2 = MakeEvent("e ", {p2.get()});
-  const EventPtr e3 = MakeEvent("\xC3\xA9", {p3.get()});
-  for (const EventPtr* event : {&e3, &e2, &e1}) Schedular().RegisterEvent(event->get());
-  const struct {
-    RkTask* task;
-    const char* event;
-  } kOrder[] = {{early.get(), "e"}, {middle.get(), "e "}, {late.get(), "\xC3\xA9"}};
-  for (const auto& row : kOrder) {
-    EXPECT_EQ(TaskPtr(Schedular().FindTask("same")).get(), row.task);
-    Schedular().RemoveEvent(row.event);
+  const TaskPtr tasks[] = {MakeTask("same"), MakeTask("same"), MakeTask("same")};
+  const char* const names[] = {"e", "e ", "\xC3\xA9"};
+  for (const size_t i : {2u, 1u, 0u}) {
+    const Job job(names[i], {tasks[i].get()});
+    Schedular().RegisterEvent(job.event.get());
+  }
+  for (const size_t i : {0u, 1u, 2u}) {
+    EXPECT_EQ(TaskPtr(Schedular().FindTask("same")).get(), tasks[i].get());
+    Schedular().RemoveEvent(names[i]);
   }
 }
 
@@ -161,49 +140,25 @@ TEST(Registry, OrdersNamesByTheirBytes) {
 TEST(Insertion, TakesEffectWhileThePackageRuns) {
   RunningPool pool(2);
   Log log;
-  const auto note = [&log](RkTask* task) {
-    log.Add(task->GetName());
-    task->ReportState(task, kTaskStateSucceeded);
-  };
+  const Body note = log.Note();
   Gate gate;
   const TaskPtr first = MakeTask("first", [&](RkTask* task) {
     gate.Wait();
     note(task);
   });
   const TaskPtr last = MakeTask("last", note);
-  const PackagePtr package = MakePackage({first.get(), last.get()});
-  const EventPtr event = MakeEvent("event", {package.get()}, note);
-  Schedular().AddEvent(event.get());
+  const Job job("event", {first.get(), last.get()}, note);
+  job.Add();
   gate.WaitForArrivals(1);
   EXPECT_TRUE(Schedular().InsertTaskAfter(MakeTask("next", note).get(), first.get()));
   EXPECT_TRUE(Schedular().InsertTaskAfterName(MakeTask("behind", note).get(), "last"));
-  ListPtr list(Schedular().ListCurrentTasks(event.get()));
+  ListPtr list(Schedular().ListCurrentTasks(job.event.get()));
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("first"));
   gate.Open();
   log.WaitFor("event");
   EXPECT_THAT(log.Entries(), ElementsAre("first", "next", "last", "behind", "event"));
-  list.reset(Schedular().ListCurrentTasks(event.get()));
+  list.reset(Schedular().ListCurrentTasks(job.event.get()));
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("behind"));
-}
-
-TEST(Registry, ARemovedEventsReportsFindNothing) {
-  RunningPool pool(1);
-  Gate gate;
-  const TaskPtr task = MakeTask("task", [&gate](RkTask* self) {
-    gate.Wait();
-    self->ReportState(self, kTaskStateSucceeded);
-  });
-  std::atomic<bool> nextRan{false};
-  const TaskPtr next = MakeTask("next", [&nextRan](RkTask*) { nextRan = true; });
-  const PackagePtr package = MakePackage({task.get(), next.get()});
-  const EventPtr event = MakeEvent("event", {package.get()});
-  Schedular().AddEvent(event.get());
-  gate.WaitForArrivals(1);
-  Schedular().RemoveEvent("event");
-  gate.Open();
-  Eventually([] { return test::IdleWorkers() == 1; });
-  EXPECT_EQ(task->GetState(), kTaskStateActive);
-  EXPECT_FALSE(nextRan);
 }
 
 }  // namespace

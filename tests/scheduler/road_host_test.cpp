@@ -9,27 +9,10 @@
 
 namespace {
 
-using test::BeQuiet;
-using test::Call;
-using test::EventPtr;
-using test::Eventually;
-using test::Gate;
-using test::Log;
-using test::MakeEvent;
-using test::MakePackage;
-using test::MakeTask;
-using test::PackagePtr;
-using test::RunningPool;
-using test::TaskPtr;
+using namespace test;
 using ::testing::ElementsAre;
 
-RkTaskSchedular& Schedular() { return *TmvTaskSchedular(); }
-
-void Succeed(RkTask* task) { task->ReportState(task, kTaskStateSucceeded); }
-void Fail(RkTask* task) { task->ReportState(task, kTaskStateFailed); }
-
 TEST(Road, PackagesRunSideBySideAndTheirTasksOneAfterTheOther) {
-  EXPECT_EQ(TmvTaskSchedular(), TmvTaskSchedular());
   EXPECT_EQ(Schedular().GetEventCount(), 0u);
   Log log;
   Gate gate;
@@ -38,17 +21,14 @@ TEST(Road, PackagesRunSideBySideAndTheirTasksOneAfterTheOther) {
     gate.Wait();
     Succeed(task);
   };
-  const auto note = [&log](RkTask* task) {
-    log.Add(task->GetName());
-    Succeed(task);
-  };
+  const Body note = log.Note();
   const TaskPtr a1 = MakeTask("a1", wait);
   const TaskPtr a2 = MakeTask("a2", note);
   const TaskPtr b1 = MakeTask("b1", wait);
   const TaskPtr b2 = MakeTask("b2", note);
   const PackagePtr a = MakePackage({a1.get(), a2.get()});
   const PackagePtr b = MakePackage({b1.get(), b2.get()});
-  for (const PackagePtr* package : {&a, &b}) (*package)->SetFunc(test::MakeFunc(note).get());
+  for (const PackagePtr* package : {&a, &b}) (*package)->SetFunc(MakeFunc(note).get());
   a->SetName("a");
   b->SetName("b");
   uint64_t countAtEnd = 77;
@@ -85,52 +65,38 @@ TEST(Road, PackagesRunSideBySideAndTheirTasksOneAfterTheOther) {
   EXPECT_EQ(event->GetState(), kTaskStateSucceeded);
 }
 
-// Reports of the tasks of one package ('s' success, 'f' failure), and how it ends.
-struct PackageCase {
-  const char* reports;
-  bool continueOnFailure;
-  const char* states;
-  int32_t packageState;
-};
-
-// For the name of the test, which must not change from run to run.
-void PrintTo(const PackageCase& row, std::ostream* out) { *out << row.reports; }
-
-class PackageEnd : public testing::TestWithParam<PackageCase> {};
-
-TEST_P(PackageEnd, FollowsFromTheReports) {
-  const PackageCase& row = GetParam();
+// By the reports of its tasks: 's' success, 'f' failure.
+TEST(Road, APackageEndsAsItsReportsSay) {
+  const struct {
+    const char* reports;
+    bool continueOnFailure;
+    const char* states;
+    int32_t packageState;
+  } cases[] = {
+      {"sss", true, "111", 1}, {"sfs", true, "161", 1},  {"ssf", true, "116", 6},
+      {"f", true, "6", 6},     {"fss", false, "600", 6}, {"sfs", false, "160", 6},
+  };
   RunningPool pool(2);
-  std::vector<TaskPtr> tasks;
-  const PackagePtr package(CreateRkTaskPackage());
-  package->SetContinueOnFailure(row.continueOnFailure);
-  for (const char* report = row.reports; *report != '\0'; ++report) {
-    const std::string name = "task " + std::to_string(tasks.size());
-    tasks.push_back(MakeTask(name, *report == 's' ? Succeed : Fail));
-    package->AddTask(tasks.back().get());
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.reports);
+    std::vector<TaskPtr> tasks;
+    const Job job("event", {}, Succeed);
+    job.package->SetContinueOnFailure(row.continueOnFailure);
+    for (const char report : std::string(row.reports)) {
+      tasks.push_back(
+          MakeTask("task " + std::to_string(tasks.size()), report == 's' ? Succeed : Fail));
+      job.package->AddTask(tasks.back().get());
+    }
+    job.Add();
+    Eventually([&job] { return job.event->GetState() != kTaskStateCreated; });
+    Eventually([] { return IdleWorkers() == 2; });
+    std::string states;
+    for (const TaskPtr& task : tasks) states += static_cast<char>('0' + task->GetState());
+    EXPECT_EQ(states, row.states);
+    EXPECT_EQ(job.package->GetState(), row.packageState);
+    EXPECT_EQ(job.event->GetState(), row.packageState);
   }
-  std::atomic<bool> ended{false};
-  const EventPtr event = MakeEvent("event", {package.get()}, [&ended](RkTask* task) {
-    Succeed(task);
-    ended = true;
-  });
-  Schedular().AddEvent(event.get());
-  Eventually([&ended] { return ended.load(); });
-  std::string states;
-  for (const TaskPtr& task : tasks) states += static_cast<char>('0' + task->GetState());
-  EXPECT_EQ(states, row.states);
-  EXPECT_EQ(package->GetState(), row.packageState);
-  EXPECT_EQ(event->GetState(), row.packageState);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Reports, PackageEnd,
-    testing::Values(PackageCase{"sss", true, "111", 1}, PackageCase{"sfs", true, "161", 1},
-                    PackageCase{"ssf", true, "116", 6}, PackageCase{"f", true, "6", 6},
-                    PackageCase{"fss", false, "600", 6}, PackageCase{"sfs", false, "160", 6}),
-    [](const testing::TestParamInfo<PackageCase>& row) {
-      return std::string(row.param.reports) + (row.param.continueOnFailure ? "_goes_on" : "_stops");
-    });
 
 TEST(Road, AnEventTakesTheStateOfThePackageThatEndedLast) {
   RunningPool pool(2);
@@ -148,11 +114,19 @@ TEST(Road, AnEventTakesTheStateOfThePackageThatEndedLast) {
         MakeEvent("event", {first.get(), second.get()}, [&ended](RkTask*) { ended = true; });
     Schedular().AddEvent(event.get());
     Eventually([&first] { return first->GetState() != kTaskStateCreated; });
-    Eventually([] { return test::IdleWorkers() == 1; });
+    Eventually([] { return IdleWorkers() == 1; });
     gate.Open();
     Eventually([&ended] { return ended.load(); });
     EXPECT_EQ(event->GetState(), failedLast ? kTaskStateFailed : kTaskStateSucceeded);
   }
+}
+
+TEST(Road, AnEventWithoutPackagesOnlyStandsInTheRegistry) {
+  const EventPtr event = MakeEvent("event", {});
+  Schedular().AddEvent(event.get());
+  EXPECT_EQ(Schedular().GetEventCount(), 1u);
+  EXPECT_EQ(Pool().GetQueuedCount(), 0u);
+  Schedular().RemoveEvent("event");
 }
 
 TEST(Road, APackageWithoutTasksIsRefusedAndLeavesEverythingUsable) {
@@ -185,17 +159,6 @@ TEST(Road, APackageWithoutTasksIsRefusedAndLeavesEverythingUsable) {
   useAll.WaitForReturn();
 }
 
-TEST(Road, AnEventWithoutPackagesOnlyStandsInTheRegistry) {
-  RunningPool pool(1);
-  std::atomic<bool> ran{false};
-  const EventPtr event = MakeEvent("event", {}, [&ran](RkTask*) { ran = true; });
-  Schedular().AddEvent(event.get());
-  BeQuiet();
-  EXPECT_FALSE(ran);
-  EXPECT_EQ(Schedular().GetEventCount(), 1u);
-  Schedular().RemoveEvent("event");
-}
-
 TEST(Road, ATaskWithoutAnEventRunsOnceAndReportsIntoNothing) {
   RunningPool pool(1);
   std::atomic<int> runs{0};
@@ -224,9 +187,8 @@ TEST(Road, OnlyAReportMovesAPackageOn) {
     ++silentRuns;
   });
   const TaskPtr next = MakeTask("next", [&nextRan](RkTask*) { nextRan = true; });
-  const PackagePtr package = MakePackage({silent.get(), next.get()});
-  const EventPtr event = MakeEvent("event", {package.get()});
-  Schedular().AddEvent(event.get());
+  const Job job("event", {silent.get(), next.get()});
+  job.Add();
   Eventually([&silentRuns] { return silentRuns == 1; });
   BeQuiet();
   EXPECT_FALSE(nextRan);
@@ -241,6 +203,7 @@ TEST(Road, OnlyAReportMovesAPackageOn) {
 TEST(Road, ATaskThatReportsTwiceMovesItsPackageOnTwice) {
   RunningPool pool(1);
   Log log;
+  // Reports nothing.
   const auto note = [&log](RkTask* task) { log.Add(task->GetName()); };
   const TaskPtr twice = MakeTask("twice", [](RkTask* task) {
     Succeed(task);
@@ -249,31 +212,27 @@ TEST(Road, ATaskThatReportsTwiceMovesItsPackageOnTwice) {
   const TaskPtr second = MakeTask("second", note);
   const TaskPtr third = MakeTask("third", note);
   const TaskPtr fourth = MakeTask("fourth", note);
-  const PackagePtr package = MakePackage({twice.get(), second.get(), third.get(), fourth.get()});
-  const EventPtr event = MakeEvent("event", {package.get()});
-  Schedular().AddEvent(event.get());
+  const Job job("event", {twice.get(), second.get(), third.get(), fourth.get()});
+  job.Add();
   log.WaitFor("third");
   EXPECT_THAT(log.Entries(), ElementsAre("second", "third"));
-  EXPECT_EQ(package->GetCurrentIndex(), 2u);
+  EXPECT_EQ(job.package->GetCurrentIndex(), 2u);
   Schedular().RemoveEvent("event");
 }
 
 TEST(Road, ANestedPackageIsQueuedButItsChildrenNeverStart) {
   RunningPool pool(2);
-  std::atomic<bool> innerRan{false};
-  std::atomic<bool> behindRan{false};
-  const TaskPtr leaf = MakeTask("leaf", [&innerRan](RkTask*) { innerRan = true; });
+  Log log;
+  const TaskPtr leaf = MakeTask("leaf", log.Note());
   const PackagePtr inner = MakePackage({leaf.get()});
-  const TaskPtr before = MakeTask("before", Succeed);
-  const TaskPtr behind = MakeTask("behind", [&behindRan](RkTask*) { behindRan = true; });
-  const PackagePtr outer = MakePackage({before.get(), inner.get(), behind.get()});
-  const EventPtr event = MakeEvent("event", {outer.get()});
-  Schedular().AddEvent(event.get());
+  const TaskPtr before = MakeTask("before", log.Note());
+  const TaskPtr behind = MakeTask("behind", log.Note());
+  const Job job("event", {before.get(), inner.get(), behind.get()});
+  job.Add();
   Eventually([&inner] { return inner->GetState() == kTaskStateActive; });
   BeQuiet();
-  EXPECT_FALSE(innerRan);
-  EXPECT_FALSE(behindRan);
-  EXPECT_EQ(outer->GetCurrentIndex(), 1u);
+  EXPECT_THAT(log.Entries(), ElementsAre("before"));
+  EXPECT_EQ(job.package->GetCurrentIndex(), 1u);
   Schedular().RemoveEvent("event");
 }
 
@@ -284,62 +243,37 @@ TEST(Road, ALaterEventOfTheSameNameTakesTheEntry) {
     gate.Wait();
     Succeed(task);
   });
-  const TaskPtr fresh = MakeTask("fresh", [](RkTask*) {});
-  const PackagePtr oldPackage = MakePackage({old.get()});
-  const PackagePtr freshPackage = MakePackage({fresh.get()});
-  const EventPtr oldEvent = MakeEvent("same", {oldPackage.get()});
-  const EventPtr freshEvent = MakeEvent("same", {freshPackage.get()});
-  Schedular().AddEvent(oldEvent.get());
+  const TaskPtr fresh = MakeTask("fresh");
+  const Job oldJob("same", {old.get()});
+  const Job freshJob("same", {fresh.get()});
+  oldJob.Add();
   gate.WaitForArrivals(1);
-  Schedular().AddEvent(freshEvent.get());
+  freshJob.Add();
   EXPECT_EQ(Schedular().GetEventCount(), 1u);
-  EXPECT_EQ(TaskPtr(Schedular().FindEvent("same")).get(), freshEvent.get());
+  EXPECT_EQ(TaskPtr(Schedular().FindEvent("same")).get(), freshJob.event.get());
   EXPECT_EQ(TaskPtr(Schedular().FindTask("old")), nullptr);
   gate.Open();
-  Eventually([] { return test::IdleWorkers() == 2; });
+  Eventually([] { return IdleWorkers() == 2; });
   EXPECT_EQ(old->GetState(), kTaskStateActive);
-  EXPECT_EQ(oldPackage->GetState(), kTaskStateCreated);
+  EXPECT_EQ(oldJob.package->GetState(), kTaskStateCreated);
   Schedular().RemoveEvent("same");
   // The registry never gave back its reference on the entry that it overwrote.
-  DestroyRkTask(oldEvent.get());
+  DestroyRkTask(oldJob.event.get());
 }
 
 TEST(Road, AnEventThatIsAddedTwiceRunsItsFirstTasksTwice) {
   std::atomic<int> runs{0};
   const TaskPtr first = MakeTask("first", [&runs](RkTask*) { ++runs; });
   first->SetState(kTaskStateFailed);
-  const PackagePtr package = MakePackage({first.get()});
-  const EventPtr event = MakeEvent("event", {package.get()});
-  Schedular().AddEvent(event.get());
-  Schedular().AddEvent(event.get());
+  const Job job("event", {first.get()});
+  job.Add();
+  job.Add();
   EXPECT_EQ(first->GetState(), kTaskStateActive);
-  EXPECT_EQ(TmvTaskPool()->GetQueuedCount(), 2u);
+  EXPECT_EQ(Pool().GetQueuedCount(), 2u);
   RunningPool pool(1);
   Eventually([&runs] { return runs == 2; });
   Schedular().RemoveEvent("event");
-  DestroyRkTask(event.get());  // The reference of the first entry.
-}
-
-// A function that throws is turned into a failure by the host, and the package goes on.
-TEST(Road, AFailureMayComeFromAnException) {
-  RunningPool pool(1);
-  const TaskPtr bad = MakeTask("bad", [](RkTask* task) {
-    try {
-      throw std::runtime_error("no such file");
-    } catch (...) {
-      Fail(task);
-    }
-  });
-  std::atomic<bool> ran{false};
-  const TaskPtr good = MakeTask("good", [&ran](RkTask* task) {
-    Succeed(task);
-    ran = true;
-  });
-  const PackagePtr package = MakePackage({bad.get(), good.get()});
-  const EventPtr event = MakeEvent("event", {package.get()});
-  Schedular().AddEvent(event.get());
-  Eventually([&ran] { return ran.load(); });
-  EXPECT_EQ(bad->GetState(), kTaskStateFailed);
+  DestroyRkTask(job.event.get());  // The reference of the first entry.
 }
 
 }  // namespace

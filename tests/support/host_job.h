@@ -23,24 +23,21 @@ inline constexpr std::chrono::seconds kPatience{30};
 // Long enough for something wrong to happen, where a test has to show that nothing does.
 inline constexpr std::chrono::milliseconds kQuiet{100};
 
-struct DropTask {
+struct Drop {
   void operator()(RkTask* task) const { DestroyRkTask(task); }
-};
-struct DropFunc {
   void operator()(RkTaskFunc* func) const { DestroyRkTaskFunc(func); }
-};
-struct DropData {
   void operator()(RkTaskData* data) const { DestroyRkTaskData(data); }
-};
-struct DropList {
   void operator()(TaskListNode* list) const { TmvTaskSchedular()->FreeTaskList(list); }
 };
-using TaskPtr = std::unique_ptr<RkTask, DropTask>;
-using EventPtr = std::unique_ptr<RkTaskEvent, DropTask>;
-using PackagePtr = std::unique_ptr<RkTaskPackage, DropTask>;
-using FuncPtr = std::unique_ptr<RkTaskFunc, DropFunc>;
-using DataPtr = std::unique_ptr<RkTaskData, DropData>;
-using ListPtr = std::unique_ptr<TaskListNode, DropList>;
+using TaskPtr = std::unique_ptr<RkTask, Drop>;
+using EventPtr = std::unique_ptr<RkTaskEvent, Drop>;
+using PackagePtr = std::unique_ptr<RkTaskPackage, Drop>;
+using FuncPtr = std::unique_ptr<RkTaskFunc, Drop>;
+using DataPtr = std::unique_ptr<RkTaskData, Drop>;
+using ListPtr = std::unique_ptr<TaskListNode, Drop>;
+
+inline RkTaskSchedular& Schedular() { return *TmvTaskSchedular(); }
+inline RkTaskPool& Pool() { return *TmvTaskPool(); }
 
 using Body = std::function<void(RkTask*)>;
 
@@ -84,6 +81,19 @@ inline EventPtr MakeEvent(const std::string& name, const std::vector<RkTaskPacka
   if (body) event->SetFunc(MakeFunc(std::move(body)).get());
   return event;
 }
+
+// An event of one package.
+struct Job {
+  Job(const std::string& name, const std::vector<RkTask*>& tasks, Body body = nullptr)
+      : package(MakePackage(tasks)), event(MakeEvent(name, {package.get()}, std::move(body))) {}
+  void Add() const { Schedular().AddEvent(event.get()); }
+
+  PackagePtr package;
+  EventPtr event;
+};
+
+inline void Succeed(RkTask* task) { task->ReportState(task, kTaskStateSucceeded); }
+inline void Fail(RkTask* task) { task->ReportState(task, kTaskStateFailed); }
 
 inline std::vector<std::string> NamesOf(const TaskListNode* list) {
   std::vector<std::string> names;
@@ -142,6 +152,13 @@ class Log {
     const std::lock_guard<std::mutex> lock(mutex_);
     return entries_;
   }
+  // A function that notes the name of its task and reports success.
+  Body Note() {
+    return [this](RkTask* task) {
+      Add(task->GetName());
+      Succeed(task);
+    };
+  }
   bool WaitFor(const std::string& entry) const {
     return Eventually([this, &entry] {
       for (const std::string& seen : Entries()) {
@@ -159,10 +176,10 @@ class Log {
 // The pool's one life in this process. A test that fails must let its tasks go all the same.
 class RunningPool {
  public:
-  explicit RunningPool(uint32_t workers) { TmvTaskPool()->Start(workers); }
+  explicit RunningPool(uint32_t workers) { Pool().Start(workers); }
   ~RunningPool() { Stop(); }
   void Stop() {
-    if (!std::exchange(stopped_, true)) TmvTaskPool()->Stop();
+    if (!std::exchange(stopped_, true)) Pool().Stop();
   }
 
  private:
@@ -173,7 +190,7 @@ class RunningPool {
 inline uint32_t IdleWorkers() {
   uint32_t pending = 0;
   uint32_t idle = 0;
-  TmvTaskPool()->DispatchOne(pending, idle);
+  Pool().DispatchOne(pending, idle);
   return idle;
 }
 
