@@ -12,8 +12,7 @@ class RkTaskData;
 //
 // Rules for the function:
 // - Report the result with task->ReportState(task, 1), or 6 on failure. Without a report the
-// package
-//   of the task stands still.
+//   package of the task stands still.
 // - No exception may escape: the workers catch nothing, and the process would end. Catch everything
 //   and turn it into ReportState(task, 6).
 // - Pass a pause point now and then (ReportState with 0) if it runs long, and return early when the

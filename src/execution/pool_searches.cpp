@@ -59,6 +59,8 @@ uint32_t RkTaskPoolImpl::RemoveQueued(const char* name) {
   std::vector<PendingTask> queued;
   {
     MutexLock queue(queueMutex_);
+    MutexLock incoming(incomingMutex_);
+    FetchIncoming();
     queued.assign(pendingTasks_.begin(), pendingTasks_.end());
   }
   std::vector<uint64_t> serials;
@@ -87,7 +89,7 @@ std::vector<RkTaskPoolImpl::PendingTask> RkTaskPoolImpl::ExtractQueued(
     }
   }
   pendingTasks_.swap(kept);
-  NoteQueued();
+  NotePending();
   return extracted;
 }
 

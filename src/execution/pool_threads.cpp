@@ -43,10 +43,14 @@ void RkTaskPoolImpl::Stop() {
   std::deque<PendingTask> pending;
   {
     MutexLock queue(queueMutex_);
+    MutexLock incoming(incomingMutex_);
+    FetchIncoming();
     running.swap(runningTasks_);
     pending.swap(pendingTasks_);
-    NoteQueued();
+    NotePending();
   }
+  // Who waits for a task to leave the pool need not wait any longer.
+  Notify(nullptr, kTaskPoolAddThreadToPool);
   running.clear();
   while (!pending.empty()) pending.pop_front();
   running_.store(false, std::memory_order_release);

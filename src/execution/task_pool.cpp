@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <typeinfo>
 
 namespace temvar {
@@ -12,36 +13,20 @@ void RkTaskPoolImpl::AddTask(RkTask* task) {
   if (!entry.task) return;
   entry.func = Ref<RkTaskFuncImpl>(ToImpl(task->GetFunc()));
 
-  if (idleCount_ > 0) {
-    // The usual case of a pool with time: queue and pair in one go.
-    MutexLock idle(idleMutex_);
-    RkTaskThreadImpl* paired = nullptr;
-    {
-      MutexLock queue(queueMutex_);
-      if (stopRequested_) return;
-      Append(std::move(entry));
-      if (idleThreads_.empty()) {
-        workCondition_.NotifyOne();
-      } else {
-        paired = PairOldest();
-      }
-    }
-    if (paired != nullptr) paired->Wake();
-    return;
-  }
-
   {
-    MutexLock queue(queueMutex_);
+    MutexLock incoming(incomingMutex_);
     if (stopRequested_) return;
-    Append(std::move(entry));
-    if (idleCount_ == 0) {
-      workCondition_.NotifyOne();
-      return;
-    }
+    entry.serial = nextSerial_++;
+    incoming_.push_back(std::move(entry));
   }
-  uint32_t pending = 0;
-  uint32_t idle = 0;
-  DispatchOne(pending, idle);
+  if (idleCount_ > 0) {
+    uint32_t pending = 0;
+    uint32_t idle = 0;
+    DispatchOne(pending, idle);
+  } else if (dispatcherSleeps_) {
+    MutexLock queue(queueMutex_);
+    workCondition_.NotifyOne();
+  }
 }
 
 void RkTaskPoolImpl::AddFunc(RkTaskFunc* func) {
@@ -59,8 +44,8 @@ void RkTaskPoolImpl::DispatchOne(uint32_t& pending, uint32_t& idle) {
   RkTaskThreadImpl* paired = nullptr;
   {
     MutexLock queueLock(queueMutex_);
-    if (!pendingTasks_.empty() && !stopRequested_) paired = PairOldest();
-    pending = static_cast<uint32_t>(pendingTasks_.size());
+    if (HasQueued() && !stopRequested_) paired = PairOldest();
+    pending = GetQueuedCount();
   }
   if (paired != nullptr) paired->Wake();
   idle = static_cast<uint32_t>(idleThreads_.size());
@@ -82,23 +67,39 @@ void RkTaskPoolImpl::ThreadIdle(RkTaskThread* thread) {
   Ref<RkTaskImpl> task;
   Ref<RkTaskFuncImpl> func;
   Ref<RkTaskImpl> running;
-
-  MutexLock idle(idleMutex_);
-  idleThreads_.push_back(worker);
-  NoteIdle();
   worker->TakeAssignment(task, func);
-
-  RkTaskThreadImpl* paired = nullptr;
   {
     MutexLock queue(queueMutex_);
     if (task) {
       running = TakeRunning(task.get());
       if (running) Notify(nullptr, kTaskPoolAddThreadToPool);
     }
-    if (!pendingTasks_.empty() && !stopRequested_) paired = PairOldest();
+    if (TakeNext(*worker)) return;
+  }
+
+  MutexLock idle(idleMutex_);
+  idleThreads_.push_back(worker);
+  RkTaskThreadImpl* paired = nullptr;
+  {
+    MutexLock queue(queueMutex_);
+    NoteIdle();
+    if (HasQueued() && !stopRequested_) paired = PairOldest();
   }
   // The caller looks for an assignment before it sleeps and needs no waking.
   if (paired != nullptr && paired != worker) paired->Wake();
+}
+
+// A worker that comes back while tasks wait and nobody else is idle would be the oldest idle one:
+// it takes the oldest task without a way through the idle queue, and goes among the running at
+// once.
+bool RkTaskPoolImpl::TakeNext(RkTaskThreadImpl& worker) {
+  if (idleCount_ > 0 || stopRequested_ || !HasQueued()) return false;
+  AssignOldest(worker);
+  if (worker.HasFunc()) {
+    runningTasks_.emplace_back(worker.AssignedTask());
+    worker.SetMarkedRunning();
+  }
+  return true;
 }
 
 void RkTaskPoolImpl::WaitForWork() {
@@ -106,9 +107,11 @@ void RkTaskPoolImpl::WaitForWork() {
     pollCondition_.WaitFor(queueMutex_, std::chrono::seconds(5), [] { return false; });
     return;
   }
+  dispatcherSleeps_ = true;
   workCondition_.Wait(queueMutex_, [this]() TMV_NO_THREAD_SAFETY_ANALYSIS {
-    return !pendingTasks_.empty() || stopRequested_;
+    return HasQueued() || stopRequested_;
   });
+  dispatcherSleeps_ = false;
 }
 
 // Tasks wait and no worker is idle. Whoever becomes idle makes the next pass itself; this wait is
@@ -119,10 +122,29 @@ void RkTaskPoolImpl::WaitForPoll() {
   pollCondition_.WaitFor(queueMutex_, bound, [this] { return stopRequested_.load(); });
 }
 
-void RkTaskPoolImpl::Append(PendingTask entry) {
-  entry.serial = nextSerial_++;
-  pendingTasks_.push_back(std::move(entry));
-  NoteQueued();
+uint32_t RkTaskPoolImpl::GetQueuedCount() {
+  MutexLock incoming(incomingMutex_);
+  return pendingCount_ + static_cast<uint32_t>(incoming_.size());
+}
+
+// Whether a task is queued. If one is, the oldest stands at the front of pendingTasks_ afterwards.
+bool RkTaskPoolImpl::HasQueued() {
+  if (pendingTasks_.empty()) {
+    MutexLock incoming(incomingMutex_);
+    FetchIncoming();
+  }
+  return !pendingTasks_.empty();
+}
+
+// Moves what was added since behind pendingTasks_.
+void RkTaskPoolImpl::FetchIncoming() {
+  if (pendingTasks_.empty()) {
+    pendingTasks_.swap(incoming_);
+  } else {
+    std::move(incoming_.begin(), incoming_.end(), std::back_inserter(pendingTasks_));
+    incoming_.clear();
+  }
+  NotePending();
 }
 
 // The oldest queued task goes to the worker that has been idle longest. The caller wakes it without
@@ -130,15 +152,19 @@ void RkTaskPoolImpl::Append(PendingTask entry) {
 // Stop can't end it.
 RkTaskThreadImpl* RkTaskPoolImpl::PairOldest() {
   RkTaskThreadImpl* const worker = idleThreads_.front();
-  RkTask* task = pendingTasks_.front().task.get();
-  // The queue's references become the worker's.
-  worker->Assign(std::move(pendingTasks_.front().task), std::move(pendingTasks_.front().func));
-  Notify(&task, kTaskPoolReadyToRunThread);
+  AssignOldest(*worker);
   idleThreads_.pop_front();
   NoteIdle();
-  pendingTasks_.pop_front();
-  NoteQueued();
   return worker;
+}
+
+void RkTaskPoolImpl::AssignOldest(RkTaskThreadImpl& worker) {
+  RkTask* task = pendingTasks_.front().task.get();
+  // The queue's references become the worker's.
+  worker.Assign(std::move(pendingTasks_.front().task), std::move(pendingTasks_.front().func));
+  Notify(&task, kTaskPoolReadyToRunThread);
+  pendingTasks_.pop_front();
+  NotePending();
 }
 
 // Takes the first entry of this task out of the running list. The result keeps its reference.

@@ -74,9 +74,10 @@ void RkTaskThreadImpl::ThreadMain() {
 // its own; the data has one, in case the callback gives its holder other data.
 void RkTaskThreadImpl::RunAssignment() {
   RkTaskImpl* const task = AssignedTask();
+  const bool marked = std::exchange(markedRunning_, false);
   if (task == nullptr || func_ == nullptr) return;
   const Ref<RkTaskDataImpl> data = func_->Data();
-  if (pool_ != nullptr) pool_->MarkRunning(this);
+  if (!marked && pool_ != nullptr) pool_->MarkRunning(this);
   if (const RkTaskCallback callback = func_->GetCallback()) {
     current_task = task;
     callback(task, data.get());

@@ -2,7 +2,8 @@
 // that carry the annotations of clang's thread-safety analysis.
 //
 // The one order of locks, outermost first: a worker's mutex, pause, registry, state, the pool's
-// idleMutex, the pool's queueMutex, the keyed lock of a package, the lock inside a condition.
+// idleMutex, the pool's queueMutex, its incomingMutex, the keyed lock of a package, the lock inside
+// a condition.
 #ifndef TEMVAR_FRAME_MUTEX_H_
 #define TEMVAR_FRAME_MUTEX_H_
 

@@ -9,8 +9,8 @@
 
 namespace temvar {
 
-// The messages of the pool. An observer compares the key as text. Both are sent with the pool's two
-// mutexes held, so Update must be short and must not enter the pool.
+// The messages of the pool. An observer compares the key as text. Both are sent with the pool's
+// queueMutex held, so Update must be short and must not enter the pool.
 //
 // A worker that had run a task is back in the idle queue; no data.
 inline constexpr char kTaskPoolAddThreadToPool[] = "kTaskPoolAddThreadToPool";

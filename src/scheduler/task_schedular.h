@@ -21,12 +21,10 @@ namespace temvar {
 // 1. Locks are taken in the order pause, registry, state, and then those of the pool.
 // 2. The pool is asked for running and queued tasks without any of them, since it asks back.
 // 3. References that may be the last are dropped without them: what a sweep or a removal yields is
-// kept
-//    by its caller until the locks are free.
+//    kept by its caller until the locks are free.
 // 4. A plain task moves to paused, back to active, and to cancelled under the registry mutex. So a
-// task
-//    that isn't paused when a completion step looks under that mutex doesn't become so before its
-//    end.
+//    task that isn't paused when a completion step looks under that mutex doesn't become so before
+//    its end.
 class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
  public:
   ~RkTaskSchedularImpl() override;

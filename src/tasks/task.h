@@ -87,9 +87,10 @@ class RkTaskImpl : public virtual RkTask {
   bool internal_ = false;
   std::atomic<bool> inPackage_{false};
   uint32_t nameHash_ = 0;
-  std::string name_;
+  // What a run needs stands together, the name behind it.
   Ref<RkTaskDataImpl> data_;
   Ref<RkTaskFuncImpl> func_;
+  std::string name_;
 };
 
 // The implementation behind an interface pointer; null for null and for what is not of this

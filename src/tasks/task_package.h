@@ -13,8 +13,8 @@ namespace temvar {
 // Thread-safety:
 // 1. The operations of the interface take the keyed lock of the object's address.
 // 2. The scheduler reads the children under its registry mutex, without that lock. It holds the
-// registry
-//    mutex for its own insertions too, so a list that it can reach doesn't change under a walk.
+//    registry mutex for its own insertions too, so a list that it can reach doesn't change under a
+//    walk.
 // 3. The position is written by the scheduler alone.
 class RkTaskPackageImpl final : public RkTaskImpl, public RkTaskPackage {
  public:
