@@ -49,8 +49,6 @@ void RkTaskPoolImpl::Stop() {
     pending.swap(pendingTasks_);
     NotePending();
   }
-  // Who waits for a task to leave the pool need not wait any longer.
-  Notify(nullptr, kTaskPoolAddThreadToPool);
   running.clear();
   while (!pending.empty()) pending.pop_front();
   running_.store(false, std::memory_order_release);
@@ -68,14 +66,23 @@ void RkTaskPoolImpl::ThrowIfWorker() const {
 void RkTaskPoolImpl::StopWorkers() {
   for (RkTaskThreadImpl* worker : threads_) {
     worker->Stop();
-    // A worker leaves an assignment that it had not begun as it is. The pool gave it the
-    // references, so the pool takes them back.
-    Ref<RkTaskImpl> task;
-    Ref<RkTaskFuncImpl> func;
-    worker->TakeAssignment(task, func);
+    TakeBack(*worker);
     DestroyRkTaskThread(worker);
   }
   threads_.clear();
+}
+
+// A worker that ends leaves an assignment that it had not begun as it is. The pool gave it the
+// references, so the pool takes them back; and a cancel on a worker that hasn't ended yet may wait
+// for the task to leave.
+void RkTaskPoolImpl::TakeBack(RkTaskThreadImpl& worker) {
+  Ref<RkTaskImpl> task;
+  Ref<RkTaskFuncImpl> func;
+  Ref<RkTaskImpl> running;
+  worker.TakeAssignment(task, func);
+  if (!task) return;
+  MutexLock queue(queueMutex_);
+  running = TakeRunning(task.get());
 }
 
 void RkTaskPoolImpl::ForgetIdle(RkTaskThreadImpl* thread) {

@@ -70,10 +70,7 @@ void RkTaskPoolImpl::ThreadIdle(RkTaskThread* thread) {
   worker->TakeAssignment(task, func);
   {
     MutexLock queue(queueMutex_);
-    if (task) {
-      running = TakeRunning(task.get());
-      if (running) Notify(nullptr, kTaskPoolAddThreadToPool);
-    }
+    if (task) running = TakeRunning(task.get());
     if (TakeNext(*worker)) return;
   }
 
@@ -167,7 +164,8 @@ void RkTaskPoolImpl::AssignOldest(RkTaskThreadImpl& worker) {
   NotePending();
 }
 
-// Takes the first entry of this task out of the running list. The result keeps its reference.
+// Takes the first entry of this task out of the running list and tells so. The result keeps its
+// reference.
 Ref<RkTaskImpl> RkTaskPoolImpl::TakeRunning(RkTaskImpl* task) {
   const auto hit =
       std::find_if(runningTasks_.begin(), runningTasks_.end(),
@@ -175,6 +173,7 @@ Ref<RkTaskImpl> RkTaskPoolImpl::TakeRunning(RkTaskImpl* task) {
   if (hit == runningTasks_.end()) return {};
   Ref<RkTaskImpl> taken = std::move(*hit);
   runningTasks_.erase(hit);
+  Notify(nullptr, kTaskPoolAddThreadToPool);
   return taken;
 }
 

@@ -82,6 +82,7 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   }
   void ThrowIfWorker() const;
   void StopWorkers();
+  void TakeBack(RkTaskThreadImpl& worker);
 
   std::atomic<bool> stopRequested_{false};
   std::atomic<bool> exitWhenIdle_{false};
