@@ -28,7 +28,7 @@ enum ExitStatus { kDone = 0, kSomeFailed = 1, kWrongUsage = 2, kNotRun = 3, kCan
 std::string SettingsPath(const Options& options) {
   if (options.settingsFile) return *options.settingsFile;
   const tmv::Text folder(TmvUtilitySys()->GetAppDataPath());
-  return std::string(folder.c_str()) + "temvar-backup.json";
+  return support::Utf8FromPath(support::PathFromFolder(folder.c_str()) / "temvar-backup.json");
 }
 
 fs::path SourceOf(const Settings& settings) {

@@ -1,6 +1,7 @@
 #ifndef EXAMPLES_SUPPORT_TEXT_H_
 #define EXAMPLES_SUPPORT_TEXT_H_
 
+#include <algorithm>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
@@ -11,6 +12,11 @@ namespace support {
 // Paths and UTF-8, which is what the library and the screen take.
 inline std::filesystem::path PathFromUtf8(const std::string& text) {
   return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+// A folder that the library tells: it stands with backslashes on every system.
+inline std::filesystem::path PathFromFolder(std::string text) {
+  std::replace(text.begin(), text.end(), '\\', '/');
+  return PathFromUtf8(text);
 }
 inline std::string Utf8FromPath(const std::filesystem::path& path) {
   const std::u8string text = path.generic_u8string();
