@@ -12,11 +12,13 @@ const std::vector<Way>& WaysToCrash() {
       {"null-call", 0xC0000005, 2, 0, 0xC0000005},
       {"division", 0xC0000094, 1, 0, 0xC0000094},
       {"illegal", 0xC000001D, 1, 0, 0xC000001D},
+      {"stack-overflow", 0xC00000FD, 1, 0, 0xC00000FD},
       {"abort", 0, 0, 0, 3},
       {"terminate", 0, 0, 0, 3},
       {"exception", 0, 0, 0, 3},
       {"heap-corruption", 0xC0000374, 1, 0, 0xC0000374},
       {"worker", 0xC0000005, 2, 0, 0xC0000005},
+      {"worker-overflow", 0xC00000FD, 1, 0, 0xC00000FD},
   };
   return ways;
 }
