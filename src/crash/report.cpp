@@ -51,6 +51,7 @@ void WriteArchive(const char* archive) {
 
 void MakeReport(EXCEPTION_POINTERS* exception, bool notify) {
   const RunningReport running;
+  if (running.GoesInCircles()) return;
   const DumpPath dump;
   WriteDump(dump.Text(), exception);
   ExpectHeapInCrash();

@@ -12,6 +12,7 @@ namespace temvar {
 namespace {
 
 constexpr size_t kMaxReports = 64;  // What goes beyond is made, but not waited for.
+constexpr int kMaxDepth = 2;        // Of reports inside each other.
 constexpr std::chrono::milliseconds kPause{5};
 constexpr int kPauses = 60 * 200;
 constexpr int kPausesOfTurn = 30 * 200;
@@ -44,6 +45,12 @@ RunningReport::RunningReport() : place_(TakePlace()) {}
 
 RunningReport::~RunningReport() {
   if (place_ < kMaxReports) threads[place_].store(0);
+}
+
+bool RunningReport::GoesInCircles() const {
+  const DWORD self = GetCurrentThreadId();
+  return std::count_if(std::begin(threads), std::end(threads),
+                       [self](const auto& place) { return place.load() == self; }) > kMaxDepth;
 }
 
 DumpTurn::DumpTurn() {

@@ -14,6 +14,11 @@ class RunningReport {
   RunningReport(const RunningReport&) = delete;
   RunningReport& operator=(const RunningReport&) = delete;
 
+  // A report that crashes is reported, and so is a fault that the host's callback handles. But one
+  // that crashes again and again would go on until the thread has no stack left, for minutes:
+  // whether this is the third report on this thread, one inside the other.
+  bool GoesInCircles() const;
+
  private:
   size_t place_;
 };
