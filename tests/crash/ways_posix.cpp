@@ -31,17 +31,19 @@ void CheckBacktrace(const CrashRun& run, const Minidump& dump) {
 
 const std::vector<Way>& WaysToCrash() {
   static const std::vector<Way> ways = {
-      {"null-write", 0xC0000005, 2, SIGSEGV, 0},
-      {"null-call", 0xC0000005, 2, SIGSEGV, 0},
-      {"division", 0xC0000094, 1, SIGFPE, 0},
-      {"illegal", 0xC000001D, 1, SIGILL, 0},
-      {"stack-overflow", 0xC0000005, 2, SIGSEGV, 0},
-      {"abort", 0, 0, SIGABRT, 0},
-      {"terminate", 0, 0, SIGABRT, 0},
-      {"exception", 0xE06D7363, 1, SIGABRT, 0},
-      {"heap-corruption", 0xC0000374, 1, SIGABRT, 0},
-      {"worker", 0xC0000005, 2, SIGSEGV, 0},
-      {"worker-overflow", 0xC0000005, 2, SIGSEGV, 0},
+    {"null-write", 0xC0000005, 2, SIGSEGV, 0},
+    {"null-call", 0xC0000005, 2, SIGSEGV, 0},
+    {"division", 0xC0000094, 1, SIGFPE, 0},
+    {"illegal", 0xC000001D, 1, SIGILL, 0},
+    {"stack-overflow", 0xC0000005, 2, SIGSEGV, 0},
+    {"abort", 0, 0, SIGABRT, 0},
+    {"terminate", 0, 0, SIGABRT, 0},
+    {"exception", 0xE06D7363, 1, SIGABRT, 0},
+    {"worker", 0xC0000005, 2, SIGSEGV, 0},
+    {"worker-overflow", 0xC0000005, 2, SIGSEGV, 0},
+#if !defined(TEMVAR_FOREIGN_HEAP)
+    {"heap-corruption", 0xC0000374, 1, SIGABRT, 0},
+#endif
   };
   return ways;
 }

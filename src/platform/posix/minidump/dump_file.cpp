@@ -1,14 +1,21 @@
 #include "platform/posix/minidump/dump_file.h"
 
 #include <fcntl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
 
 #include "platform/posix/path.h"
 
 namespace temvar::posix::minidump {
+namespace {
+
+constexpr size_t kPageSize = 4096;
+
+}  // namespace
 
 DumpFile::DumpFile(int descriptor) : descriptor_(descriptor) {
   timespec now = {};
@@ -32,21 +39,25 @@ uint32_t DumpFile::Reserve(size_t size) {
   return offset;
 }
 
-bool DumpFile::WriteAt(uint32_t offset, const void* data, size_t size) {
+void DumpFile::WriteAt(uint32_t offset, const void* data, size_t size) {
   const char* at = static_cast<const char*>(data);
   while (size > 0) {
-    const ssize_t done = pwrite(descriptor_, at, size, static_cast<off_t>(offset));
-    if (done < 0 && errno == EINTR) continue;
-    if (done <= 0) {
-      // A page that can't be read is no fault of the file.
-      if (errno != EFAULT) failed_ = true;
-      return false;
+    // The kernel alone looks at the memory: not the wrapper of a sanitizer, to which parts of a
+    // stack are out of bounds.
+    const long written = syscall(SYS_pwrite64, descriptor_, at, size, static_cast<off_t>(offset));
+    if (written < 0 && errno == EINTR) continue;
+    size_t done = static_cast<size_t>(written);
+    if (written < 0 && errno == EFAULT) {
+      // A page that can't be read is no fault of the file: its place stays empty.
+      done = std::min(size, kPageSize - reinterpret_cast<uintptr_t>(at) % kPageSize);
+    } else if (written <= 0) {
+      failed_ = true;
+      return;
     }
     at += done;
     offset += static_cast<uint32_t>(done);
-    size -= static_cast<size_t>(done);
+    size -= done;
   }
-  return true;
 }
 
 Location DumpFile::Append(const void* data, size_t size) {

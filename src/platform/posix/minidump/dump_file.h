@@ -20,8 +20,8 @@ class DumpFile {
   // Sets room aside and gives its offset, a multiple of 8. It reads as zeros until written.
   uint32_t Reserve(size_t size);
 
-  // Writes at an offset that Reserve gave. False when not all could be written.
-  bool WriteAt(uint32_t offset, const void* data, size_t size);
+  // Writes at an offset that Reserve gave.
+  void WriteAt(uint32_t offset, const void* data, size_t size);
 
   // Both in one.
   Location Append(const void* data, size_t size);

@@ -33,6 +33,8 @@ void ReadBuildId(uint64_t address, uint64_t size, Image& image) {
          CopyMemory(address + at, &note, sizeof(note))) {
     const uint64_t name = address + at + sizeof(note);
     const uint64_t content = name + Padded(note.n_namesz);
+    at += sizeof(note) + Padded(note.n_namesz) + Padded(note.n_descsz);
+    if (at > size) return;
     char owner[4] = {};
     if (note.n_type == NT_GNU_BUILD_ID && note.n_namesz == sizeof(owner) &&
         note.n_descsz <= kMaxBuildId && CopyMemory(name, owner, sizeof(owner)) &&
@@ -40,7 +42,6 @@ void ReadBuildId(uint64_t address, uint64_t size, Image& image) {
       if (CopyMemory(content, image.build_id, note.n_descsz)) image.build_id_size = note.n_descsz;
       return;
     }
-    at += sizeof(note) + Padded(note.n_namesz) + Padded(note.n_descsz);
   }
 }
 
@@ -56,10 +57,13 @@ bool ReadHeaders(Image& image) {
     const uint64_t at = image.base + header.e_phoff + i * sizeof(segment);
     if (!CopyMemory(at, &segment, sizeof(segment))) return false;
     if (segment.p_type != PT_LOAD) continue;
+    const uint64_t end = segment.p_vaddr + segment.p_memsz;
+    if (end < segment.p_vaddr) return false;
     first = std::min<uint64_t>(first, segment.p_vaddr);
-    last = std::max<uint64_t>(last, segment.p_vaddr + segment.p_memsz);
+    last = std::max(last, end);
   }
-  if (first >= last) return false;
+  // A dump tells the size of an image in 32 bits.
+  if (first >= last || last - first > UINT32_MAX) return false;
   image.size = last - first;
   for (unsigned i = 0; i < count && image.build_id_size == 0; ++i) {
     const uint64_t at = image.base + header.e_phoff + i * sizeof(segment);

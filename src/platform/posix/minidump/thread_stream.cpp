@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "platform/posix/minidump/context.h"
@@ -91,35 +92,37 @@ void ThreadStreams::WriteNames() {
 }
 
 void ThreadStreams::WriteMemory() {
-  // One entry for each stack, and one for the code around the fault.
-  memory_ = file_.Reserve(sizeof(ranges_) + (count_ + 1) * sizeof(MemoryRange));
+  const uint32_t list = file_.Reserve(sizeof(range_count_) + (count_ + 1) * sizeof(MemoryRange));
   MemoryRange range = {};
-  MemoryRange crashed = {};
   uint64_t start = 0;
   size_t size = 0;
   for (size_t i = 0; i < count_; ++i) {
     const ucontext_t* const machine = MachineOf(i);
     const size_t limit = i == 0 ? kCrashedStack : kOtherStack;
     if (machine == nullptr || !FindStack(StackPointerOf(*machine), limit, start, size)) continue;
-    AddMemory(start, size, range);
+    if (!AddMemory(start, size, range)) continue;
     file_.WriteAt(EntryOffset(list_, i, sizeof(Thread)) + offsetof(Thread, stack), &range,
                   sizeof(range));
-    if (i == 0) crashed = range;
   }
   if (machine_ != nullptr && FindSurroundings(InstructionPointerOf(*machine_), start, size)) {
-    // Ranges that overlap spoil the list: code that runs on the stack is there already.
-    const bool separate =
-        start + size <= crashed.start || start >= crashed.start + crashed.location.size;
-    if (separate) AddMemory(start, size, range);
+    AddMemory(start, size, range);
   }
-  file_.WriteAt(memory_, &ranges_, sizeof(ranges_));
-  const size_t list_size = sizeof(ranges_) + ranges_ * sizeof(MemoryRange);
-  file_.AddStream(kMemoryListStream, {static_cast<uint32_t>(list_size), memory_});
+  const size_t list_size = range_count_ * sizeof(MemoryRange);
+  file_.WriteAt(list, &range_count_, sizeof(range_count_));
+  file_.WriteAt(EntryOffset(list, 0, sizeof(MemoryRange)), ranges_, list_size);
+  file_.AddStream(kMemoryListStream,
+                  {static_cast<uint32_t>(sizeof(range_count_) + list_size), list});
 }
 
-void ThreadStreams::AddMemory(uint64_t start, size_t size, MemoryRange& range) {
+bool ThreadStreams::AddMemory(uint64_t start, size_t size, MemoryRange& range) {
+  for (uint32_t i = 0; i < range_count_; ++i) {
+    const MemoryRange& other = ranges_[i];
+    if (start >= other.start && start < other.start + other.location.size) return false;
+    if (start < other.start) size = std::min<size_t>(size, other.start - start);
+  }
   range = {start, file_.Append(reinterpret_cast<const void*>(start), size)};
-  file_.WriteAt(EntryOffset(memory_, ranges_++, sizeof(range)), &range, sizeof(range));
+  ranges_[range_count_++] = range;
+  return true;
 }
 
 }  // namespace temvar::posix::minidump

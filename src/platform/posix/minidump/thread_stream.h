@@ -29,16 +29,19 @@ class ThreadStreams {
   pid_t IdOf(size_t index) const;
   const ucontext_t* MachineOf(size_t index) const;
   void WriteNames();
-  void AddMemory(uint64_t start, size_t size, MemoryRange& range);
+  // Appends memory and enters it in the list. What is there already is cut off: an address that
+  // comes twice spoils the list for readers. `range` tells what was added; false for nothing.
+  bool AddMemory(uint64_t start, size_t size, MemoryRange& range);
 
   DumpFile& file_;
   const pid_t crashed_;
   const ucontext_t* const machine_;
   const StoppedThreads& others_;
   const size_t count_;
-  uint32_t list_ = 0;    // Offset of the thread list.
-  uint32_t memory_ = 0;  // Offset of the memory list.
-  uint32_t ranges_ = 0;  // Entries in it.
+  uint32_t list_ = 0;  // Offset of the thread list.
+  // The memory list: a stack for each thread, and the code around the fault.
+  MemoryRange ranges_[StoppedThreads::kMaxThreads + 2];
+  uint32_t range_count_ = 0;
 };
 
 }  // namespace temvar::posix::minidump
