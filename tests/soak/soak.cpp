@@ -4,18 +4,228 @@
 // events themselves check what is promised: the order inside a package, one end for each event,
 // states, look-ups. At the end Stop must return and everything must have been released once. A
 // watchdog fails with a message where something hangs.
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
+#include <deque>
 #include <iostream>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
-#include "driver.h"
 #include "model.h"
 #include "watchdog.h"
 
 namespace {
 
 using namespace soak;
+
+class Driver;
+
+// What the drivers share.
+struct Stage {
+  std::deque<Driver> drivers;
+  std::chrono::steady_clock::time_point end;
+  // Whether the last events are left to Stop while they run, or are waited for.
+  bool cutOff = false;
+  // An event that stands in the registry all the time. To resume it wakes everything parked.
+  tmv::Event bell;
+};
+
+// One thread of a host: makes events one after the other, and while its own event runs it does
+// anything to it and to those of the others.
+class Driver {
+ public:
+  Driver(Stage& stage, size_t index, uint64_t seed, Activity& activity)
+      : stage_(stage), index_(index), random_(seed), activity_(activity) {}
+
+  void Run() {
+    while (std::chrono::steady_clock::now() < stage_.end) RunEvent();
+    activity_.Begin("done", true);
+  }
+
+  // Ends what Run left to Stop. Only after Stop.
+  void LetGo() {
+    if (current_ == nullptr) return;
+    Schedular().RemoveEvent(current_->name().c_str());
+    current_->LetGo();
+    current_ = nullptr;
+  }
+
+  // The event that this driver runs now, or null. Any thread.
+  std::shared_ptr<EventModel> Current() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return current_;
+  }
+
+ private:
+  void Nap(uint64_t mostMicroseconds) {
+    std::this_thread::sleep_for(std::chrono::microseconds(random_() % mostMicroseconds));
+  }
+
+  void Publish(std::shared_ptr<EventModel> event) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    current_.swap(event);
+  }
+  void RunEvent() {
+    const auto kind = static_cast<Kind>(random_() % 5);
+    const std::string name = "event " + std::to_string(index_) + "." + std::to_string(++lastEvent_);
+    const std::shared_ptr<EventModel> event = EventModel::Make(kind, name, random_);
+    {
+      const Doing doing(activity_, "AddEvent", name);
+      Schedular().AddEvent(event->task());
+    }
+    Publish(event);
+    endRequested_ = false;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!HasEnded(*event)) {
+      DoAnything();
+      FreeIfGone(*event);
+      if (kind != Kind::kPlain && !endRequested_ && random_() % 20 == 0) EndIt(*event);
+      const auto now = std::chrono::steady_clock::now();
+      if (kind == Kind::kPlain && stage_.cutOff && now > stage_.end) return;
+      if (kind != Kind::kPlain && now > stage_.end) EndIt(*event);
+      if (now > std::max(deadline, stage_.end + std::chrono::seconds(30))) {
+        activity_.Begin("waits for the end of " + name);
+        std::this_thread::sleep_for(std::chrono::hours(1));  // Until the watchdog tells.
+      }
+    }
+    Publish(nullptr);
+    Settle(*event);
+  }
+  // A cancelled event's function is called, by the cancel or by the end that came before it.
+  bool HasEnded(const EventModel& event) const {
+    if (event.kind() == Kind::kPlain) return event.WasCalled();
+    if (event.kind() == Kind::kRemoved) return endRequested_;
+    return endRequested_ && event.WasCalled();
+  }
+  // A task that is parked when its event leaves the registry can't be resumed any more. It would
+  // keep its worker, which the cancel may need.
+  void FreeIfGone(EventModel& event) {
+    if (tmv::Task::Adopt(Schedular().FindEvent(event.name().c_str()))) return;
+    event.FreeParkedTasks();
+    Schedular().ResumeEvent(stage_.bell->GetName());
+  }
+  void EndIt(EventModel& event) {
+    endRequested_ = true;
+    CancelOrRemove(event);
+  }
+  void DoAnything() {
+    const std::shared_ptr<EventModel> event =
+        stage_.drivers[AnyIndex(random_, stage_.drivers.size())].Current();
+    if (event == nullptr) {
+      Nap(100);
+      return;
+    }
+    const Doing doing(activity_, "edits and look-ups", event->name());
+    switch (random_() % 12) {
+      case 0:
+      case 1:
+        return PauseAWhile(*event);
+      case 2:
+        if (event.get() != current_.get() && random_() % 10 == 0) CancelOrRemove(*event);
+        return;
+      case 3:
+        if (event->kind() == Kind::kCancelled && random_() % 10 == 0) {
+          Schedular().CancelEventOfTask(event->SomeTaskName(random_).c_str());
+        }
+        return;
+      case 4:
+        if (event->kind() == Kind::kWild) event->InsertAnywhere(random_);
+        return;
+      case 5:
+      case 6:
+        return Ask(*event);
+      case 7:
+        return AddHostFunc();
+      case 8:
+        TmvTaskPool()->SetPollInterval(static_cast<int32_t>(random_() % 600) - 50);
+        return;
+      default:
+        return Nap(500);
+    }
+  }
+  void PauseAWhile(EventModel& event) {
+    {
+      const Doing doing(activity_, "PauseEvent", event.name());
+      Schedular().PauseEvent(event.name().c_str());
+    }
+    Nap(1000);
+    const Doing doing(activity_, "ResumeEvent", event.name());
+    Schedular().ResumeEvent(event.name().c_str());
+  }
+  void CancelOrRemove(EventModel& event) {
+    const char* const name = event.name().c_str();
+    const Doing doing(activity_, "cancels or removes", name);
+    if (event.kind() == Kind::kRemoved) Schedular().RemoveEvent(name);
+    if (event.kind() == Kind::kCancelled) Schedular().CancelEvent(name);
+    if (event.kind() == Kind::kKept || event.kind() == Kind::kWild) {
+      Schedular().CancelEventEx(name, false);
+    }
+  }
+  void Ask(EventModel& event) {
+    const tmv::Task found = tmv::Task::Adopt(Schedular().FindEvent(event.name().c_str()));
+    if (found) {
+      if (event.name() != found->GetName()) Fail("FindEvent gave " + std::string(found->GetName()));
+      TaskListNode* const list = Schedular().ListCurrentTasks(found);
+      for (TaskListNode* node = list; node != nullptr; node = node->next) {
+        const std::string name = node->task->GetName();
+        if (name.rfind(event.name(), 0) != 0) Fail("ListCurrentTasks gave " + name);
+      }
+      Schedular().FreeTaskList(list);
+    }
+    uint32_t count = 0;
+    TaskListNode* const running = TmvTaskPool()->ListRunning(event.name().c_str(), count);
+    uint32_t length = 0;
+    for (TaskListNode* node = running; node != nullptr; node = node->next) ++length;
+    TmvTaskPool()->FreeTaskList(running);
+    if (length != count) Fail("ListRunning gave a count that isn't the length of its list");
+    const std::string task = event.SomeTaskName(random_);
+    const bool cancelled = Schedular().IsTaskCancelled(task.c_str());
+    if (cancelled && event.kind() == Kind::kPlain) Fail(task + " reads as cancelled");
+    if (Schedular().GetEventCount() < 1) Fail("the registry lost an event");
+  }
+  // It may be dropped by a cancel, as what belongs to no event is, but it must be released.
+  void AddHostFunc() {
+    ++alive.hostFuncs;
+    const std::shared_ptr<void> token(nullptr, [](void*) { --alive.hostFuncs; });
+    TmvTaskPool()->AddFunc(tmv::MakeFunc([token] {}));
+  }
+  // Waits until nothing of the event can run any more, and drops it.
+  void Settle(EventModel& event) {
+    const Doing doing(activity_, "waits for the tasks of", event.name());
+    Schedular().RemoveEvent(event.name().c_str());
+    int64_t starts = 0;
+    do {
+      starts = event.Starts();
+      AwaitQueue(event);
+    } while (event.Inside() > 0 || event.Starts() != starts);
+    event.LetGo();
+  }
+  // What was queued before has started, or was dropped, when a function behind it is released.
+  void AwaitQueue(EventModel& event) {
+    std::shared_ptr<int> token = std::make_shared<int>();
+    const std::weak_ptr<int> life = token;
+    TmvTaskPool()->AddFunc(tmv::MakeFunc([token = std::move(token)] {}));
+    while (!life.expired() || event.Inside() > 0) {
+      FreeIfGone(event);
+      Nap(300);
+    }
+  }
+
+  Stage& stage_;
+  const size_t index_;
+  std::mt19937_64 random_;
+  Activity& activity_;
+  uint64_t lastEvent_ = 0;
+  bool endRequested_ = false;
+
+  std::mutex mutex_;
+  std::shared_ptr<EventModel> current_;
+};
 
 // Far above what a loaded machine with a sanitizer needs for one operation.
 constexpr std::chrono::seconds kPatience{60};
@@ -34,9 +244,9 @@ void CheckBalance() {
   const auto check = [](const char* what, int64_t count) {
     if (count != 0) Fail(std::to_string(count) + " " + what + " were not released");
   };
-  check("payloads", Alive().payloads);
-  check("events", Alive().events);
-  check("host functions", Alive().hostFuncs);
+  check("payloads", alive.payloads);
+  check("events", alive.events);
+  check("host functions", alive.hostFuncs);
   check("registered events", static_cast<int64_t>(TmvTaskSchedular()->GetEventCount()));
 }
 
@@ -75,7 +285,7 @@ int main(int argc, char** argv) {
   for (Driver& driver : stage.drivers) driver.LetGo();
   TmvTaskSchedular()->RemoveEvent("bell");
   CheckBalance();
-  std::cout << "seed " << seed << ", " << seconds << " s: " << Count().events << " events, "
-            << Count().tasks << " tasks; all promises kept" << std::endl;
+  std::cout << "seed " << seed << ", " << seconds << " s: " << counts.events << " events, "
+            << counts.tasks << " tasks; all promises kept" << std::endl;
   return 0;
 }
