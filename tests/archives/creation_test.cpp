@@ -81,6 +81,9 @@ TEST_P(CreationTest, EntriesStandInTheByteOrderOfTheirPaths) {
 }
 
 TEST_P(CreationTest, APathStandsOnceWithItsLastName) {
+  PutFile("a.zip", NoisyBytes(5000));
+  EXPECT_THAT(Names(), ElementsAre());
+  EXPECT_EQ(GetFile("a.zip").size(), 22u) << "an empty archive replaces what was there";
   PutFile("f.txt", "data");
   AddFile("f.txt", "first");
   AddFile("f.txt", "second");
@@ -91,23 +94,12 @@ TEST_P(CreationTest, APathStandsOnceWithItsLastName) {
   EXPECT_THAT(Names(), ElementsAre("second", "third"));
 }
 
-TEST_P(CreationTest, AnEmptyListMakesAnEmptyArchiveAndReplacesAnOldOne) {
-  PutFile("a.zip", NoisyBytes(5000));
-  EXPECT_THAT(Write(), ElementsAre());
-  EXPECT_TRUE(result_);
-  EXPECT_EQ(GetFile("a.zip").size(), 22u);
-}
-
 TEST_P(CreationTest, NamesAreStoredInTheAnsiCodePage) {
   PutFile("f", "1");
   PutFile("g", "2");
   AddFile("f", "caf\xC3\xA9/\xE2\x82\xAC");
   AddFile("g", "\xE6\xBC\xA2.txt");
-  const auto entries = Write();
-  ASSERT_EQ(entries.size(), 2u);
-  EXPECT_EQ(entries[0].name, "caf\xE9/\x80");
-  EXPECT_EQ(entries[1].name, "?.txt");
-  EXPECT_EQ(entries[0].flags, 0);
+  EXPECT_THAT(Names(), ElementsAre("caf\xE9/\x80", "?.txt"));
 }
 
 TEST_P(CreationTest, ExclusionsGoByTheExtensionOnDisk) {

@@ -10,6 +10,15 @@ namespace {
 
 using namespace test;
 
+// Stop waits for the functions that run; they stand at the gate.
+void StopAndOpen(Gate& gate) {
+  Call stop([] { Pool().Stop(); });
+  BeQuiet();
+  EXPECT_FALSE(stop.IsDone());
+  gate.Open();
+  stop.WaitForReturn();
+}
+
 TEST(PoolLife, WithoutWorkersNothingRunsAndStopReleasesIt) {
   Pool().Start(0);
   EXPECT_EQ(Pool().GetThreadCount(), 0u);
@@ -36,13 +45,7 @@ TEST(PoolLife, StopWaitsForRunningFunctionsAndDropsQueuedTasks) {
   }
   gate.WaitForArrivals(2);
   for (int i = 0; i < 20; ++i) Pool().AddFunc(MakeFunc([&late](RkTask*) { ++late; }).get());
-  {
-    Call stop([] { Pool().Stop(); });
-    BeQuiet();
-    EXPECT_FALSE(stop.IsDone());
-    gate.Open();
-    stop.WaitForReturn();
-  }
+  StopAndOpen(gate);
   EXPECT_EQ(returned, 2);
   EXPECT_EQ(late, 0);
   EXPECT_EQ(LiveBodies(), 0);
@@ -58,12 +61,7 @@ TEST(PoolLife, TasksAddedWhileItStopsNeverRun) {
                    Pool().AddFunc(MakeFunc([&ran](RkTask*) { ran = true; }).get());
                  }).get());
   gate.WaitForArrivals(1);
-  {
-    Call stop([] { Pool().Stop(); });
-    BeQuiet();
-    gate.Open();
-    stop.WaitForReturn();
-  }
+  StopAndOpen(gate);
   EXPECT_FALSE(ran);
   EXPECT_EQ(LiveBodies(), 0);
 }
@@ -75,21 +73,13 @@ TEST(PoolLife, StopOfAPoolThatWasNotStartedThrows) {
 TEST(PoolLife, AnEventThatStopCutOffStaysRegistered) {
   Pool().Start(1);
   Gate gate;
-  const TaskPtr first = MakeTask("first", [&gate](RkTask* task) {
-    gate.Wait();
-    Succeed(task);
-  });
+  const TaskPtr first = MakeTask("first", gate.Then(Succeed));
   std::atomic<bool> secondRan{false};
   const TaskPtr second = MakeTask("second", [&secondRan](RkTask*) { secondRan = true; });
   const Job job("cut", {first.get(), second.get()});
   job.Add();
   gate.WaitForArrivals(1);
-  {
-    Call stop([] { Pool().Stop(); });
-    BeQuiet();
-    gate.Open();
-    stop.WaitForReturn();
-  }
+  StopAndOpen(gate);
   EXPECT_FALSE(secondRan);
   EXPECT_EQ(first->GetState(), kTaskStateSucceeded);
   EXPECT_EQ(Schedular().GetEventCount(), 1u);

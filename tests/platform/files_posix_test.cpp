@@ -124,29 +124,4 @@ TEST_P(FilesPosixTest, PipesAreReadAsTheyCome) {
   FreeBinayDataResult(&result);
 }
 
-TEST_P(FilesPosixTest, ShellTellsWhyItFails) {
-  PutFile("file", "x");
-  MakeFolder("folder");
-  const auto run = [](UINT operation, std::u16string from, std::u16string to) {
-    from += u'\0';
-    to += u'\0';
-    SHFILEOPSTRUCTW request{};
-    request.wFunc = operation;
-    request.pFrom = from.c_str();
-    request.pTo = to.c_str();
-    return static_cast<DWORD>(SHFileOperationW(&request));
-  };
-  EXPECT_EQ(run(FO_DELETE, Wide("missing"), u""), ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(run(FO_COPY, Wide("missing"), Wide("copy")), ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(run(FO_COPY, Wide("file"), Wide("file/inner")), ERROR_PATH_NOT_FOUND);
-  EXPECT_EQ(run(99, Wide("file"), u""), ERROR_INVALID_PARAMETER);
-  const auto make = [this](std::string_view name) {
-    return static_cast<DWORD>(SHCreateDirectoryExW(nullptr, Wide(name).c_str(), nullptr));
-  };
-  EXPECT_EQ(make("folder"), ERROR_ALREADY_EXISTS);
-  EXPECT_EQ(make("file"), ERROR_FILE_EXISTS);
-  EXPECT_EQ(make("file/inner"), ERROR_PATH_NOT_FOUND);
-  EXPECT_EQ(make("a/b/c/"), ERROR_SUCCESS);
-}
-
 }  // namespace

@@ -30,10 +30,7 @@ class Cancelled : public testing::Test {
   std::atomic<int32_t> stateAtCall_{-1};
 
   TaskPtr blocker_ = MakeTask("blocker", [this](RkTask*) { blockerGate_.Wait(); });
-  TaskPtr running_ = MakeTask("running", [this](RkTask* task) {
-    gate_.Wait();
-    Succeed(task);
-  });
+  TaskPtr running_ = MakeTask("running", gate_.Then(Succeed));
   TaskPtr waiting_ = MakeTask("waiting", [this](RkTask*) { waitingRan_ = true; });
   TaskPtr queued_ = MakeTask("queued", [](RkTask*) {});
   PackagePtr first_ = MakePackage({running_.get(), waiting_.get()});

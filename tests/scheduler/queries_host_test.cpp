@@ -142,10 +142,7 @@ TEST(Insertion, TakesEffectWhileThePackageRuns) {
   Log log;
   const Body note = log.Note();
   Gate gate;
-  const TaskPtr first = MakeTask("first", [&](RkTask* task) {
-    gate.Wait();
-    note(task);
-  });
+  const TaskPtr first = MakeTask("first", gate.Then(note));
   const TaskPtr last = MakeTask("last", note);
   const Job job("event", {first.get(), last.get()}, note);
   job.Add();

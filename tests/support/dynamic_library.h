@@ -1,39 +1,99 @@
+// Loading a library by hand, and what a process holds of the system.
 #ifndef TEMVAR_TESTS_SUPPORT_DYNAMIC_LIBRARY_H_
 #define TEMVAR_TESTS_SUPPORT_DYNAMIC_LIBRARY_H_
 
-#include <cstddef>
+#include <gtest/gtest.h>
 
-// Loading a library by hand, and what a process holds of the system: written twice, in posix/ and
-// windows/.
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <iterator>
+
+#if defined(_WIN32)
+// clang-format off
+#include <windows.h>
+#include <tlhelp32.h>
+// clang-format on
+#else
+#include <dlfcn.h>
+#endif
+
 namespace test {
 
-// A library that is loaded for the life of the object. The constructor fails the test that calls it
-// if the file can't be loaded.
+#if defined(_WIN32)
+
+inline void* Load(const char* file) { return LoadLibraryA(file); }
+inline bool Unload(void* library) { return FreeLibrary(static_cast<HMODULE>(library)) != 0; }
+inline bool IsLoaded(const char* file) { return GetModuleHandleA(file) != nullptr; }
+inline void* Find(void* library, const char* name) {
+  return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
+}
+
+inline std::size_t CountThreads() {
+  std::size_t count = 0;
+  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  EXPECT_NE(snapshot, INVALID_HANDLE_VALUE);
+  THREADENTRY32 entry = {};
+  entry.dwSize = sizeof entry;
+  for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
+    if (entry.th32OwnerProcessID == GetCurrentProcessId()) ++count;
+  }
+  CloseHandle(snapshot);
+  return count;
+}
+
+// Tries each value that a handle can have, for Wine 8 gives 0 for GetProcessHandleCount. Handles
+// are multiples of four, and the lowest free one is taken first.
+inline std::size_t CountHandles() {
+  constexpr std::uintptr_t kHighest = 4 * 4096;
+  std::size_t count = 0;
+  for (std::uintptr_t value = 4; value <= kHighest; value += 4) {
+    DWORD flags = 0;
+    if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags)) ++count;
+  }
+  return count;
+}
+
+#else
+
+inline void* Load(const char* file) { return dlopen(file, RTLD_NOW | RTLD_LOCAL); }
+inline bool Unload(void* library) { return dlclose(library) == 0; }
+inline bool IsLoaded(const char* file) {
+  void* const handle = dlopen(file, RTLD_NOW | RTLD_NOLOAD);
+  return handle != nullptr && Unload(handle);
+}
+inline void* Find(void* library, const char* name) { return dlsym(library, name); }
+
+inline std::size_t CountEntries(const char* folder) {
+  const std::filesystem::directory_iterator entries(folder);
+  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+inline std::size_t CountThreads() { return CountEntries("/proc/self/task"); }
+inline std::size_t CountHandles() { return CountEntries("/proc/self/fd"); }
+
+#endif
+
+// A library that is loaded for the life of the object.
 class DynamicLibrary {
  public:
-  explicit DynamicLibrary(const char* file);
-  ~DynamicLibrary();
+  explicit DynamicLibrary(const char* file) : handle_(Load(file)) {
+    EXPECT_NE(handle_, nullptr) << file;
+  }
+  ~DynamicLibrary() { EXPECT_TRUE(Unload(handle_)); }
   DynamicLibrary(const DynamicLibrary&) = delete;
   DynamicLibrary& operator=(const DynamicLibrary&) = delete;
 
   // The exported function of this name; fails the test if there is none.
   template <typename Function>
   Function* Get(const char* name) const {
-    return reinterpret_cast<Function*>(Find(name));
+    void* const function = Find(handle_, name);
+    EXPECT_NE(function, nullptr) << name;
+    return reinterpret_cast<Function*>(function);
   }
 
  private:
-  using AnyFunction = void (*)();
-  AnyFunction Find(const char* name) const;
-
-  void* handle_;
+  void* const handle_;
 };
-
-bool IsLoaded(const char* file);
-
-// Threads of this process, and its open handles or file descriptors.
-std::size_t CountThreads();
-std::size_t CountHandles();
 
 }  // namespace test
 

@@ -130,6 +130,13 @@ class Gate {
     ++arrived_;
     EXPECT_TRUE(opened_.wait_for(lock, kPatience, [this] { return open_; }));
   }
+  // A function that waits first.
+  Body Then(Body body) {
+    return [this, body = std::move(body)](RkTask* task) {
+      Wait();
+      body(task);
+    };
+  }
   void WaitForArrivals(int count) {
     Eventually([this, count] { return arrived_ >= count; });
   }

@@ -51,17 +51,7 @@ TEST_P(FileBasicsTest, MoveNeverOverwrites) {
   EXPECT_EQ(GetFile("renamed/inner"), "i");
 }
 
-TEST_P(FileBasicsTest, RemoveTakesFilesOnly) {
-  PutFile("a.txt", "a");
-  MakeFolder("folder");
-  EXPECT_TRUE(file_->RemoveFile(Path("a.txt").c_str()));
-  EXPECT_FALSE(Exists("a.txt"));
-  EXPECT_FALSE(file_->RemoveFile(Path("a.txt").c_str()));
-  EXPECT_FALSE(file_->RemoveFile(Path("folder").c_str()));
-  EXPECT_TRUE(Exists("folder"));
-}
-
-TEST_P(FileBasicsTest, LooksTellFilesFromDirectories) {
+TEST_P(FileBasicsTest, LooksAndRemovalTellFilesFromDirectories) {
   PutFile("empty", "");
   MakeFolder("φάκελος");
   EXPECT_TRUE(file_->PathExists(Path("empty").c_str()));
@@ -71,6 +61,12 @@ TEST_P(FileBasicsTest, LooksTellFilesFromDirectories) {
   // Either separator serves.
   EXPECT_TRUE(file_->PathExists((Path() + "\\empty").c_str()));
   EXPECT_TRUE(file_->PathExists((Path() + "/empty").c_str()));
+
+  EXPECT_TRUE(file_->RemoveFile(Path("empty").c_str()));
+  EXPECT_FALSE(Exists("empty"));
+  EXPECT_FALSE(file_->RemoveFile(Path("empty").c_str()));
+  EXPECT_FALSE(file_->RemoveFile(Path("φάκελος").c_str()));
+  EXPECT_TRUE(Exists("φάκελος"));
 }
 
 TEST_P(FileBasicsTest, WhatNamesNoFileFails) {

@@ -25,16 +25,13 @@ TEST(StringBasics, Copies) {
   text->FreeString(nullptr);
 }
 
-TEST(StringBasics, NullAndEmpty) {
+TEST(StringBasics, NullEmptyAndBlank) {
   EXPECT_TRUE(text->IsNullOrEmpty(nullptr));
   EXPECT_TRUE(text->IsNullOrEmpty(""));
   EXPECT_FALSE(text->IsNullOrEmpty(" "));
   const char* const given = "given";
   EXPECT_EQ(text->SafeString(given), given);
   EXPECT_STREQ(text->SafeString(nullptr), "");
-}
-
-TEST(StringBasics, BlankCharacters) {
   std::string blanks;
   for (int character = -300; character <= 300; ++character) {
     if (text->IsBlankChar(character)) blanks += static_cast<char>(character);

@@ -17,6 +17,9 @@ TMVUtilityString* const text = TmvUtilityString();
 Wide Widen(const std::string& ascii) { return Wide(ascii.begin(), ascii.end()); }
 
 TEST(StringFormat, Narrow) {
+  char* const narrow = text->FormatString("%s", "abc");
+  for (int i = 3; i < 8; ++i) EXPECT_EQ(narrow[i], '\0') << "room for two terminators";
+  text->FreeString(narrow);
   EXPECT_EQ(Take(text->FormatString("%d|%5d|%-5d|%05u|%x", -1, 42, 42, 42u, 255u)),
             "-1|   42|42   |00042|ff");
   EXPECT_EQ(Take(text->FormatString("%s and %.3s", "\xCE\xB1", "abcdef")), "\xCE\xB1 and abc");
@@ -68,12 +71,6 @@ TEST(StringFormat, WideTexts) {
   // Without its terminator, as a precision allows.
   const TmvWideChar open[] = {'a', 'b', 'c'};
   EXPECT_EQ(TakeWide(text->FormatWideString(TMV_WIDE("%.3s"), open)), TMV_WIDE("abc"));
-}
-
-TEST(StringFormat, BlocksHaveRoomForTwoTerminators) {
-  char* const narrow = text->FormatString("%s", "abc");
-  for (int i = 3; i < 8; ++i) EXPECT_EQ(narrow[i], '\0');
-  text->FreeString(narrow);
 }
 
 }  // namespace
