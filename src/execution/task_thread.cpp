@@ -54,6 +54,13 @@ void RkTaskThreadImpl::TakeAssignment(Ref<RkTaskImpl>& task, Ref<RkTaskFuncImpl>
   func = Ref<RkTaskFuncImpl>::Adopt(std::exchange(func_, nullptr));
 }
 
+// From here on a pause that is asked for on this thread, by the releaser of what ran before, must
+// not wait for the task.
+void RkTaskThreadImpl::SetMarkedRunning() {
+  markedRunning_ = true;
+  current_task = AssignedTask();
+}
+
 void RkTaskThreadImpl::ThreadMain() {
   const CrashThreadScope crash_stack;
   SetCurrentThreadName("temvar-worker");
@@ -81,8 +88,8 @@ void RkTaskThreadImpl::RunAssignment() {
   if (const RkTaskCallback callback = func_->GetCallback()) {
     current_task = task;
     callback(task, data.get());
-    current_task = nullptr;
   }
+  current_task = nullptr;
 }
 
 RkTaskThreadImpl* ToImpl(RkTaskThread* thread) {

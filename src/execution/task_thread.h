@@ -40,7 +40,7 @@ class RkTaskThreadImpl final : public RkTaskThread {
   void TakeAssignment(Ref<RkTaskImpl>& task, Ref<RkTaskFuncImpl>& func);
   bool HasFunc() const { return func_ != nullptr; }
   // The assignment stands in the list of running tasks already. By the worker's own thread only.
-  void SetMarkedRunning() { markedRunning_ = true; }
+  void SetMarkedRunning();
   RkTaskImpl* AssignedTask() const { return task_.load(std::memory_order_acquire); }
 
   bool IsCurrentThread() const { return thread_.get_id() == std::this_thread::get_id(); }

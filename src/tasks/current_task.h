@@ -6,7 +6,7 @@ namespace temvar {
 
 class RkTaskImpl;
 
-// The task whose function runs on this thread, or null. Not owned.
+// The task whose function runs on this thread or is about to, or null. Not owned.
 inline constinit thread_local RkTaskImpl* current_task = nullptr;
 
 }  // namespace temvar

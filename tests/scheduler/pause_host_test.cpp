@@ -182,6 +182,32 @@ TEST(Pause, ATaskMayPauseItsOwnEvent) {
   Eventually([] { return Schedular().GetEventCount() == 0; });
 }
 
+// The worker has its next task already when it lets go of what ran before.
+TEST(Pause, FromAReleaserDoesNotWaitForTheTaskBehindIt) {
+  RunningPool pool(1);
+  Gate gate;
+  std::atomic<bool> paused{false};
+  std::shared_ptr<void> released(nullptr, [&paused](void*) {
+    Schedular().PauseEvent("event");
+    paused = true;
+  });
+  Pool().AddFunc(MakeFunc([&gate, released](RkTask*) { gate.Wait(); }).get());
+  released.reset();
+  gate.WaitForArrivals(1);
+  const TaskPtr task = MakeTask("task", [](RkTask* self) {
+    do Succeed(self);
+    while (self->GetState() == kTaskStateActive);
+  });
+  const Job job("event", {task.get()});
+  job.Add();
+  gate.Open();
+  Eventually([&paused] { return paused.load(); });
+  Eventually([&task] {
+    Schedular().ResumeEvent("event");
+    return task->GetState() == kTaskStateSucceeded;
+  });
+}
+
 // A report may pass the look of ReportState and meet the pause inside the completion step.
 TEST(Pause, ACompletionThatMeetsItParksAndDoesNotBlockTheResume) {
   RunningPool pool(1);

@@ -120,6 +120,8 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
 
   bool WasCalled() const { return calls_ > 0; }
   int Inside() const { return inside_; }
+  // From now on its tasks do nothing when they start.
+  void Close() { closed_ = true; }
   int64_t Starts() const { return starts_; }
 
   // Sets paused tasks active: those whose event has left the registry can't be resumed.
@@ -246,8 +248,10 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     const auto* const payload = static_cast<Payload*>(data->GetPayload());
     EventModel& event = *payload->model;
     ++event.inside_;
-    event.Start(*payload->task);
-    event.Work(*payload->task, task);
+    if (!event.closed_) {
+      event.Start(*payload->task);
+      event.Work(*payload->task, task);
+    }
     --event.inside_;
   }
   static void RunPackage(RkTask* task, RkTaskData* data) {
@@ -348,6 +352,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
   std::vector<std::unique_ptr<PackageModel>> packages_;
   std::atomic<int> calls_{0};
   std::atomic<int> inside_{0};
+  std::atomic<bool> closed_{false};
   std::atomic<int64_t> starts_{0};
   std::atomic<uint64_t> lastTask_{0};
 

@@ -203,6 +203,9 @@ class Driver {
       starts = event.Starts();
       AwaitQueue(event);
     } while (event.Inside() > 0 || event.Starts() != starts);
+    // A worker may hold a task that it hasn't begun. It must not park: nobody would free it.
+    event.Close();
+    while (event.Inside() > 0) FreeIfGone(event);
     event.LetGo();
   }
   // What was queued before has started, or was dropped, when a function behind it is released.
