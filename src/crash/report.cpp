@@ -9,6 +9,7 @@
 #include "crash/report_state.h"
 #include "crash/running_reports.h"
 #include "platform/crash_heap.h"
+#include "platform/crash_thread.h"
 #include "temvar/utility_zip.h"
 #include "utilities/text.h"
 
@@ -51,7 +52,7 @@ void WriteArchive(const char* archive) {
 
 void MakeReport(EXCEPTION_POINTERS* exception, bool notify) {
   const RunningReport running;
-  if (running.GoesInCircles()) return;
+  if (!HasCrashStack() || running.GoesInCircles()) return;
   const DumpPath dump;
   WriteDump(dump.Text(), exception);
   ExpectHeapInCrash();

@@ -25,6 +25,10 @@ class CrashThreadScope {
 // process. A second call on one thread does nothing.
 void KeepCrashStack() noexcept;
 
+// False when the calling thread has overflown its stack without such room: a report would only
+// overflow what is left, and that may end the thread and leave the process. Safe in a crash.
+bool HasCrashStack() noexcept;
+
 }  // namespace temvar
 
 #endif  // TEMVAR_PLATFORM_CRASH_THREAD_H_

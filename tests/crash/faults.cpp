@@ -71,6 +71,9 @@ void CrashOnTwoThreads() {
   second.join();
 }
 
+// On a thread that the library knows nothing of.
+void OverflowThread() { std::thread(OverflowStack).join(); }
+
 TEST_KEEP_FRAME void CallFault(const std::string& way) {
   if (way == "null-write") WriteNull();
   if (way == "null-call") CallNull();
@@ -85,6 +88,7 @@ TEST_KEEP_FRAME void CallFault(const std::string& way) {
   if (way == "worker") CrashOnWorker(WriteNull);
   if (way == "worker-overflow") CrashOnWorker(OverflowStack);
   if (way == "two-threads") CrashOnTwoThreads();
+  if (way == "thread-overflow") OverflowThread();
 }
 
 }  // namespace

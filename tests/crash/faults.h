@@ -6,7 +6,8 @@
 
 // Crashes the process in the way called `way`:
 //   null-write, null-call, division, illegal, stack-overflow, abort, exception, terminate,
-//   heap-corruption, worker (in a task's function), worker-overflow, two-threads, heap-locked
+//   heap-corruption, worker (in a task's function), worker-overflow, two-threads, thread-overflow,
+//   heap-locked
 // Comes back only if somebody took care of the fault, or for a way that doesn't exist here.
 void CrashBy(const std::string& way);
 

@@ -55,4 +55,7 @@ CrashThreadScope::~CrashThreadScope() {
 
 void KeepCrashStack() noexcept { AddCrashStack(); }
 
+// The kernel ends the process when a handler has no room.
+bool HasCrashStack() noexcept { return true; }
+
 }  // namespace temvar

@@ -7,6 +7,8 @@ namespace {
 
 // The report packs an archive and calls the host on what is left of an overflown stack.
 constexpr ULONG kKeptStack = 256 * 1024;
+// With this much a report came no further than its dump, and 64-bit not as far (Wine 8.0).
+constexpr size_t kLeastStack = 32 * 1024;
 constexpr size_t kPageSize = 4096;
 // No guard so close below what the thread is using.
 constexpr size_t kSafeDistance = 64 * 1024;
@@ -35,6 +37,13 @@ void KeepCrashStack() noexcept {
   ULONG size = kKeptStack;
   // Never lowers what the host has asked for: the system keeps the larger of the two.
   if (SetThreadStackGuarantee(&size)) GuardKeptStack();
+}
+
+bool HasCrashStack() noexcept {
+  MEMORY_BASIC_INFORMATION stack = {};
+  if (VirtualQuery(&stack, &stack, sizeof(stack)) == 0) return true;
+  return reinterpret_cast<char*>(&stack) - static_cast<char*>(stack.AllocationBase) >=
+         static_cast<ptrdiff_t>(kLeastStack);
 }
 
 }  // namespace temvar
