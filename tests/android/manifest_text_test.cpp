@@ -206,6 +206,7 @@ class PackagerView {
       open_.pop_back();
     }
   }
+
   std::string Indent() const { return std::string(2 * (open_.size() - 1), ' '); }
 
   // `android:name(0x01010003)=...`
@@ -213,6 +214,7 @@ class PackagerView {
     const std::string left = item.substr(0, item.find_first_of("(="));
     return left.substr(left.find(':') + 1);
   }
+
   // `"text" (Raw: "text")`, `(type 0x10)0x1d (Raw: "29")`, `(type 0x10)0x1d` or `@0x0103000c`
   static std::string Value(const std::string& item) {
     const std::string mark = "(Raw: \"";
@@ -225,6 +227,7 @@ class PackagerView {
     }
     return LowBytes(item.substr(raw + mark.size(), item.size() - raw - mark.size() - 2));
   }
+
   // From escaped UTF-8 to the low bytes of its UTF-16 units (no text here leaves the first plane).
   static std::string LowBytes(const std::string& utf8) {
     std::string low;

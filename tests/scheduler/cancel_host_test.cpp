@@ -17,6 +17,7 @@ class Cancelled : public testing::Test {
     Schedular().AddEvent(event_.get());
     gate_.WaitForArrivals(1);
   }
+
   void TearDown() override {
     blockerGate_.Open();
     gate_.Open();

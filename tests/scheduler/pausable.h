@@ -26,6 +26,7 @@ class Pausable {
     job_.Add();
     gate.WaitForArrivals(1);
   }
+
   void Pause() const { Schedular().PauseEvent(name_.c_str()); }
   void Resume() const { Schedular().ResumeEvent(name_.c_str()); }
   // Comes back with the task at its pause point.
@@ -35,6 +36,7 @@ class Pausable {
     gate.Open();
     pause.WaitForReturn();
   }
+
   int32_t State() const { return task_->GetState(); }
   RkTask* task() const { return task_.get(); }
   RkTask* event() const { return job_.event.get(); }

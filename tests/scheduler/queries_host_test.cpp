@@ -18,6 +18,7 @@ class Queries : public testing::Test {
   void SetUp() override {
     for (const EventPtr* event : {&b_, &a_}) Schedular().RegisterEvent(event->get());
   }
+
   void TearDown() override {
     for (const char* name : {"a", "b"}) Schedular().RemoveEvent(name);
     EXPECT_EQ(Schedular().GetEventCount(), 0u);

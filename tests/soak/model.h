@@ -77,6 +77,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     model->Build(random);
     return model;
   }
+
   ~EventModel() { --alive.events; }
 
   Kind kind() const { return kind_; }
@@ -165,12 +166,14 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     ++alive.events;
     ++counts.events;
   }
+
   void Build(std::mt19937_64& random) {
     event_->SetName(name_.c_str());
     event_->SetFunc(MakeFunc(RunEvent, nullptr, nullptr));
     const int packages = Number(random, 1, 5);
     for (int i = 0; i < packages; ++i) BuildPackage(random);
   }
+
   void BuildPackage(std::mt19937_64& random) {
     const size_t index = packages_.size();
     PackageModel& model = *packages_.emplace_back(std::make_unique<PackageModel>());
@@ -197,6 +200,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     model.expected = model.first;
     event_->AddPackage(package);
   }
+
   TaskModel* MakeTaskModel(PackageModel& package, size_t index) {
     package.tasks.push_back(std::make_unique<TaskModel>());
     TaskModel* const task = package.tasks.back().get();
@@ -204,6 +208,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     task->name = name_ + " task " + std::to_string(++lastTask_);
     return task;
   }
+
   // Also gives the task a payload of its own, which the library carries and releases.
   tmv::Task MakeTask(TaskModel* model) {
     tmv::Task task = tmv::Task::Adopt(CreateRkTask());
@@ -220,12 +225,14 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     if (!letGo_) owners_.push_back(task);
     return task;
   }
+
   tmv::Func MakeFunc(RkTaskCallback callback, TaskModel* task, PackageModel* package) {
     tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
     ++alive.payloads;
     func->Bind(new Payload{shared_from_this(), task, package}, callback, ReleasePayload);
     return func;
   }
+
   void InsertNext(TaskModel& model, RkTask* task) {
     PackageModel& package = *packages_[model.package];
     TaskModel* inserted = nullptr;
@@ -244,6 +251,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     delete static_cast<Payload*>(payload);
     if (--alive.payloads < 0) Fail("a payload was released twice");
   }
+
   static void RunTask(RkTask* task, RkTaskData* data) {
     const auto* const payload = static_cast<Payload*>(data->GetPayload());
     EventModel& event = *payload->model;
@@ -254,6 +262,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     }
     --event.inside_;
   }
+
   static void RunPackage(RkTask* task, RkTaskData* data) {
     const auto* const payload = static_cast<Payload*>(data->GetPayload());
     EventModel& event = *payload->model;
@@ -267,6 +276,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     }
     task->ReportState(task, kTaskStateSucceeded);
   }
+
   static void RunEvent(RkTask* task, RkTaskData* data) {
     EventModel& event = *static_cast<Payload*>(data->GetPayload())->model;
     const int calls = ++event.calls_;
@@ -290,6 +300,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
              (package.expected != nullptr ? package.expected->name : "its package"));
     }
   }
+
   void Work(TaskModel& model, RkTask* task) {
     for (int i = 0; i < model.pausePoints; ++i) {
       if (i % 2 == 0) {
@@ -307,6 +318,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     if (model.insertsNext) InsertNext(model, task);
     if (!model.silent) Report(model, task);
   }
+
   // The report moves the package on at once, on another worker, so what is expected next is written
   // before it.
   void Report(TaskModel& model, RkTask* task) {
@@ -327,6 +339,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
       Broken(model.name + " reported and has the state " + std::to_string(task->GetState()));
     }
   }
+
   void CheckEnd(RkTask* event) {
     bool stateSeen = false;
     for (const std::unique_ptr<PackageModel>& package : packages_) {
@@ -344,6 +357,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     if (tmv::Task::Adopt(Schedular().FindEvent(name_.c_str())))
       Broken("it ended and is registered still");
   }
+
   bool IsChecked() const { return kind_ != Kind::kWild; }
   [[noreturn]] void Broken(const std::string& what) const { Fail("event " + name_ + ": " + what); }
 

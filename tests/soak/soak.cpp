@@ -70,6 +70,7 @@ class Driver {
     const std::lock_guard<std::mutex> lock(mutex_);
     current_.swap(event);
   }
+
   void RunEvent() {
     const auto kind = static_cast<Kind>(random_() % 5);
     const std::string name = "event " + std::to_string(index_) + "." + std::to_string(++lastEvent_);
@@ -96,12 +97,14 @@ class Driver {
     Publish(nullptr);
     Settle(*event);
   }
+
   // A cancelled event's function is called, by the cancel or by the end that came before it.
   bool HasEnded(const EventModel& event) const {
     if (event.kind() == Kind::kPlain) return event.WasCalled();
     if (event.kind() == Kind::kRemoved) return endRequested_;
     return endRequested_ && event.WasCalled();
   }
+
   // A task that is parked when its event leaves the registry can't be resumed any more. It would
   // keep its worker, which the cancel may need.
   void FreeIfGone(EventModel& event) {
@@ -109,10 +112,12 @@ class Driver {
     event.FreeParkedTasks();
     Schedular().ResumeEvent(stage_.bell->GetName());
   }
+
   void EndIt(EventModel& event) {
     endRequested_ = true;
     CancelOrRemove(event);
   }
+
   void DoAnything() {
     const std::shared_ptr<EventModel> event =
         stage_.drivers[AnyIndex(random_, stage_.drivers.size())].Current();
@@ -148,6 +153,7 @@ class Driver {
         return Nap(500);
     }
   }
+
   void PauseAWhile(EventModel& event) {
     {
       const Doing doing(activity_, "PauseEvent", event.name());
@@ -157,6 +163,7 @@ class Driver {
     const Doing doing(activity_, "ResumeEvent", event.name());
     Schedular().ResumeEvent(event.name().c_str());
   }
+
   void CancelOrRemove(EventModel& event) {
     const char* const name = event.name().c_str();
     const Doing doing(activity_, "cancels or removes", name);
@@ -166,6 +173,7 @@ class Driver {
       Schedular().CancelEventEx(name, false);
     }
   }
+
   void Ask(EventModel& event) {
     const tmv::Task found = tmv::Task::Adopt(Schedular().FindEvent(event.name().c_str()));
     if (found) {
@@ -188,12 +196,14 @@ class Driver {
     if (cancelled && event.kind() == Kind::kPlain) Fail(task + " reads as cancelled");
     if (Schedular().GetEventCount() < 1) Fail("the registry lost an event");
   }
+
   // It may be dropped by a cancel, as what belongs to no event is, but it must be released.
   void AddHostFunc() {
     ++alive.hostFuncs;
     const std::shared_ptr<void> token(nullptr, [](void*) { --alive.hostFuncs; });
     TmvTaskPool()->AddFunc(tmv::MakeFunc([token] {}));
   }
+
   // Waits until nothing of the event can run any more, and drops it.
   void Settle(EventModel& event) {
     const Doing doing(activity_, "waits for the tasks of", event.name());
@@ -208,6 +218,7 @@ class Driver {
     while (event.Inside() > 0) FreeIfGone(event);
     event.LetGo();
   }
+
   // What was queued before has started, or was dropped, when a function behind it is released.
   void AwaitQueue(EventModel& event) {
     std::shared_ptr<int> token = std::make_shared<int>();

@@ -40,6 +40,7 @@ class Activity {
     const std::lock_guard<std::mutex> lock(mutex_);
     return resting_ ? Clock::duration(0) : Clock::now() - since_;
   }
+
   std::string Text() {
     const std::lock_guard<std::mutex> lock(mutex_);
     return thread_ + ": " + what_;
@@ -102,6 +103,7 @@ class Doing {
       : activity_(activity) {
     activity_.Begin(what + " " + subject);
   }
+
   ~Doing() { activity_.Begin("between two operations"); }
   Doing(const Doing&) = delete;
   Doing& operator=(const Doing&) = delete;

@@ -62,12 +62,14 @@ inline bool IsLoaded(const char* file) {
   void* const handle = dlopen(file, RTLD_NOW | RTLD_NOLOAD);
   return handle != nullptr && Unload(handle);
 }
+
 inline void* Find(void* library, const char* name) { return dlsym(library, name); }
 
 inline std::size_t CountEntries(const char* folder) {
   const std::filesystem::directory_iterator entries(folder);
   return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
+
 inline std::size_t CountThreads() { return CountEntries("/proc/self/task"); }
 inline std::size_t CountHandles() { return CountEntries("/proc/self/fd"); }
 
@@ -79,6 +81,7 @@ class DynamicLibrary {
   explicit DynamicLibrary(const char* file) : handle_(Load(file)) {
     EXPECT_NE(handle_, nullptr) << file;
   }
+
   ~DynamicLibrary() { EXPECT_TRUE(Unload(handle_)); }
   DynamicLibrary(const DynamicLibrary&) = delete;
   DynamicLibrary& operator=(const DynamicLibrary&) = delete;

@@ -125,11 +125,13 @@ class Gate {
     open_ = true;
     opened_.notify_all();
   }
+
   void Wait() {
     std::unique_lock<std::mutex> lock(mutex_);
     ++arrived_;
     EXPECT_TRUE(opened_.wait_for(lock, kPatience, [this] { return open_; }));
   }
+
   // A function that waits first.
   Body Then(Body body) {
     return [this, body = std::move(body)](RkTask* task) {
@@ -137,6 +139,7 @@ class Gate {
       body(task);
     };
   }
+
   void WaitForArrivals(int count) {
     Eventually([this, count] { return arrived_ >= count; });
   }
@@ -155,10 +158,12 @@ class Log {
     const std::lock_guard<std::mutex> lock(mutex_);
     entries_.push_back(entry);
   }
+
   std::vector<std::string> Entries() const {
     const std::lock_guard<std::mutex> lock(mutex_);
     return entries_;
   }
+
   // A function that notes the name of its task and reports success.
   Body Note() {
     return [this](RkTask* task) {
@@ -166,6 +171,7 @@ class Log {
       Succeed(task);
     };
   }
+
   bool WaitFor(const std::string& entry) const {
     return Eventually([this, &entry] {
       for (const std::string& seen : Entries()) {

@@ -53,6 +53,7 @@ class ManifestBuilder {
     }
     return *this;
   }
+
   ManifestBuilder& End(uint32_t name) { return Words({kEndTagCode, 24, 1, kNone, kNone, name}); }
   ManifestBuilder& Words(std::initializer_list<uint32_t> words) {
     for (const uint32_t word : words) PutWord(records_, word);

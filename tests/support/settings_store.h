@@ -42,6 +42,7 @@ class SettingsTest : public WorkFolderTest {
     TmvUtilityString()->FreeString(text);
     return copy;
   }
+
   static std::string Compact(TMVUserDefaults* store) {
     return Compact(store, store->GetRootValue());
   }

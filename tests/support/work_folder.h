@@ -36,6 +36,7 @@ inline std::string Utf8(const std::filesystem::path& path) {
   const std::u8string text = path.u8string();
   return std::string(text.begin(), text.end());
 }
+
 inline std::filesystem::path FromUtf8(std::string_view text) {
   return std::filesystem::path(std::u8string(text.begin(), text.end()));
 }
@@ -49,6 +50,7 @@ class WorkFolder {
     }
     std::filesystem::create_directories(folder_);
   }
+
   WorkFolder(const WorkFolder&) = delete;
   WorkFolder& operator=(const WorkFolder&) = delete;
 

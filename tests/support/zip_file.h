@@ -48,10 +48,12 @@ class Bytes {
     for (; size > 0; --size, value >>= 8) text_ += static_cast<char>(value & 0xFF);
     return *this;
   }
+
   Bytes& Put(std::string_view text) {
     text_ += text;
     return *this;
   }
+
   const std::string& text() const { return text_; }
 
  private:

@@ -23,6 +23,7 @@ class FileLinksTest : public temvar_test::WorkFolderTest {
   void LinkTo(const std::string& target, const std::string& name) {
     fs::create_symlink(target, FilePath(name));
   }
+
   uint64_t SizeOf(const std::string& name) {
     return TmvUtilityFile()->DirectorySize(Path(name).c_str(), 0);
   }

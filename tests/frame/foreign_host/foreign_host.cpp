@@ -17,6 +17,7 @@ void AddPayload(RkTask* task, RkTaskData* data) {
   sum = sum + *static_cast<int*>(data->GetPayload());
   task->ReportState(task, kTaskStateSucceeded);
 }
+
 void CountRelease(void*) { ++released; }
 
 bool SameText(const char* a, const char* b) {

@@ -19,6 +19,7 @@ void* Load(const char* path) { return LoadLibraryA(path); }
 void* Resolve(void* library, const char* name) {
   return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
 }
+
 bool Unload(void* library) { return FreeLibrary(static_cast<HMODULE>(library)) != 0; }
 #else
 void* Load(const char* path) { return dlopen(path, RTLD_NOW | RTLD_LOCAL); }
