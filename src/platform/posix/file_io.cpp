@@ -85,12 +85,6 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, DWORD* written, void* /*
   return TRUE;
 }
 
-BOOL FlushFileBuffers(HANDLE file) {
-  if (fsync(DescriptorOfHandle(file)) == 0) return TRUE;
-  SetLastErrorFromErrno();
-  return FALSE;
-}
-
 BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, LARGE_INTEGER* position, DWORD method) {
   if (method > FILE_END) {
     SetLastError(ERROR_INVALID_PARAMETER);

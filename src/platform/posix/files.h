@@ -67,9 +67,6 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, DWORD* read, void* overlap
 // Writes all `size` bytes or fails; `written` tells how many went out. Safe in a signal handler.
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, DWORD* written, void* overlapped);
 
-// Hands what was written to the disk. Safe in a signal handler.
-BOOL FlushFileBuffers(HANDLE file);
-
 // Closes a handle of CreateFileW. Safe in a signal handler.
 BOOL CloseHandle(HANDLE handle);
 
