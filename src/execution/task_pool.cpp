@@ -162,6 +162,10 @@ void RkTaskPoolImpl::AssignOldest(RkTaskThreadImpl& worker) {
   Notify(&task, kTaskPoolReadyToRunThread);
   pendingTasks_.pop_front();
   NotePending();
+  if (pendingTasks_.empty()) return;
+  // The next worker waits for these to come from memory: a queue may be longer than the caches.
+  __builtin_prefetch(pendingTasks_.front().task.get());
+  __builtin_prefetch(pendingTasks_.front().func.get());
 }
 
 // Takes the first entry of this task out of the running list and tells so. The result keeps its
