@@ -35,7 +35,7 @@ bool RunWithoutRights(const std::function<bool()>& work) {
   constexpr uid_t kNobody = 65534;
   const pid_t child = fork();
   if (child == 0) {
-    const bool dropped = geteuid() != 0 || (setgid(kNobody) == 0 && setuid(kNobody) == 0);
+    const bool dropped = setgid(kNobody) == 0 && setuid(kNobody) == 0;
     _exit(dropped && work() ? 0 : 1);
   }
   int status = 0;
@@ -129,6 +129,7 @@ TEST_P(FileLinksTest, NamesThatWideTextCannotSayAreCounted) {
 }
 
 TEST_P(FileLinksTest, MissingRightsFailCleanly) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can become a user without rights";
   MakeFolder("tree/sub");
   PutFile("tree/sub/file", "content");
   fs::permissions(FilePath("tree/sub/file"), fs::perms::owner_all);
