@@ -66,29 +66,24 @@ void RkTaskPoolImpl::ThrowIfWorker() const {
 void RkTaskPoolImpl::StopWorkers() {
   for (RkTaskThreadImpl* worker : threads_) {
     worker->Stop();
-    TakeBack(*worker);
+    // A worker leaves an assignment that it had not begun as it is. The pool gave it the
+    // references, so the pool takes them back.
+    Ref<RkTaskImpl> task;
+    Ref<RkTaskFuncImpl> func;
+    worker->TakeAssignment(task, func);
     DestroyRkTaskThread(worker);
   }
   threads_.clear();
 }
 
-// A worker that ends leaves an assignment that it had not begun as it is. The pool gave it the
-// references, so the pool takes them back; and a cancel on a worker that hasn't ended yet may wait
-// for the task to leave.
-void RkTaskPoolImpl::TakeBack(RkTaskThreadImpl& worker) {
-  Ref<RkTaskImpl> task;
-  Ref<RkTaskFuncImpl> func;
-  Ref<RkTaskImpl> running;
-  worker.TakeAssignment(task, func);
-  if (!task) return;
-  MutexLock queue(queueMutex_);
-  running = TakeRunning(task.get());
-}
-
-void RkTaskPoolImpl::ForgetIdle(RkTaskThreadImpl* thread) {
+void RkTaskPoolImpl::Forget(const RkTaskThreadImpl& worker) {
+  Ref<RkTaskImpl> running;  // Dropped when the locks are free.
   MutexLock idle(idleMutex_);
-  std::erase(idleThreads_, thread);
+  std::erase(idleThreads_, &worker);
   NoteIdle();
+  if (!worker.IsMarkedRunning()) return;
+  MutexLock queue(queueMutex_);
+  running = TakeRunning(worker.AssignedTask());
 }
 
 void RkTaskPoolImpl::RunDispatcher() {

@@ -50,8 +50,9 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   TaskListNode* ListRunning(const char* name, uint32_t& count) override;
   void FreeTaskList(TaskListNode* list) override;
 
-  // Takes a worker out of the idle queue, wherever it stands in it.
-  void ForgetIdle(RkTaskThreadImpl* thread);
+  // For a worker that has ended: it must not be assigned anything any more, and nobody may wait for
+  // a task that it was about to begin.
+  void Forget(const RkTaskThreadImpl& worker);
 
   // True from the first thread that Start makes to the end of Stop. Static: it outlives the object.
   static bool IsRunning() { return running_.load(std::memory_order_acquire); }
@@ -82,7 +83,6 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   }
   void ThrowIfWorker() const;
   void StopWorkers();
-  void TakeBack(RkTaskThreadImpl& worker);
 
   std::atomic<bool> stopRequested_{false};
   std::atomic<bool> exitWhenIdle_{false};

@@ -37,8 +37,7 @@ void RkTaskThreadImpl::Stop() {
     Wake();
   }
   Join();
-  // A worker that has ended must not be assigned anything any more.
-  if (RkTaskPoolImpl* const pool = ToImpl(pool_)) pool->ForgetIdle(this);
+  if (RkTaskPoolImpl* const pool = ToImpl(pool_)) pool->Forget(*this);
 }
 
 void RkTaskThreadImpl::Assign(Ref<RkTaskImpl> task, Ref<RkTaskFuncImpl> func) {

@@ -18,7 +18,8 @@ namespace temvar {
 // 1. The thread holds mutex_ except while it waits and in the gap between two rounds, so a Stop
 //    waits for a running callback.
 // 2. The assignment is written by the pool, under its idleMutex, while the worker stands in the
-//    idle queue, and only if there is none. func_ is published by task_.
+//    idle queue, and only if there is none; or by the worker's own thread on its way back to the
+//    pool. func_ is published by task_.
 // 3. A wake-up is remembered by wake_, and the worker sleeps until it has an assignment or is to
 //    stop. So an assignment that comes before the wait is not lost, and a wake-up without one
 //    doesn't put the worker in the idle queue twice.
@@ -41,6 +42,7 @@ class RkTaskThreadImpl final : public RkTaskThread {
   bool HasFunc() const { return func_ != nullptr; }
   // The assignment stands in the list of running tasks already. By the worker's own thread only.
   void SetMarkedRunning();
+  bool IsMarkedRunning() const { return markedRunning_; }
   RkTaskImpl* AssignedTask() const { return task_.load(std::memory_order_acquire); }
 
   bool IsCurrentThread() const { return thread_.get_id() == std::this_thread::get_id(); }

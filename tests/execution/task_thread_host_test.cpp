@@ -2,8 +2,12 @@
 #include <gtest/gtest.h>
 #include <temvar/temvar.h>
 
+#include <atomic>
 #include <memory>
+#include <string>
 #include <system_error>
+#include <thread>
+#include <vector>
 
 #include "support/host_job.h"
 
@@ -76,6 +80,33 @@ TEST(TaskThread, RunsWhatThePoolAssignsAndStopWaitsForIt) {
   EXPECT_FALSE(stop.IsDone());
   gate.Open();
   stop.WaitForReturn();
+}
+
+// A worker has its next task already when it comes to the gap in which Stop gets it.
+TEST(TaskThread, ATaskThatItsStopKeptFromBeginningIsNotAmongTheRunning) {
+  std::atomic<int> begun{0};
+  std::vector<TaskPtr> tasks;
+  std::vector<RkTask*> all;
+  for (int i = 0; i < 500; ++i) {
+    tasks.push_back(MakeTask("task " + std::to_string(i), [&begun](RkTask*) { ++begun; }));
+    all.push_back(tasks.back().get());
+  }
+  const Job job("event", all);
+  Schedular().RegisterEvent(job.event.get());
+  for (int round = 0; round < 100; ++round) {
+    const ThreadPtr thread = MakeThread();
+    thread->SetPool(TmvTaskPool());
+    for (RkTask* task : all) Pool().AddTask(task);
+    begun = 0;
+    thread->Start();
+    while (begun == 0) std::this_thread::yield();
+    thread->Stop();
+    uint32_t running = 0;
+    Pool().FreeTaskList(Pool().ListRunning("event", running));
+    ASSERT_EQ(running, 0u);
+  }
+  Schedular().RemoveEvent("event");
+  Pool().RemoveQueued("event");
 }
 
 }  // namespace
