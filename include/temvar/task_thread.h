@@ -40,8 +40,8 @@ class RkTaskThread {
   // Always 0.
   virtual int32_t ReservedValue() = 0;
 
-  // Ends the thread and joins it. Waits for a running function; no further assignment is looked at.
-  // From any thread but the worker itself, once.
+  // Ends the thread and joins it. Waits for a running function; a task that it was assigned and has
+  // not begun does not run and is released. From any thread but the worker itself, once.
   virtual void Stop() = 0;
 
   // Starts the thread, once.
@@ -54,8 +54,7 @@ class RkTaskThread {
 // A new worker without pool, assignment and thread. The caller owns it.
 TMV_API RkTaskThread* CreateRkTaskThread();
 
-// Frees a worker whose thread has been joined or was never started. A task that it was assigned and
-// did not run is not released. Null does nothing.
+// Frees a worker whose thread has been joined or was never started. Null does nothing.
 TMV_API void DestroyRkTaskThread(RkTaskThread* thread);
 
 #endif  // TEMVAR_TASK_THREAD_H_

@@ -66,24 +66,25 @@ void RkTaskPoolImpl::ThrowIfWorker() const {
 void RkTaskPoolImpl::StopWorkers() {
   for (RkTaskThreadImpl* worker : threads_) {
     worker->Stop();
-    // A worker leaves an assignment that it had not begun as it is. The pool gave it the
-    // references, so the pool takes them back.
-    Ref<RkTaskImpl> task;
-    Ref<RkTaskFuncImpl> func;
-    worker->TakeAssignment(task, func);
     DestroyRkTaskThread(worker);
   }
   threads_.clear();
 }
 
-void RkTaskPoolImpl::Forget(const RkTaskThreadImpl& worker) {
-  Ref<RkTaskImpl> running;  // Dropped when the locks are free.
+// A worker that ends leaves an assignment that it had not begun as it is. The pool gave it the
+// references, so the pool takes them back.
+void RkTaskPoolImpl::Forget(RkTaskThreadImpl& worker) {
+  // Dropped when the locks are free.
+  Ref<RkTaskImpl> task;
+  Ref<RkTaskFuncImpl> func;
+  Ref<RkTaskImpl> running;
   MutexLock idle(idleMutex_);
   std::erase(idleThreads_, &worker);
   NoteIdle();
+  worker.TakeAssignment(task, func);
   if (!worker.IsMarkedRunning()) return;
   MutexLock queue(queueMutex_);
-  running = TakeRunning(worker.AssignedTask());
+  running = TakeRunning(task.get());
 }
 
 void RkTaskPoolImpl::RunDispatcher() {

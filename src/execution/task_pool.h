@@ -50,9 +50,9 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   TaskListNode* ListRunning(const char* name, uint32_t& count) override;
   void FreeTaskList(TaskListNode* list) override;
 
-  // For a worker that has ended: it must not be assigned anything any more, and nobody may wait for
-  // a task that it was about to begin.
-  void Forget(const RkTaskThreadImpl& worker);
+  // For a worker that has ended: it must not be assigned anything any more, and a task that it was
+  // about to begin is released, so that nobody waits for it.
+  void Forget(RkTaskThreadImpl& worker);
 
   // True from the first thread that Start makes to the end of Stop. Static: it outlives the object.
   static bool IsRunning() { return running_.load(std::memory_order_acquire); }
