@@ -78,7 +78,7 @@ TEST_F(ManifestLookup, LetsTheFirstDocumentAnswer) {
 }
 
 TEST_F(ManifestLookup, ReadsWhatThePackagerWrote) {
-  EXPECT_TRUE(manifest_->Decode(k_application_bin, sizeof k_application_bin - 1));
+  EXPECT_TRUE(manifest_->Decode(k_application_bin, sizeof k_application_bin));
   const struct {
     const char* name;
     const char* value;
