@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -83,13 +82,6 @@ void Install(const std::string& directory) {
   if (Has("destroyed")) DestroyTmvDbgReport(report);
 }
 
-void LogAddress(const char* what, const void* address) {
-  char line[64];
-  std::snprintf(line, sizeof(line), "%s %llx", what,
-                static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(address)));
-  Log(line);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -101,8 +93,7 @@ int main(int argc, char** argv) {
   if (Has("foreign")) InstallForeignHandler([](const char* line) { Log(line + std::string(" ")); });
   SetExitProgram(&exit_flag);
   Install(arguments[1]);
-  LogAddress("fault", FaultFunction(way));
-  LogAddress("caller", CallerFunction());
+  Log("fault " + std::to_string(reinterpret_cast<uintptr_t>(FaultFunction(way))));
 
   std::thread bystander;
   if (Has("bystander")) {

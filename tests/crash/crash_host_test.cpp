@@ -4,13 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
+#include <cstdio>
 #include <fstream>
 #include <string>
-#include <vector>
 
 #include "crash/crash_run.h"
-#include "crash/ways.h"
-#include "support/minidump_reader.h"
 
 namespace {
 
@@ -24,8 +23,53 @@ using testing::SizeIs;
 using testing::StartsWith;
 using testing::UnorderedElementsAre;
 
-bool EndedAs(const CrashRun& run, const Way& way) {
-  return !run.End().timed_out && run.End().signal == way.signal && run.End().status == way.status;
+constexpr bool kWindows = std::filesystem::path::preferred_separator == '\\';
+
+// What a crash leads to: what the handlers see, 0 when no report is told of; how many passes of the
+// handlers make one, the vectored handler and the unhandled filter or one of them; and how the
+// process ends.
+struct Ending {
+  uint32_t code;
+  size_t passes;
+  int signal;
+  uint32_t status;
+};
+
+struct Way {
+  const char* name;
+  Ending windows;
+  Ending elsewhere;
+  const Ending& Here() const { return kWindows ? windows : elsewhere; }
+};
+
+std::ostream& operator<<(std::ostream& stream, const Way& way) { return stream << way.name; }
+
+constexpr Ending kAccess = {0xC0000005, 2, 0, 0xC0000005}, kUnreported = {0, 0, 0, 3};
+constexpr Ending kSegfault = {0xC0000005, 2, SIGSEGV, 0}, kAborted = {0, 0, SIGABRT, 0};
+constexpr Ending kOverflow = {0xC00000FD, 1, 0, 0xC00000FD};
+
+// An uncaught exception of a program that mingw built ends in abort(), which is not reported.
+const Way kWays[] = {
+    {"null-write", kAccess, kSegfault},
+    {"null-call", kAccess, kSegfault},
+    {"division", {0xC0000094, 1, 0, 0xC0000094}, {0xC0000094, 1, SIGFPE, 0}},
+    {"illegal", {0xC000001D, 1, 0, 0xC000001D}, {0xC000001D, 1, SIGILL, 0}},
+    {"stack-overflow", kOverflow, kSegfault},
+    {"abort", kUnreported, kAborted},
+    {"terminate", kUnreported, kAborted},
+    {"exception", kUnreported, {0xE06D7363, 1, SIGABRT, 0}},
+    {"worker", kAccess, kSegfault},
+    {"worker-overflow", kOverflow, kSegfault},
+#if !defined(TEMVAR_FOREIGN_HEAP)
+    {"heap-corruption", {0xC0000374, 1, 0, 0xC0000374}, {0xC0000374, 1, SIGABRT, 0}},
+#endif
+};
+
+bool EndedAs(const CrashRun& run, const char* way) {
+  const auto is_it = [way](const Way& other) { return other.name == std::string(way); };
+  const Ending& ending = std::find_if(std::begin(kWays), std::end(kWays), is_it)->Here();
+  return !run.End().timed_out && run.End().signal == ending.signal &&
+         run.End().status == ending.status;
 }
 
 std::string NameOf(const std::filesystem::path& file) { return Utf8(file.filename()); }
@@ -37,13 +81,35 @@ std::string NameOfWay(const testing::TestParamInfo<Way>& info) {
   return name;
 }
 
+// What only a reader who knows the system can check: the code, the system's own fields, and where
+// the fault happened, as far as the child has told it.
+void CheckDump(const Ending& ending, const CrashRun& run, const Minidump& dump) {
+  constexpr uint64_t kFunctionSize = 2048;  // No function of the child is larger.
+  if (const uint64_t fault = run.FaultAddress(); fault != 0) {
+    EXPECT_GE(dump.exception.registers.instruction, fault);
+    EXPECT_LT(dump.exception.registers.instruction, fault + kFunctionSize);
+  }
+  EXPECT_EQ(dump.platform, kWindows ? 2u : 0x8201u);
+  // On Linux the signal stands as the code, and the handlers' code beside it.
+  EXPECT_EQ(dump.exception.code, kWindows ? ending.code : static_cast<uint32_t>(ending.signal));
+  if (kWindows) return;
+  EXPECT_THAT(dump.exception.parameters, ElementsAre(ending.code));
+  EXPECT_TRUE(dump.texts_end);
+  EXPECT_TRUE(dump.ranges_apart);
+  EXPECT_EQ(dump.processor, 9);
+  EXPECT_THAT(dump.system, StartsWith("Linux "));
+  EXPECT_NE(dump.process, 0u);
+  EXPECT_EQ(dump.streams.count(0x47670009), 1u) << "mappings";
+  EXPECT_THAT(dump.modules, Contains(testing::Field(&DumpModule::build_id, SizeIs(20))));
+}
+
 class EveryWay : public testing::TestWithParam<Way> {};
 
 TEST_P(EveryWay, LeavesDumpAndArchiveAndTellsTheHost) {
-  const Way& way = GetParam();
+  const Ending& way = GetParam().Here();
   CrashRun run;
-  run.Start(way.name);
-  EXPECT_TRUE(EndedAs(run, way)) << run.Describe();
+  run.Start(GetParam().name);
+  EXPECT_TRUE(EndedAs(run, GetParam().name)) << run.Describe();
   EXPECT_THAT(run.Lines("collect"), SizeIs(way.passes));
   EXPECT_THAT(run.Lines("collect"), Each(run.DumpDirectory() + " null"));
   // Two passes within one second write to the same names.
@@ -58,6 +124,10 @@ TEST_P(EveryWay, LeavesDumpAndArchiveAndTellsTheHost) {
   EXPECT_EQ(NameOf(archive), NameOf(run.Dumps().back()) + ".zip");
   EXPECT_EQ(NameOf(archive).find_first_not_of("0123456789"), 14u);
   EXPECT_THAT(EntryNames(archive), Contains(NameOf(run.Dumps().back())));
+  std::printf("%s us from the fault, dump of %.1f KB, archive of %.1f KB\n",
+              run.Lines("elapsed").front().c_str(),
+              static_cast<double>(std::filesystem::file_size(run.Dumps().back())) / 1024,
+              static_cast<double>(std::filesystem::file_size(archive)) / 1024);
 
   for (const std::filesystem::path& file : run.Dumps()) {
     const Minidump dump = ReadMinidump(file);
@@ -77,13 +147,13 @@ TEST_P(EveryWay, LeavesDumpAndArchiveAndTellsTheHost) {
 TEST_P(EveryWay, LeavesNothingWhileTheExitFlagIsSet) {
   CrashRun run;
   run.Start(GetParam().name, {"exiting"});
-  EXPECT_TRUE(EndedAs(run, GetParam())) << run.Describe();
+  EXPECT_TRUE(EndedAs(run, GetParam().name)) << run.Describe();
   EXPECT_THAT(run.Lines("collect"), IsEmpty());
   EXPECT_THAT(run.Lines("report"), IsEmpty());
   EXPECT_TRUE(std::filesystem::is_empty(run.Folder() / "dumps"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Crash, EveryWay, testing::ValuesIn(WaysToCrash()), NameOfWay);
+INSTANTIATE_TEST_SUITE_P(Crash, EveryWay, testing::ValuesIn(kWays), NameOfWay);
 
 TEST(CrashReport, ShowsTheOtherThreads) {
   CrashRun run;
@@ -99,10 +169,9 @@ TEST(CrashReport, ShowsTheOtherThreads) {
 }
 
 TEST(CrashReport, OutlivesTheHandleAndASecondInstall) {
-  const Way& way = FindWay("division");
   CrashRun run;
-  run.Start(way.name, {"destroyed", "second"});
-  EXPECT_TRUE(EndedAs(run, way)) << run.Describe();
+  run.Start("division", {"destroyed", "second"});
+  EXPECT_TRUE(EndedAs(run, "division")) << run.Describe();
   EXPECT_THAT(run.Dumps(), SizeIs(1));
   EXPECT_THAT(run.Lines("collect"), ElementsAre(run.DumpDirectory() + " null"));
   EXPECT_THAT(run.Lines("report"), SizeIs(1));
@@ -111,7 +180,7 @@ TEST(CrashReport, OutlivesTheHandleAndASecondInstall) {
 TEST(CrashReport, NeedsNoCallbacks) {
   CrashRun run;
   run.Start("division", {"no-collect", "no-notify"});
-  EXPECT_TRUE(EndedAs(run, FindWay("division"))) << run.Describe();
+  EXPECT_TRUE(EndedAs(run, "division")) << run.Describe();
   EXPECT_THAT(run.Archives(), SizeIs(1));
   EXPECT_THAT(run.Lines("report"), IsEmpty());
 }
@@ -119,7 +188,7 @@ TEST(CrashReport, NeedsNoCallbacks) {
 TEST(CrashReport, PacksWhatTheHostAddsButNoArchive) {
   CrashRun run;
   run.Start("division", {"leave-files"});
-  EXPECT_TRUE(EndedAs(run, FindWay("division"))) << run.Describe();
+  EXPECT_TRUE(EndedAs(run, "division")) << run.Describe();
   ASSERT_THAT(run.Dumps(), SizeIs(1));
   EXPECT_THAT(EntryNames(run.Folder() / "dumps" / (NameOf(run.Dumps()[0]) + ".zip")),
               UnorderedElementsAre(NameOf(run.Dumps()[0]), "logs/host.log"));
@@ -131,7 +200,7 @@ TEST(CrashReport, WithoutSeparatorLiesBesideTheDirectory) {
   std::string directory = run.DumpDirectory();
   directory.pop_back();
   run.Start("division", {}, directory);
-  EXPECT_TRUE(EndedAs(run, FindWay("division"))) << run.Describe();
+  EXPECT_TRUE(EndedAs(run, "division")) << run.Describe();
   EXPECT_THAT(run.Dumps(), IsEmpty());
   ASSERT_THAT(run.Lines("report"), SizeIs(1));
   std::string archive = run.Lines("report").front();
@@ -144,7 +213,7 @@ TEST(CrashReport, WithoutSeparatorLiesBesideTheDirectory) {
 TEST(CrashReport, GoesOnWithoutADirectory) {
   CrashRun run;
   run.Start("null-write", {}, Utf8(run.Folder() / "missing" / ""));
-  EXPECT_TRUE(EndedAs(run, FindWay("null-write"))) << run.Describe();
+  EXPECT_TRUE(EndedAs(run, "null-write")) << run.Describe();
   EXPECT_THAT(run.Lines("collect"), SizeIs(2));
   ASSERT_THAT(run.Lines("report"), SizeIs(1));
   EXPECT_THAT(run.Lines("report").front(), testing::EndsWith(".dmp.zip missing"));
@@ -154,7 +223,7 @@ TEST(CrashReport, GoesOnWithoutADirectory) {
 TEST(CrashReport, TakesPathsOfEveryKind) {
   CrashRun run(FolderKind::kInternational);
   run.Start("division");
-  EXPECT_TRUE(EndedAs(run, FindWay("division"))) << run.Describe();
+  EXPECT_TRUE(EndedAs(run, "division")) << run.Describe();
   ASSERT_THAT(run.Archives(), SizeIs(1));
   EXPECT_EQ(run.Lines("report").front(),
             run.DumpDirectory() + NameOf(run.Archives()[0]) + " there");
@@ -169,14 +238,13 @@ TEST(CrashReport, AnOverflowOfAThreadOfTheHostIsNotReported) {
   EXPECT_THAT(run.Dumps(), IsEmpty());
   // 64-bit Wine (seen in 8.0) ends that thread alone.
   if (!run.Lines("ran").empty()) GTEST_SKIP() << "the process went on";
-  const Way& worker = FindWay("worker-overflow");
-  EXPECT_TRUE(EndedAs(run, worker)) << run.Describe();
+  EXPECT_TRUE(EndedAs(run, "worker-overflow")) << run.Describe();
 }
 
 TEST(CrashReport, TwoThreadsAtOnceBothReport) {
   CrashRun run;
   run.Start("two-threads");
-  EXPECT_TRUE(EndedAs(run, FindWay("null-write"))) << run.Describe();
+  EXPECT_TRUE(EndedAs(run, "null-write")) << run.Describe();
   // The vectored handler on both threads, and the filter on one or both.
   EXPECT_GE(run.Lines("collect").size(), 2u);
   EXPECT_THAT(run.Lines("report"), testing::AnyOf(SizeIs(1), SizeIs(2)));

@@ -52,9 +52,9 @@ std::vector<std::filesystem::path> CrashRun::Files(const std::string& extension)
   return files;
 }
 
-uint64_t CrashRun::Address(const std::string& what) const {
-  const std::vector<std::string> lines = Lines(what);
-  return lines.empty() ? 0 : std::stoull(lines.front(), nullptr, 16);
+uint64_t CrashRun::FaultAddress() const {
+  const std::vector<std::string> lines = Lines("fault");
+  return lines.empty() ? 0 : std::stoull(lines.front());
 }
 
 std::string CrashRun::Describe() const {

@@ -35,8 +35,8 @@ class CrashRun {
   std::vector<std::filesystem::path> Dumps() const { return Files(".dmp"); }
   std::vector<std::filesystem::path> Archives() const { return Files(".zip"); }
 
-  // The address that the child has logged behind `what`; 0 for none.
-  uint64_t Address(const std::string& what) const;
+  // Where the function lies that crashes, as the child has logged it; 0 for none.
+  uint64_t FaultAddress() const;
 
   // End, log, output and files, for the message of a failed check.
   std::string Describe() const;

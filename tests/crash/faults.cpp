@@ -35,13 +35,12 @@ TEST_KEEP_FRAME void Divide() { sink = 100 / zero; }
 
 TEST_KEEP_FRAME void RunIllegal() { __builtin_trap(); }
 
-TEST_KEEP_FRAME int Overflow(int depth) {
+TEST_KEEP_FRAME void Overflow() {
   volatile char frame[1024];
-  frame[0] = static_cast<char>(depth);
-  return zero == 0 ? Overflow(depth + 1) + frame[0] : 0;
+  frame[0] = 1;
+  if (zero == 0) Overflow();
+  sink = frame[0];
 }
-
-TEST_KEEP_FRAME void OverflowStack() { sink = Overflow(0); }
 
 TEST_KEEP_FRAME void ThrowUncaught() { throw std::runtime_error("nobody catches this"); }
 
@@ -71,40 +70,41 @@ void CrashOnTwoThreads() {
   second.join();
 }
 
-// On a thread that the library knows nothing of.
-void OverflowThread() { std::thread(OverflowStack).join(); }
+const struct {
+  const char* name;
+  Function crash;
+  Function fault = nullptr;
+} kWays[] = {
+    {"null-write", WriteNull, WriteNull},
+    {"null-call", CallNull},
+    {"division", Divide, Divide},
+    {"illegal", RunIllegal, RunIllegal},
+    {"stack-overflow", Overflow, Overflow},
+    {"abort", std::abort},
+    {"exception", ThrowUncaught},
+    {"terminate", std::terminate},
+    {"heap-corruption", DamageHeap},
+    {"heap-locked", CrashUnderHeapLock},
+    {"worker", [] { CrashOnWorker(WriteNull); }, WriteNull},
+    {"worker-overflow", [] { CrashOnWorker(Overflow); }, Overflow},
+    {"two-threads", CrashOnTwoThreads, WriteNull},
+    // On a thread that the library knows nothing of.
+    {"thread-overflow", [] { std::thread(Overflow).join(); }},
+};
 
-TEST_KEEP_FRAME void CallFault(const std::string& way) {
-  if (way == "null-write") WriteNull();
-  if (way == "null-call") CallNull();
-  if (way == "division") Divide();
-  if (way == "illegal") RunIllegal();
-  if (way == "stack-overflow") OverflowStack();
-  if (way == "abort") std::abort();
-  if (way == "exception") ThrowUncaught();
-  if (way == "terminate") std::terminate();
-  if (way == "heap-corruption") DamageHeap();
-  if (way == "heap-locked") CrashUnderHeapLock();
-  if (way == "worker") CrashOnWorker(WriteNull);
-  if (way == "worker-overflow") CrashOnWorker(OverflowStack);
-  if (way == "two-threads") CrashOnTwoThreads();
-  if (way == "thread-overflow") OverflowThread();
+TEST_KEEP_FRAME void CallFault(const std::string& name) {
+  for (const auto& way : kWays) {
+    if (way.name == name) way.crash();
+  }
 }
 
 }  // namespace
 
 void CrashBy(const std::string& way) { CallFault(way); }
 
-const void* FaultFunction(const std::string& way) {
-  if (way == "division") return reinterpret_cast<const void*>(&Divide);
-  if (way == "illegal") return reinterpret_cast<const void*>(&RunIllegal);
-  if (way == "stack-overflow" || way == "worker-overflow") {
-    return reinterpret_cast<const void*>(&Overflow);
-  }
-  if (way == "null-write" || way == "worker" || way == "two-threads") {
-    return reinterpret_cast<const void*>(&WriteNull);
+const void* FaultFunction(const std::string& name) {
+  for (const auto& way : kWays) {
+    if (way.name == name) return reinterpret_cast<const void*>(way.fault);
   }
   return nullptr;
 }
-
-const void* CallerFunction() { return reinterpret_cast<const void*>(&CallFault); }

@@ -4,17 +4,12 @@
 
 #include <string>
 
-// Crashes the process in the way called `way`:
-//   null-write, null-call, division, illegal, stack-overflow, abort, exception, terminate,
-//   heap-corruption, worker (in a task's function), worker-overflow, two-threads, thread-overflow,
-//   heap-locked
-// Comes back only if somebody took care of the fault, or for a way that doesn't exist here.
+// Crashes the process in the way called `way`, one of the table in faults.cpp. Comes back only if
+// somebody took care of the fault, or for a way that doesn't exist here.
 void CrashBy(const std::string& way);
 
-// The function in which the fault of that way happens, null where it is in the runtime's code, and
-// the function that calls it: what a backtrace has to show.
+// The function in which the fault of that way happens; null where it is in the runtime's code.
 const void* FaultFunction(const std::string& way);
-const void* CallerFunction();
 
 // The system's part: faults_posix.cpp, faults_windows.cpp.
 

@@ -113,10 +113,7 @@ TEST(MinidumpWriter, TakesAStackPointerThatLeadsAnywhere) {
       {"red zone cut by the end", pages.At(1, 16), bottom},
       {"in the guard", pages.At(0, 2000), bottom},
       {"at the upper end", pages.At(3, kPage - 8), pages.At(3, kPage - 8 - 128)},
-      {"behind the upper end", pages.At(4, 8), nullptr},
-      {"null", nullptr, nullptr},
       {"no address", reinterpret_cast<const char*>(UINT64_MAX - 7), nullptr},
-      {"no canonical address", reinterpret_cast<const char*>(uint64_t{1} << 62), nullptr},
   };
   for (const Case& test : cases) {
     Fault fault(AddressOf(test.pointer), AddressOf(test.pointer));
@@ -225,24 +222,16 @@ struct ImageCase {
 const ImageCase kImageCases[] = {
     {"sound", [](Image&) {}, true, 20},
     {"of no size", [](Image&) {}, false, 0, 0},
-    {"cut within its header", [](Image&) {}, false, 0, 30},
-    {"cut within its segments", [](Image&) {}, false, 0, sizeof(Elf64_Ehdr)},
-    {"cut within its identifier", [](Image&) {}, true, 20, offsetof(Image, id) + 1},
     {"segments behind the end", [](Image& i) { i.header.e_phoff = 5000; }, false, 0},
-    {"segments nowhere", [](Image& i) { i.header.e_phoff = UINT64_MAX - 8; }, false, 0},
-    {"no segments", [](Image& i) { i.header.e_phnum = 0; }, false, 0},
     {"more segments than a page", [](Image& i) { i.header.e_phnum = UINT16_MAX; }, false, 0},
     {"segments of another size", [](Image& i) { i.header.e_phentsize = 8; }, false, 0},
     {"nothing to load", [](Image& i) { i.load.p_type = PT_NULL; }, false, 0},
     {"segment around the end", [](Image& i) { i.load.p_vaddr = UINT64_MAX - 9; }, false, 0},
-    {"segment without end", [](Image& i) { i.load.p_memsz = UINT64_MAX; }, false, 0},
     {"segment of 8 GiB", [](Image& i) { i.load.p_memsz = uint64_t{1} << 33; }, false, 0},
-    {"notes nowhere", [](Image& i) { i.notes.p_vaddr = UINT64_MAX - 99; }, true, 0},
     {"notes behind the end", [](Image& i) { i.notes.p_vaddr = kPage; }, true, 0},
     {"notes without end", [](Image& i) { i.notes.p_memsz = UINT64_MAX; }, true, 0},
     {"notes cut", [](Image& i) { i.notes.p_memsz = sizeof(Elf64_Nhdr) + 4; }, true, 0},
     {"no notes", [](Image& i) { i.notes.p_memsz = 0; }, true, 0},
-    {"owner without end", [](Image& i) { i.note.n_namesz = UINT32_MAX; }, true, 0},
     {"another owner", [](Image& i) { i.owner[2] = 'V'; }, true, 0},
     {"identifier without end", [](Image& i) { i.note.n_descsz = UINT32_MAX; }, true, 0},
     {"identifier too long",
@@ -251,7 +240,6 @@ const ImageCase kImageCases[] = {
        i.notes.p_memsz = 200;
      },
      true, 0},
-    {"identifier of no bytes", [](Image& i) { i.note.n_descsz = 0; }, true, 0},
 };
 
 TEST(MinidumpWriter, TakesEveryFileForAnImageThatLooksLikeOneAndNoOther) {

@@ -12,9 +12,7 @@ constexpr uint64_t kThreads = 3, kModules = 4, kMemory = 5, kException = 6, kSys
 
 class Reader {
  public:
-  Reader(std::string bytes, Minidump& dump) : bytes_(std::move(bytes)), dump_(dump) {
-    dump_.file_size = bytes_.size();
-  }
+  Reader(std::string bytes, Minidump& dump) : bytes_(std::move(bytes)), dump_(dump) {}
 
   void Read() {
     Check(Number(0, 4) == 0x504D444D, "signature");
@@ -28,7 +26,7 @@ class Reader {
       const uint64_t size = Number(entry + 4, 4);
       const uint64_t offset = Number(entry + 8, 4);
       Check(offset + size <= bytes_.size(), "stream within the file");
-      Check(dump_.streams.emplace(type, Slice(offset, size)).second, "one stream of a type");
+      Check(dump_.streams.insert(type).second, "one stream of a type");
       ReadStream(type, offset, size);
     }
     CheckMemory();
@@ -76,9 +74,9 @@ class Reader {
     const uint64_t at = Number(location + 4, 4);
     DumpRegisters registers;
     if (size >= 1232 && (Number(at + 48, 4) & 0x100000) != 0) {
-      registers = {true, Number(at + 248, 8), Number(at + 152, 8), Number(at + 160, 8)};
+      registers = {true, Number(at + 248, 8), Number(at + 152, 8)};
     } else if (size >= 716 && size < 1232 && (Number(at, 4) & 0x10000) != 0) {
-      registers = {true, Number(at + 184, 4), Number(at + 196, 4), Number(at + 180, 4)};
+      registers = {true, Number(at + 184, 4), Number(at + 196, 4)};
     }
     return registers;
   }
@@ -88,7 +86,7 @@ class Reader {
     if (type == kModules) ReadModules(at, size);
     if (type == kMemory) ReadMemory(at, size);
     if (type == kException) ReadException(at, size);
-    if (type == kThreadNames) ReadNames(at, size);
+    if (type == kThreadNames) Check(size == 4 + Number(at, 4) * 12, "size of the thread names");
     if (type == kSystem) {
       Check(size >= 56, "size of the system stream");
       dump_.processor = static_cast<uint16_t>(Number(at, 2));
@@ -113,18 +111,6 @@ class Reader {
       Slice(Number(entry + 36, 4), thread.stack_size);
       thread.registers = Registers(entry + 40);
       dump_.threads.push_back(thread);
-    }
-  }
-
-  void ReadNames(uint64_t at, uint64_t size) {
-    const uint64_t count = Number(at, 4);
-    Check(size == 4 + count * 12, "size of the thread names");
-    for (uint64_t i = 0; i < count && i < 1000; ++i) {
-      const uint64_t id = Number(at + 4 + i * 12, 4);
-      const std::string name = Text(Number(at + 8 + i * 12, 8));
-      for (DumpThread& thread : dump_.threads) {
-        if (thread.id == id) thread.name = name;
-      }
     }
   }
 
@@ -205,32 +191,6 @@ const DumpModule* Minidump::FindModule(uint64_t address) const {
     if (address >= module.base && address - module.base < module.size) return &module;
   }
   return nullptr;
-}
-
-bool Minidump::ReadWord(uint64_t address, uint64_t& word) const {
-  auto range = memory.upper_bound(address);
-  if (range == memory.begin()) return false;
-  --range;
-  if (address - range->first + 8 > range->second.size()) return false;
-  const auto offset = static_cast<size_t>(address - range->first);
-  word = 0;
-  for (unsigned i = 8; i-- > 0;) {
-    word = word << 8 | static_cast<unsigned char>(range->second[offset + i]);
-  }
-  return true;
-}
-
-std::vector<uint64_t> Minidump::Backtrace(const DumpRegisters& registers) const {
-  std::vector<uint64_t> addresses = {registers.instruction};
-  uint64_t frame = registers.frame;
-  uint64_t next = 0;
-  uint64_t address = 0;
-  while (addresses.size() < 200 && ReadWord(frame, next) && ReadWord(frame + 8, address)) {
-    addresses.push_back(address);
-    if (next <= frame) break;
-    frame = next;
-  }
-  return addresses;
 }
 
 Minidump ReadMinidump(const std::filesystem::path& file) {

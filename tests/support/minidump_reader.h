@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,6 @@ struct DumpRegisters {
   bool known = false;  // The context was one of 32-bit or 64-bit x86.
   uint64_t instruction = 0;
   uint64_t stack = 0;
-  uint64_t frame = 0;
 };
 
 struct DumpThread {
@@ -23,7 +23,6 @@ struct DumpThread {
   uint64_t stack_start = 0;
   uint32_t stack_size = 0;
   DumpRegisters registers;
-  std::string name;
 };
 
 struct DumpModule {
@@ -44,7 +43,6 @@ struct DumpException {
 
 struct Minidump {
   std::vector<std::string> errors;  // What is wrong with the file; empty for a good one.
-  size_t file_size = 0;
   // Every text ends in a zero unit, as the format wants it; Wine's don't.
   bool texts_end = true;
   // No two memory ranges share an address. With several threads Wine tells some code twice.
@@ -56,16 +54,11 @@ struct Minidump {
   std::vector<DumpThread> threads;
   std::vector<DumpModule> modules;
   DumpException exception;
-  std::map<uint64_t, std::string> memory;   // By address.
-  std::map<uint32_t, std::string> streams;  // By type, as they stand.
+  std::map<uint64_t, std::string> memory;  // By address.
+  std::set<uint32_t> streams;              // Their types.
 
   const DumpThread* FindThread(uint32_t id) const;
   const DumpModule* FindModule(uint64_t address) const;
-  // Reads a word of 8 bytes from the memory in the dump.
-  bool ReadWord(uint64_t address, uint64_t& word) const;
-  // Return addresses of a 64-bit thread whose functions keep frame pointers, innermost first, with
-  // the instruction itself as the first.
-  std::vector<uint64_t> Backtrace(const DumpRegisters& registers) const;
 };
 
 Minidump ReadMinidump(const std::filesystem::path& file);
