@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "manifest_data.h"
 #include "support/manifest_builder.h"
+#include "support/take.h"
 #include "temvar/temvar.h"
 
 namespace {
@@ -20,11 +20,7 @@ class ManifestLookup : public testing::Test {
   }
 
   std::string Value(const char* name) {
-    char* value = manifest_->GetAttributeValue(name);
-    EXPECT_NE(value, nullptr);
-    const std::string copy(value);
-    TmvUtilityString()->FreeString(value);
-    return copy;
+    return temvar_test::Take(manifest_->GetAttributeValue(name));
   }
 
   const std::unique_ptr<TMVAndroidManifest, decltype(&DestroyTmvAndroidManifest)> manifest_{
@@ -75,26 +71,6 @@ TEST_F(ManifestLookup, LetsTheFirstDocumentAnswer) {
   EXPECT_EQ(Value("100104").substr(0, 9), "at offset");  // the message of the last line
   Decode(Example());
   EXPECT_EQ(Value("package"), "a.b");
-}
-
-TEST_F(ManifestLookup, ReadsWhatThePackagerWrote) {
-  EXPECT_TRUE(manifest_->Decode(k_application_bin, sizeof k_application_bin));
-  const struct {
-    const char* name;
-    const char* value;
-  } table[] = {
-      {"package", "org.example.cafe"},
-      {"versionCode", "resourceID 0x7fffffff"},
-      {"versionName", "2.0 "},  // ends at the quotation mark of the value itself
-      {"minSdkVersion", "resourceID 0xe"},
-      {" name", "android.permission.INTERNET"},
-      {"label", "Caf\xE9 & more"},
-      {"debuggable", "resourceID 0xffffffff"},
-      {"priority", "resourceID 0xfffffffb"},
-      {"platformBuildVersionCode", "29"},
-      {"authorities", "org.example.provider"},
-  };
-  for (const auto& row : table) EXPECT_EQ(Value(row.name), row.value) << row.name;
 }
 
 }  // namespace

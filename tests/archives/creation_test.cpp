@@ -187,16 +187,4 @@ TEST_P(CreationTest, LinksThatLeadBackEndTheWalk) {
   EXPECT_THAT(Names(), ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt", "there/d.txt"));
 }
 
-TEST_P(CreationTest, WhatIsPackedUnpacksToTheSame) {
-  MakeTree();
-  PutFile("data/big", NoisyBytes(1'000'000));
-  zip_->AddDirectory(Path("data").c_str(), nullptr);
-  Write();
-  EXPECT_TRUE(Extract().result);
-  std::set<std::string> tree = Tree("data");
-  tree.erase("empty/");
-  EXPECT_EQ(Tree("out"), tree);
-  EXPECT_EQ(GetFile("out/big"), GetFile("data/big"));
-}
-
 }  // namespace

@@ -109,7 +109,6 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
   const char* const kOpen = "unzOpenCurrentFilePassword";
   const char* const kRead = "unzReadCurrentFile";
   const char* const kClose = "unzCloseCurrentFile";
-  const std::string text = std::string(9999, 'x') + "y";
   const struct {
     const char* what;
     temvar_test::ZipEntry entry;
@@ -117,15 +116,8 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
     const char* where;
   } damages[] = {
       {"a wrong CRC of stored data", {.data = "data", .crc = 1}, -105, kClose},
-      {"a wrong CRC of deflated data", {.data = "data", .method = 8, .crc = 1}, -105, kClose},
       {"no deflated data", {.data = "data", .method = 8, .packed = "\xFF\xFF\xFF"}, -3, kRead},
-      {"deflated data cut short",
-       {.data = text, .method = 8, .packed = temvar_test::Deflated(text, -15).substr(0, 9)},
-       -5,
-       kRead},
-      {"deflated data that ends early", {.data = "data", .method = 8, .size = 100}, -105, kClose},
       {"stored data shorter than stated", {.data = "data", .size = 100}, -105, kClose},
-      {"stored data longer than stated", {.data = "data", .size = 2}, -105, kClose},
       {"an unknown method", {.data = "data", .method = 99}, -103, kOpen},
       {"encrypted", {.data = "data", .flags = 1, .packed = "twelve bytesdata"}, -105, kClose},
   };
@@ -158,28 +150,21 @@ TEST_P(ExtractionTest, ADamagedDirectoryEndsTheExtraction) {
   EXPECT_EQ(run.output.out, ErrorLine(-103, "unzGetCurrentFileInfo"));
 }
 
+// 64-bit end records, a program before the archive, the flag of UTF-8, extra fields.
 TEST_P(ExtractionTest, ReadsArchivesInOtherShapes) {
   const std::string name = "\xC3\xA9t\xC3\xA9 \xE6\xBC\xA2.txt";
   const std::string extra("\x55\x54\x05\0\1TIME", 9);
-  const struct {
-    const char* what;
-    temvar_test::ZipEntry entry;
-    temvar_test::ZipFrame frame;
-  } shapes[] = {
-      {"64-bit end records", {.name = name}, {.zip64_end = true}},
-      {"a program before it", {.name = name}, {.prefix = NoisyBytes(5000)}},
-      {"UTF-8 flag", {.name = name, .flags = 0x800}, {}},
-      {"extra field",
-       {.name = name, .central_extra = extra, .comment = std::string(3000, 'c')},
-       {}},
-      {"broken extra field", {.name = name, .central_extra = "\x01\x02\xFF\xFFx"}, {}},
-  };
-  for (const auto& shape : shapes) {
-    SCOPED_TRACE(shape.what);
-    PutArchive({shape.entry, {.name = "second", .data = "2"}}, shape.frame);
+  const temvar_test::ZipFrame frames[] = {{.zip64_end = true}, {.prefix = NoisyBytes(5000)}};
+  for (const auto& frame : frames) {
+    SCOPED_TRACE(frame.zip64_end);
+    PutArchive({{.name = name, .flags = 0x800},
+                {.name = "extra", .central_extra = extra, .comment = std::string(3000, 'c')},
+                {.name = "broken extra", .central_extra = "\x01\x02\xFF\xFFx"},
+                {.name = "last", .data = "2"}},
+               frame);
     EXPECT_TRUE(Extract().result);
-    EXPECT_TRUE(Exists(Out(name)));
-    EXPECT_EQ(GetFile(Out("second")), "2");
+    EXPECT_THAT(Tree(Out("")), UnorderedElementsAre(name, "extra", "broken extra", "last"));
+    EXPECT_EQ(GetFile(Out("last")), "2");
     TakeFreshDestination();
   }
 }

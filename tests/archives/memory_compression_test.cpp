@@ -129,8 +129,6 @@ TEST(Gunzip, StopsWhereTheCapacityTheInputOrTheMemberEnds) {
 TEST(Gunzip, WhatIsNoGzipMemberIsRefused) {
   std::string wrong_sum = Deflated("data", 31);
   wrong_sum[wrong_sum.size() - 6] ^= 1;
-  std::string broken = Deflated(NoisyBytes(1000), 31);
-  broken[14] ^= 0x55;
   for (const std::string& input :
        {Deflated("zlib", 15), std::string("\x1F\x8B no"), wrong_sum, std::string(50, '\0')}) {
     const Gunzipped gunzipped = Gunzip(input, 100);

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "support/take.h"
 #include "support/work_folder.h"
 #include "temvar/temvar.h"
 
@@ -37,10 +38,7 @@ class SettingsTest : public WorkFolderTest {
   }
 
   static std::string Compact(TMVUserDefaults* store, TMVUserDefaults::Value* value) {
-    char* text = store->StringifyValue(value);
-    const std::string copy(text);
-    TmvUtilityString()->FreeString(text);
-    return copy;
+    return Take(store->StringifyValue(value));
   }
 
   static std::string Compact(TMVUserDefaults* store) {

@@ -31,7 +31,6 @@ struct ZipEntry {
   std::optional<std::string> packed = {};
   std::string central_extra = {};
   std::string comment = {};
-  uint32_t internal_attributes = 0;  // Only read.
   uint32_t external_attributes = 0;  // Only read.
 };
 
@@ -143,7 +142,6 @@ inline std::vector<ZipEntry> ReadZip(const std::string& archive) {
     entry.method = static_cast<uint16_t>(number(at + 10, 2));
     entry.dos_date = number(at + 12, 4);
     entry.crc = number(at + 16, 4);
-    entry.internal_attributes = number(at + 36, 2);
     entry.external_attributes = number(at + 38, 4);
     entry.name = archive.substr(at + 46, number(at + 28, 2));
     entry.central_extra = archive.substr(at + 46 + entry.name.size(), number(at + 30, 2));
