@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <ostream>
 #include <string>
 
@@ -33,8 +31,7 @@ std::string AskLldb(const CrashRun& run, const std::filesystem::path& dump) {
                 "image list", "-c", Utf8(dump), ProgramFolder() / "crash_child"},
                output, std::chrono::seconds(60));
   EXPECT_FALSE(end.timed_out);
-  std::ifstream stream(output);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  return ReadAll(output);
 }
 
 class LldbOpens : public testing::TestWithParam<Case> {};

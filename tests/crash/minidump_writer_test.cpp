@@ -17,10 +17,9 @@
 #include <string>
 #include <thread>
 
+#include "crash/crash_run.h"
 #include "platform/posix/minidump/dump.h"
 #include "platform/posix/minidump/dump_file.h"
-#include "support/minidump_reader.h"
-#include "support/work_folder.h"
 
 namespace {
 
@@ -138,10 +137,7 @@ TEST(MinidumpWriter, LeavesOutPagesThatCantBeRead) {
   temvar::posix::minidump::DumpFile file(opened.descriptor);
   const auto location = file.Append(pages.At(0, 10), 4 * kPage - 10);
   EXPECT_TRUE(file.Finish());
-  std::ifstream stream(path, std::ios::binary);
-  std::string content{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-  content = content.substr(location.offset, location.size);
-  EXPECT_EQ(content,
+  EXPECT_EQ(ReadAll(path).substr(location.offset, location.size),
             std::string(kPage - 10 + kPage, '\0') + std::string(kPage, 2) + std::string(kPage, 3));
 }
 

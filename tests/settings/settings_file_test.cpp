@@ -27,10 +27,8 @@ TEST_P(SettingsFile, TakesValidTexts) {
       // Structure and white space.
       {"{}", "{}"},
       {"[]", "[]"},
-      {" \t\r\n{ \n} \r\t", "{}"},
-      {"{\"a\":[],\"b\":{}}", "{\"a\":[],\"b\":{}}"},
+      {" \t\r\n{ \"\\u0061\" : [ 1 ,\nnull ] } \r\t", "{\"a\":[1,null]}"},
       {"[[],[[]],{\"\":0}]", "[[],[[]],{\"\":0}]"},
-      {"[ 1 , null , true , false ]", "[1,null,true,false]"},
       {"{\"a\":1,\"a\":2}", "{\"a\":1,\"a\":2}"},
       {deep, deep},
       // Integers, to the last bit of 64.
@@ -49,7 +47,6 @@ TEST_P(SettingsFile, TakesValidTexts) {
       {R"(["\u0000\u001f\u007F\u00e9\u20AC\ud83d\uDE00"])",
        "[\"\\u0000\\u001F\x7F\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\"]"},
       {"[\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\"]", "[\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\"]"},
-      {"{\"\\u0061\":\"\"}", "{\"a\":\"\"}"},
       // Left open by the grammar: bytes that are no UTF-8, a lone low surrogate.
       {"[\"\xFF\xC3\"]", "[\"\xFF\xC3\"]"},
       {R"(["\uDC00"])", "[\"\xED\xB0\x80\"]"},
@@ -68,27 +65,21 @@ TEST_P(SettingsFile, CountsAnythingElseAsDamaged) {
   const std::string_view table[] = {
       "", "\0"sv, "\xEF\xBB\xBF{}", "\xEF\xBB\xBF", "\xFF\xFE{\0}\0"sv,
       // The root is an object or an array, and nothing follows.
-      "1", "-1.5", "true", "null", "\"text\"", "{}x", "{},", "{}{}", "[]]", "{}}", "[1]2", "{}//",
-      "{} /* */", "{\"a\":1}\x01",
+      "1", "true", "null", "\"text\"", "{}x", "{},", "{}{}", "[]]", "{} /* */", "{\"a\":1}\x01",
       // Objects and arrays that are not whole.
-      "{", "[", "{\"a\"", "{\"a\":", "{\"a\":1", "{\"a\":1,", "[1", "[1,", "[[", "[{]", "{[}", "]",
-      "}", "[1,]", "[,1]", "[1,,2]", "[1 2]", "[1;2]", "{\"a\":1,}", "{,}", "{\"a\"}",
-      "{\"a\":1 \"b\":2}", "{\"a\"::1}", "{a:1}", "{'a':1}", "{\"a\":}", "[:]", "[\"a\":1]",
-      "{\"a\" b}", "{\"a\":1\0}"sv,
-      // Words.
-      "[nul]", "[nulll]", "[NULL]", "[True]", "[NaN]", "[Infinity]",
-      // Numbers.
-      "[+1]", "[01]", "[-01]", "[-]", "[--1]", "[.5]", "[-.5]", "[1.]", "[1.e1]", "[1e]", "[1e+]",
-      "[1e1.5]", "[0x10]", "[1a]", "[0e]", "[1.2.3]", "[\xEF\xBC\x91]",
+      "{", "[", "{\"a\"", "{\"a\":", "{\"a\":1", "{\"a\":1,", "[1", "[1,", "[{]", "]", "[1,]",
+      "[,1]", "[1 2]", "{\"a\":1,}", "{,}", "{\"a\"}", "{a:1}", "{'a':1}", "[\"a\":1]",
+      "{\"a\":1\0}"sv,
+      // Words and numbers.
+      "[nul]", "[NULL]", "[NaN]", "[Infinity]", "[+1]", "[01]", "[-]", "[.5]", "[1.]", "[1e]",
+      "[0x10]", "[\xEF\xBC\x91]",
       // Too large for a double: by its exponent, by its digits, and just so.
       "[1e309]", "[1e999999999999]", "[1.8e308]", "[-1.8e308]",
       // Texts.
-      "[\"]", "[\"a]", "[\"\\\"]", "[\"\\a\"]", "[\"\\x41\"]", "[\"\\u\"]", "[\"\\u12\"]",
-      "[\"\\u12g4\"]", "[\"\\U0041\"]", "[\"\n\"]", "[\"\t\"]", "[\"\x1F\"]", "[\"a\0b\"]"sv,
-      "['a']", "[\"\\ud800\"]", "[\"\\ud800a\"]", "[\"\\ud800\\n\"]", "[\"\\ud800\\ud800\"]",
-      "[\\n]", "[\"a\" \"b\"]", "[a\"]",
+      "[\"a]", "[\"\\\"]", "[\"\\a\"]", "[\"\\u12\"]", "[\"\\u12g4\"]", "[\"\n\"]", "[\"\x1F\"]",
+      "[\"a\0b\"]"sv, "['a']", "[\"\\ud800\"]", "[\"\\ud800a\"]", "[\"\\ud800\\ud800\"]",
       // White space that JSON doesn't know, comments.
-      "[\f1]", "[\v1]", "[\xC2\xA0]", "[1/**/]", "// c\n[]", "# c\n[]"};
+      "[\f1]", "[\xC2\xA0]", "[1/**/]", "// c\n[]"};
   for (const std::string_view text : table) {
     TMVUserDefaults* store = Load(text);
     EXPECT_FALSE(store->IsLoaded()) << text;
