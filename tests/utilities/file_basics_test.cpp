@@ -12,10 +12,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class FileBasicsTest : public temvar_test::WorkFolderTest {
- protected:
-  TMVUtilityFile* const file_ = TmvUtilityFile();
-};
+TMVUtilityFile* const files = TmvUtilityFile();
+
+using FileBasicsTest = temvar_test::WorkFolderTest;
 TEMVAR_IN_EVERY_PLACE(FileBasicsTest);
 
 TEST_P(FileBasicsTest, CopyReplacesAndKeepsBytesAndTime) {
@@ -25,47 +24,45 @@ TEST_P(FileBasicsTest, CopyReplacesAndKeepsBytesAndTime) {
   const auto old = fs::last_write_time(FilePath("source.bin")) - std::chrono::hours(100);
   fs::last_write_time(FilePath("source.bin"), old);
 
-  EXPECT_TRUE(file_->CopyFileTo(Path("source.bin").c_str(), Path("target.bin").c_str()));
+  EXPECT_TRUE(files->CopyFileTo(Path("source.bin").c_str(), Path("target.bin").c_str()));
   EXPECT_EQ(GetFile("target.bin"), bytes);
   EXPECT_EQ(fs::last_write_time(FilePath("target.bin")), old);
-  EXPECT_TRUE(file_->CopyFileTo(Path("source.bin").c_str(), Path("new.bin").c_str()));
+  EXPECT_TRUE(files->CopyFileTo(Path("source.bin").c_str(), Path("new.bin").c_str()));
   EXPECT_EQ(GetFile("new.bin"), bytes);
-  EXPECT_FALSE(file_->CopyFileTo(Path("new.bin").c_str(), Path("new.bin").c_str()));
+  EXPECT_FALSE(files->CopyFileTo(Path("new.bin").c_str(), Path("new.bin").c_str()));
   EXPECT_EQ(GetFile("new.bin"), bytes) << "onto itself";
 }
 
 TEST_P(FileBasicsTest, MoveNeverOverwrites) {
   PutFile("a.txt", "a");
   PutFile("b.txt", "b");
-  EXPECT_FALSE(file_->MoveFileTo(Path("a.txt").c_str(), Path("b.txt").c_str()));
+  EXPECT_FALSE(files->MoveFileTo(Path("a.txt").c_str(), Path("b.txt").c_str()));
   EXPECT_EQ(GetFile("a.txt"), "a");
   EXPECT_EQ(GetFile("b.txt"), "b");
 
-  EXPECT_TRUE(file_->MoveFileTo(Path("a.txt").c_str(), Path("c.txt").c_str()));
+  EXPECT_TRUE(files->MoveFileTo(Path("a.txt").c_str(), Path("c.txt").c_str()));
   EXPECT_EQ(GetFile("c.txt"), "a");
   EXPECT_FALSE(Exists("a.txt"));
 
   MakeFolder("folder");
   PutFile("folder/inner", "i");
-  EXPECT_TRUE(file_->MoveFileTo(Path("folder").c_str(), Path("renamed").c_str()));
+  EXPECT_TRUE(files->MoveFileTo(Path("folder").c_str(), Path("renamed").c_str()));
   EXPECT_EQ(GetFile("renamed/inner"), "i");
 }
 
 TEST_P(FileBasicsTest, LooksAndRemovalTellFilesFromDirectories) {
   PutFile("empty", "");
   MakeFolder("φάκελος");
-  EXPECT_TRUE(file_->PathExists(Path("empty").c_str()));
-  EXPECT_FALSE(file_->IsDirectory(Path("empty").c_str()));
-  EXPECT_TRUE(file_->PathExists(Path("φάκελος").c_str()));
-  EXPECT_TRUE(file_->IsDirectory(Path("φάκελος").c_str()));
-  // Either separator serves.
-  EXPECT_TRUE(file_->PathExists((Path() + "\\empty").c_str()));
-  EXPECT_TRUE(file_->PathExists((Path() + "/empty").c_str()));
-
-  EXPECT_TRUE(file_->RemoveFile(Path("empty").c_str()));
+  EXPECT_FALSE(files->IsDirectory(Path("empty").c_str()));
+  EXPECT_TRUE(files->PathExists(Path("φάκελος").c_str()));
+  EXPECT_TRUE(files->IsDirectory(Path("φάκελος").c_str()));
+  for (const char* separator : {"\\", "/"}) {
+    EXPECT_TRUE(files->PathExists((Path() + separator + "empty").c_str())) << separator;
+  }
+  EXPECT_TRUE(files->RemoveFile(Path("empty").c_str()));
   EXPECT_FALSE(Exists("empty"));
-  EXPECT_FALSE(file_->RemoveFile(Path("empty").c_str()));
-  EXPECT_FALSE(file_->RemoveFile(Path("φάκελος").c_str()));
+  EXPECT_FALSE(files->RemoveFile(Path("empty").c_str()));
+  EXPECT_FALSE(files->RemoveFile(Path("φάκελος").c_str()));
   EXPECT_TRUE(Exists("φάκελος"));
 }
 
@@ -77,45 +74,45 @@ TEST_P(FileBasicsTest, WhatNamesNoFileFails) {
   const char* const cases[] = {nullptr, "", "\xFF\xFE", too_long.c_str(), missing_folder.c_str()};
   for (const char* bad : cases) {
     SCOPED_TRACE(bad == nullptr ? "null" : std::string(bad).substr(0, 300));
-    EXPECT_FALSE(file_->CopyFileTo(bad, Path("b.txt").c_str()));
-    EXPECT_FALSE(file_->CopyFileTo(good.c_str(), bad));
-    EXPECT_FALSE(file_->MoveFileTo(bad, Path("b.txt").c_str()));
-    EXPECT_FALSE(file_->MoveFileTo(good.c_str(), bad));
-    EXPECT_FALSE(file_->RemoveFile(bad));
-    EXPECT_FALSE(file_->PathExists(bad));
-    EXPECT_FALSE(file_->IsDirectory(bad));
-    EXPECT_EQ(file_->FileSize(bad), 0);
-    EXPECT_EQ(file_->OpenFile(bad, "rb"), nullptr);
-    EXPECT_FALSE(file_->WriteWholeFile("x", 1, bad));
-    EXPECT_FALSE(file_->CreateFileOfSize(bad, 1));
-    EXPECT_EQ(file_->FileContainsText(bad, "a"), -1);
-    EXPECT_FALSE(file_->SetFileTimestamp(bad, "2024-01-31 17:05:09"));
-    EXPECT_EQ(file_->DirectorySize(bad, 7), 7u);
-    EXPECT_FALSE(file_->DeleteDirectoryTree(bad));
-    EXPECT_FALSE(file_->CopyDirectoryTree(bad, Path("copy").c_str()));
+    EXPECT_FALSE(files->CopyFileTo(bad, Path("b.txt").c_str()));
+    EXPECT_FALSE(files->CopyFileTo(good.c_str(), bad));
+    EXPECT_FALSE(files->MoveFileTo(bad, Path("b.txt").c_str()));
+    EXPECT_FALSE(files->MoveFileTo(good.c_str(), bad));
+    EXPECT_FALSE(files->RemoveFile(bad));
+    EXPECT_FALSE(files->PathExists(bad));
+    EXPECT_FALSE(files->IsDirectory(bad));
+    EXPECT_EQ(files->FileSize(bad), 0);
+    EXPECT_EQ(files->OpenFile(bad, "rb"), nullptr);
+    EXPECT_FALSE(files->WriteWholeFile("x", 1, bad));
+    EXPECT_FALSE(files->CreateFileOfSize(bad, 1));
+    EXPECT_EQ(files->FileContainsText(bad, "a"), -1);
+    EXPECT_FALSE(files->SetFileTimestamp(bad, "2024-01-31 17:05:09"));
+    EXPECT_EQ(files->DirectorySize(bad, 7), 7u);
+    EXPECT_FALSE(files->DeleteDirectoryTree(bad));
+    EXPECT_FALSE(files->CopyDirectoryTree(bad, Path("copy").c_str()));
     BinaryDataResult result{&result, nullptr, 1, 2};
-    EXPECT_FALSE(file_->ReadWholeFile(&result, bad));
+    EXPECT_FALSE(files->ReadWholeFile(&result, bad));
     EXPECT_EQ(result.Owner, &result);
     if (bad == missing_folder.c_str()) continue;  // These make missing parents.
-    EXPECT_FALSE(file_->CopyDirectoryTree(good.c_str(), bad));
-    EXPECT_FALSE(file_->CreateDirectoryPath(bad));
+    EXPECT_FALSE(files->CopyDirectoryTree(good.c_str(), bad));
+    EXPECT_FALSE(files->CreateDirectoryPath(bad));
   }
   EXPECT_EQ(GetFile("a.txt"), "a");
 }
 
 TEST_P(FileBasicsTest, FreeSpaceIsThatOfTheDiskBeforeTheFirstBackslash) {
   uint64_t bytes = 12345;
-  EXPECT_FALSE(file_->GetFreeDiskSpace(&bytes, ""));
-  EXPECT_FALSE(file_->GetFreeDiskSpace(&bytes, nullptr));
-  EXPECT_FALSE(file_->GetFreeDiskSpace(&bytes, "C:/some/folder"));
-  EXPECT_FALSE(file_->GetFreeDiskSpace(&bytes, "no such folder here\\file"));
+  EXPECT_FALSE(files->GetFreeDiskSpace(&bytes, ""));
+  EXPECT_FALSE(files->GetFreeDiskSpace(&bytes, nullptr));
+  EXPECT_FALSE(files->GetFreeDiskSpace(&bytes, "C:/some/folder"));
+  EXPECT_FALSE(files->GetFreeDiskSpace(&bytes, "no such folder here\\file"));
   EXPECT_EQ(bytes, 12345u);
 
   const std::string root = Folder().root_path().string();
   std::string path = root + "nowhere";
   for (char& c : path) c = c == '/' ? '\\' : c;
   const uintmax_t before = fs::space(root).available;
-  ASSERT_TRUE(file_->GetFreeDiskSpace(&bytes, path.c_str()));
+  ASSERT_TRUE(files->GetFreeDiskSpace(&bytes, path.c_str()));
   // Others write to the disk too.
   constexpr uint64_t kSlack = uint64_t{4} << 30;
   EXPECT_LT(bytes, before + kSlack);
@@ -133,10 +130,10 @@ TEST(FormatSize, TakesTheLargestUnitThatIsReached) {
       {(1 << 20) - 1, "1024.00 KB"},
       {1 << 20, "1.00 MB"},
       {1 << 30, "1.00 GB"},
-      {~uint64_t{0}, "17179869184.00 GB"},
+      {UINT64_MAX, "17179869184.00 GB"},
   };
   for (const auto& [bytes, text] : cases) {
-    EXPECT_EQ(temvar_test::Take(TmvUtilityFile()->FormatSize(bytes)), text);
+    EXPECT_EQ(temvar_test::Take(files->FormatSize(bytes)), text);
   }
 }
 

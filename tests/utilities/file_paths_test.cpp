@@ -11,6 +11,8 @@ namespace {
 
 using temvar_test::Take;
 
+TMVUtilityFile* const files = TmvUtilityFile();
+
 TEST(SplitPath, CutsAtTheLastSeparatorAndTheLastDot) {
   const struct {
     const char* path;
@@ -33,28 +35,20 @@ TEST(SplitPath, CutsAtTheLastSeparatorAndTheLastDot) {
       {"a.b\\", "a.b\\", "", ".b\\"},
       {"./c", "./", "c", "./c"},
       {"\xFF", "", "", ""},
+      {"", nullptr, nullptr, nullptr},
+      {nullptr, nullptr, nullptr, nullptr},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.path);
-    PathParts parts = TmvUtilityFile()->SplitPath(c.path);
+    SCOPED_TRACE(c.path == nullptr ? "null" : c.path);
+    PathParts parts = files->SplitPath(c.path);
     EXPECT_STREQ(parts.Directory, c.directory);
     EXPECT_STREQ(parts.Name, c.name);
     EXPECT_STREQ(parts.Extension, c.extension);
     const PathParts before = parts;
-    TmvUtilityFile()->FreePathParts(&parts);
+    files->FreePathParts(&parts);
     EXPECT_EQ(parts.Name, before.Name) << "the record is left as it is";
   }
-}
-
-TEST(SplitPath, OfNothingIsThreeNulls) {
-  for (const char* path : {static_cast<const char*>(nullptr), ""}) {
-    PathParts parts = TmvUtilityFile()->SplitPath(path);
-    EXPECT_EQ(parts.Directory, nullptr);
-    EXPECT_EQ(parts.Name, nullptr);
-    EXPECT_EQ(parts.Extension, nullptr);
-    TmvUtilityFile()->FreePathParts(&parts);
-  }
-  TmvUtilityFile()->FreePathParts(nullptr);
+  files->FreePathParts(nullptr);
 }
 
 TEST(ExtensionInList, ComparesWholeExtensionsInLowerCase) {
@@ -70,17 +64,14 @@ TEST(ExtensionInList, ComparesWholeExtensionsInLowerCase) {
       {"a.", ";.;", true},           {"a.ΤΧΤ", ";.ΤΧΤ;", true},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(TmvUtilityFile()->ExtensionInList(c.path, c.list), c.expected)
-        << c.path << " in " << c.list;
+    EXPECT_EQ(files->ExtensionInList(c.path, c.list), c.expected) << c.path << " in " << c.list;
   }
-  EXPECT_FALSE(TmvUtilityFile()->ExtensionInList(nullptr, ";.zip;"));
+  EXPECT_FALSE(files->ExtensionInList(nullptr, ";.zip;"));
 }
 
 class MakeUniquePathTest : public temvar_test::WorkFolderTest {
  protected:
-  std::string Unique(const std::string& path) {
-    return Take(TmvUtilityFile()->MakeUniquePath(path.c_str()));
-  }
+  std::string Unique(const std::string& path) { return Take(files->MakeUniquePath(path.c_str())); }
 };
 TEMVAR_IN_EVERY_PLACE(MakeUniquePathTest);
 
@@ -118,7 +109,7 @@ TEST_P(MakeUniquePathTest, SplitsAtTheLastBackslashElseTheLastSlash) {
 }
 
 TEST_P(MakeUniquePathTest, IsNullForNullAndForWhatCannotBeNumbered) {
-  EXPECT_EQ(TmvUtilityFile()->MakeUniquePath(nullptr), nullptr);
+  EXPECT_EQ(files->MakeUniquePath(nullptr), nullptr);
   MakeFolder("sub");
   PutFile("sub/no dot", "");
   PutFile("no separator.txt", "");

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
+#include <iomanip>
+#include <sstream>
 #include <string>
 
 #include "support/work_folder.h"
@@ -30,28 +32,25 @@ class FileTimestampTest : public temvar_test::WorkFolderTest {
 TEMVAR_IN_EVERY_PLACE(FileTimestampTest);
 
 // The runtime's own idea of a local time.
-int64_t LocalTime(int year, int month, int day, int hour, int minute, int second) {
+int64_t LocalTime(const char* text) {
   std::tm fields{};
-  fields.tm_year = year - 1900;
-  fields.tm_mon = month - 1;
-  fields.tm_mday = day;
-  fields.tm_hour = hour;
-  fields.tm_min = minute;
-  fields.tm_sec = second;
+  std::istringstream(text) >> std::get_time(&fields, "%Y-%m-%d %H:%M:%S");
   fields.tm_isdst = -1;
   return std::mktime(&fields);
 }
 
 TEST_P(FileTimestampTest, SetsALocalTime) {
   PutFile("f", "content");
-  EXPECT_TRUE(Set("f", "2024-01-31 17:05:09"));
-  EXPECT_EQ(WriteTime("f"), LocalTime(2024, 1, 31, 17, 5, 9));
-  EXPECT_TRUE(Set("f", "2024-07-31 23:59:59")) << "summer";
-  EXPECT_EQ(WriteTime("f"), LocalTime(2024, 7, 31, 23, 59, 59));
-  EXPECT_TRUE(Set("f", "2024-02-29 24:05:09")) << "24 is hour 0 of the same day";
-  EXPECT_EQ(WriteTime("f"), LocalTime(2024, 2, 29, 0, 5, 9));
-  EXPECT_TRUE(Set("f", "1999-1-2 3:4:5")) << "digits are not counted";
-  EXPECT_EQ(WriteTime("f"), LocalTime(1999, 1, 2, 3, 4, 5));
+  const std::pair<const char*, const char*> cases[] = {
+      {"2024-01-31 17:05:09", "2024-01-31 17:05:09"},
+      {"2024-07-31 23:59:59", "2024-07-31 23:59:59"},  // Summer
+      {"2024-02-29 24:05:09", "2024-02-29 00:05:09"},  // 24 is hour 0 of the same day.
+      {"1999-1-2 3:4:5", "1999-01-02 03:04:05"},       // Digits are not counted.
+  };
+  for (const auto& [given, time] : cases) {
+    EXPECT_TRUE(Set("f", given)) << given;
+    EXPECT_EQ(WriteTime("f"), LocalTime(time)) << given;
+  }
   EXPECT_EQ(GetFile("f"), "content");
 }
 
@@ -59,27 +58,14 @@ TEST_P(FileTimestampTest, RefusesTextThatIsNoTime) {
   PutFile("f", "");
   ASSERT_TRUE(Set("f", "2024-01-31 17:05:09"));
   const int64_t before = WriteTime("f");
-  const char* const cases[] = {nullptr,
-                               "",
-                               "now",
-                               "2024-01-31",
-                               "2024-01-31 17:05",
-                               "2024-01-31T17:05:09",
-                               "2024-00-31 17:05:09",
-                               "2024-13-31 17:05:09",
-                               "2024-02-30 17:05:09",
-                               "2023-02-29 17:05:09",
-                               "2024-01-32 17:05:09",
-                               "2024-01-31 25:05:09",
-                               "2024-01-31 17:60:09",
-                               "2024-01-31 17:05:60",
-                               "99999999999999-01-31 17:05:09",
-                               "-- ::",
-                               "2024-01-31 -1:05:09",
-                               "\xFF-\xFF"};
-  for (const char* text : cases) {
-    EXPECT_FALSE(Set("f", text)) << (text == nullptr ? "null" : text);
+  for (const std::string text :
+       {"", "now", "2024-01-31", "2024-01-31 17:05", "2024-01-31T17:05:09", "2024-00-31 17:05:09",
+        "2024-13-31 17:05:09", "2024-02-30 17:05:09", "2023-02-29 17:05:09", "2024-01-32 17:05:09",
+        "2024-01-31 25:05:09", "2024-01-31 17:60:09", "2024-01-31 17:05:60", "2024-01-31 -1:05:09",
+        "99999999999999-01-31 17:05:09", "-- ::", "\xFF-\xFF"}) {
+    EXPECT_FALSE(Set("f", text.c_str())) << text;
   }
+  EXPECT_FALSE(Set("f", nullptr));
   EXPECT_EQ(WriteTime("f"), before);
 }
 

@@ -11,6 +11,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+TMVUtilityFile* const files = TmvUtilityFile();
+
 constexpr char kShellLimit[] = "the shell knows no long paths: see RefusesWhatTheShellCannotTake";
 
 class FileTreesTest : public temvar_test::WorkFolderTest {
@@ -33,24 +35,22 @@ class FileTreesTest : public temvar_test::WorkFolderTest {
     EXPECT_TRUE(fs::is_directory(FilePath(top + "/empty")));
   }
 
-  bool Delete(const std::string& path) { return file_->DeleteDirectoryTree(path.c_str()); }
+  bool Delete(const std::string& path) { return files->DeleteDirectoryTree(path.c_str()); }
   bool Copy(const char* from, const char* to) {
-    return file_->CopyDirectoryTree(Path(from).c_str(), Path(to).c_str());
+    return files->CopyDirectoryTree(Path(from).c_str(), Path(to).c_str());
   }
-
-  TMVUtilityFile* const file_ = TmvUtilityFile();
 };
 TEMVAR_IN_EVERY_PLACE(FileTreesTest);
 
 TEST_P(FileTreesTest, CreatesMissingParents) {
-  EXPECT_TRUE(file_->CreateDirectoryPath(Path("one/δύο/三").c_str()));
+  EXPECT_TRUE(files->CreateDirectoryPath(Path("one/δύο/三").c_str()));
   EXPECT_TRUE(fs::is_directory(FilePath("one/δύο/三")));
-  EXPECT_FALSE(file_->CreateDirectoryPath(Path("one/δύο/三").c_str())) << "exists";
-  EXPECT_TRUE(file_->CreateDirectoryPath((Path("one") + "/four\\five").c_str()));
+  EXPECT_FALSE(files->CreateDirectoryPath(Path("one/δύο/三").c_str())) << "exists";
+  EXPECT_TRUE(files->CreateDirectoryPath((Path("one") + "/four\\five").c_str()));
   EXPECT_TRUE(fs::is_directory(FilePath("one/four/five")));
   PutFile("file", "");
-  EXPECT_FALSE(file_->CreateDirectoryPath(Path("file").c_str()));
-  EXPECT_FALSE(file_->CreateDirectoryPath(Path("file/inner").c_str()));
+  EXPECT_FALSE(files->CreateDirectoryPath(Path("file").c_str()));
+  EXPECT_FALSE(files->CreateDirectoryPath(Path("file/inner").c_str()));
 }
 
 TEST_P(FileTreesTest, DeletesTreesAndSingleFiles) {
@@ -70,7 +70,7 @@ TEST_P(FileTreesTest, GoesByTheCurrentFolderAndDeletesItForNoPath) {
   if (IsBeyondTheShell()) GTEST_SKIP() << kShellLimit;
   PutFile("keep", "x");
   fs::current_path(Folder());
-  EXPECT_TRUE(file_->CreateDirectoryPath("relative/inner"));
+  EXPECT_TRUE(files->CreateDirectoryPath("relative/inner"));
   EXPECT_TRUE(fs::is_directory(FilePath("relative/inner")));
   for (const char* path : {"", "\\", "C:", "C:\\", "\xFF"}) {
     EXPECT_FALSE(Delete(path)) << path;
@@ -124,16 +124,16 @@ TEST_P(FileTreesTest, RefusesWhatTheShellCannotTake) {
 
 TEST_P(FileTreesTest, SizeIsThatOfTheFilesBelow) {
   MakeTree();
-  EXPECT_EQ(file_->DirectorySize(Path("tree").c_str(), 0), 9u);
-  EXPECT_EQ(file_->DirectorySize(Path("tree").c_str(), 100), 109u);
-  EXPECT_EQ(file_->DirectorySize(Path("tree/empty").c_str(), 100), 100u);
-  EXPECT_EQ(file_->DirectorySize(Path("tree/a.txt").c_str(), 100), 100u) << "no directory";
-  EXPECT_EQ(file_->DirectorySize((Path("tree") + "/").c_str(), 0), 9u);
+  EXPECT_EQ(files->DirectorySize(Path("tree").c_str(), 0), 9u);
+  EXPECT_EQ(files->DirectorySize(Path("tree").c_str(), 100), 109u);
+  EXPECT_EQ(files->DirectorySize(Path("tree/empty").c_str(), 100), 100u);
+  EXPECT_EQ(files->DirectorySize(Path("tree/a.txt").c_str(), 100), 100u) << "no directory";
+  EXPECT_EQ(files->DirectorySize((Path("tree") + "/").c_str(), 0), 9u);
   std::string deep = "tree";
   for (int level = 0; level < 60; ++level) deep += "/folder of level " + std::to_string(level);
   MakeFolder(deep);
   PutFile(deep + "/file", "12345");
-  EXPECT_EQ(file_->DirectorySize(Path().c_str(), 0), 14u);
+  EXPECT_EQ(files->DirectorySize(Path().c_str(), 0), 14u);
 }
 
 }  // namespace

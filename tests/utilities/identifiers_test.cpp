@@ -1,27 +1,99 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <temvar/utility_app.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
+#include <ctime>
 #include <limits>
+#include <string>
+#include <thread>
+#include <vector>
 
-#include "temvar/utility_app.h"
+#include "support/take.h"
 #include "utilities/identifier_state.h"
 
 namespace {
 
+using temvar_test::Take;
+
+TMVUtilityApp* const app = TmvUtilityApp();
 constexpr int64_t kFactor = 10'000'000'000;
 
-// Where the numbers wrap, which no host waits for.
-TEST(IdentifierState, CounterGoesBackToZeroBeforeTheLargestNumber) {
-  temvar::GetIdentifierState().counter = std::numeric_limits<int32_t>::max() - 2;
-  EXPECT_EQ(TmvUtilityApp()->NewUniqueId() % kFactor, 2147483646);
-  EXPECT_EQ(TmvUtilityApp()->NewUniqueId() % kFactor, 0);
-  EXPECT_EQ(TmvUtilityApp()->NewUniqueId() % kFactor, 1);
+int64_t TimePart(std::time_t time) {
+  char text[16];
+  std::strftime(text, sizeof(text), "%d%H%M%S", std::localtime(&time));
+  return std::atoll(text);
 }
 
-TEST(IdentifierState, SerialWrapsIn32Bits) {
+// Must be the first use of the process, which it is under CTest.
+TEST(Identifiers, FirstOnes) {
+  const std::time_t before = std::time(nullptr);
+  const int64_t first = app->NewUniqueId();
+  const std::time_t after = std::time(nullptr);
+  EXPECT_EQ(first % kFactor, 1);
+  EXPECT_THAT(first / kFactor, testing::AnyOf(TimePart(before), TimePart(after)));
+  EXPECT_EQ(app->NewUniqueId() % kFactor, 2);
+
+  EXPECT_EQ(app->NextSerial(), 3);
+  EXPECT_EQ(app->NextSerial(), 5);
+  EXPECT_EQ(app->NextSerial(), 7);
+}
+
+TEST(Identifiers, PrefixedOnes) {
+  const std::pair<const char*, std::string> cases[] = {
+      {"job", "job-"}, {nullptr, "-"}, {"\xCE\xB1-", "\xCE\xB1--"}};
+  for (const auto& [prefix, start] : cases) {
+    const int64_t before = app->NewUniqueId() % kFactor;
+    const std::string id = Take(app->NewPrefixedId(prefix));
+    ASSERT_EQ(id.substr(0, start.size()), start);
+    const std::string number = id.substr(start.size());
+    EXPECT_EQ(number, std::to_string(std::atoll(number.c_str())));
+    EXPECT_EQ(std::atoll(number.c_str()) % kFactor, before + 1);
+  }
+}
+
+TEST(Identifiers, UniqueOnManyThreads) {
+  constexpr size_t kThreads = 8;
+  constexpr size_t kEach = 2000;
+  std::vector<int64_t> ids[kThreads];
+  std::vector<int64_t> serials[kThreads];
+  std::vector<std::thread> threads;
+  for (size_t i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&, i] {
+      for (size_t n = 0; n < kEach; ++n) {
+        ids[i].push_back(app->NewUniqueId() % kFactor);
+        serials[i].push_back(app->NextSerial());
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (const auto* lists : {&ids, &serials}) {
+    std::vector<int64_t> all;
+    for (const auto& list : *lists) {
+      EXPECT_TRUE(std::is_sorted(list.begin(), list.end()));
+      all.insert(all.end(), list.begin(), list.end());
+    }
+    std::sort(all.begin(), all.end());
+    EXPECT_EQ(std::adjacent_find(all.begin(), all.end()), all.end());
+    const int64_t step = lists == &ids ? 1 : 2;
+    EXPECT_EQ(all.back() - all.front(), static_cast<int64_t>(kThreads * kEach - 1) * step);
+  }
+}
+
+// Where the numbers wrap, which no host waits for.
+TEST(Identifiers, CounterGoesBackToZeroBeforeTheLargestNumber) {
+  temvar::GetIdentifierState().counter = std::numeric_limits<int32_t>::max() - 2;
+  for (const int64_t counter : {2147483646, 0, 1}) {
+    EXPECT_EQ(app->NewUniqueId() % kFactor, counter);
+  }
+}
+
+TEST(Identifiers, SerialWrapsIn32Bits) {
   temvar::GetIdentifierState().serial = std::numeric_limits<int32_t>::max() - 2;
-  EXPECT_EQ(TmvUtilityApp()->NextSerial(), std::numeric_limits<int32_t>::max());
-  EXPECT_EQ(TmvUtilityApp()->NextSerial(), std::numeric_limits<int32_t>::min() + 1);
+  EXPECT_EQ(app->NextSerial(), std::numeric_limits<int32_t>::max());
+  EXPECT_EQ(app->NextSerial(), std::numeric_limits<int32_t>::min() + 1);
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <temvar/utility_app.h>
 #include <temvar/utility_sys.h>
@@ -15,28 +16,21 @@
 namespace {
 
 using temvar_test::Take;
+using testing::EndsWith;
+using testing::Not;
 
 TMVUtilitySys* const sys = TmvUtilitySys();
 
-bool EndsWith(const std::string& text, const std::string& end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
-// Whether a folder that the library reports is there. Its backslashes are separators everywhere.
-bool IsFolder(std::string path) {
-  std::replace(path.begin(), path.end(), '\\', '/');
-  return std::filesystem::is_directory(temvar_test::FromUtf8(path));
-}
-
 TEST(Sys, Folders) {
   // CTest runs this with a home folder of its own.
-  for (const std::string& path : {Take(sys->GetAppDataPath()), Take(sys->GetTempDirectory()),
-                                  Take(sys->GetDownloadsPath()), Take(sys->GetDocumentsPath())}) {
-    EXPECT_TRUE(EndsWith(path, "\\")) << path;
-    EXPECT_FALSE(EndsWith(path, "\\\\")) << path;
-    EXPECT_TRUE(IsFolder(path)) << path;
+  for (std::string path : {Take(sys->GetAppDataPath()), Take(sys->GetTempDirectory()),
+                           Take(sys->GetDownloadsPath()), Take(sys->GetDocumentsPath())}) {
+    SCOPED_TRACE(path);
+    EXPECT_THAT(path, AllOf(EndsWith("\\"), Not(EndsWith("\\\\"))));
+    std::replace(path.begin(), path.end(), '\\', '/');  // They are separators everywhere.
+    EXPECT_TRUE(std::filesystem::is_directory(temvar_test::FromUtf8(path)));
   }
-  EXPECT_TRUE(EndsWith(Take(sys->GetDownloadsPath()), "\\Downloads\\"));
+  EXPECT_THAT(Take(sys->GetDownloadsPath()), EndsWith("\\Downloads\\"));
 }
 
 TEST(Sys, BuildYear) {
@@ -48,10 +42,7 @@ TEST(Sys, BuildYear) {
 
 TEST(Sys, FormatDuration) {
   const char* const kLongest = "5124095576030431:00:15";
-  const struct {
-    double seconds;
-    const char* text;
-  } cases[] = {
+  const std::pair<double, const char*> cases[] = {
       {0.49, "00:00"},      {0.5, "00:01"},     {59.5, "01:00"},       {3599.4, "59:59"},
       {3599.5, "01:00:00"}, {3723, "01:02:03"}, {360000, "100:00:00"}, {-5, "00:00"},
       {-HUGE_VAL, "00:00"}, {NAN, "00:00"},     {1e300, kLongest},     {HUGE_VAL, kLongest},
@@ -62,18 +53,12 @@ TEST(Sys, FormatDuration) {
 }
 
 TEST(Sys, FormatSeconds) {
-  const struct {
-    int64_t seconds;
-    const char* text;
-  } cases[] = {
+  const std::pair<int64_t, const char*> cases[] = {
       {0, "00:00"},
-      {123, "02:03"},
       {3599, "59:59"},
       {3600, "01:00:00"},
-      {3723, "01:02:03"},
       {-61, "-1:-1"},
       {-3723, "-1:-2:-3"},
-      {59, "00:59"},
       {INT64_MAX, "2562047788015215:30:07"},
       {INT64_MIN, "-2562047788015215:-30:-8"},
   };
@@ -85,9 +70,7 @@ TEST(Sys, FormatSeconds) {
 TEST(Sys, SleepMilliseconds) {
   using Clock = std::chrono::steady_clock;
   const auto start = Clock::now();
-  sys->SleepMilliseconds(0);
-  sys->SleepMilliseconds(-5);
-  sys->SleepMilliseconds(INT32_MIN);
+  for (const int32_t none : {0, -5, INT32_MIN}) sys->SleepMilliseconds(none);
   EXPECT_LT(Clock::now() - start, std::chrono::seconds(5));
   const auto before = Clock::now();
   sys->SleepMilliseconds(50);
@@ -105,7 +88,7 @@ TEST(Sys, Facts) {
 TEST(Sys, ExecutableFileName) {
   const std::string path = Take(TmvUtilityApp()->GetExecutablePath());
   const std::string name = Take(sys->GetExecutableFileName());
-  EXPECT_TRUE(EndsWith(path, "\\" + name));
+  EXPECT_THAT(path, EndsWith("\\" + name));
   EXPECT_EQ(name.substr(0, name.find('.')), "sys_host_test");
 }
 
