@@ -73,15 +73,14 @@ TEST(PoolLife, StopOfAPoolThatWasNotStartedThrows) {
 TEST(PoolLife, AnEventThatStopCutOffStaysRegistered) {
   Pool().Start(1);
   Gate gate;
-  const TaskPtr first = MakeTask("first", gate.Then(Succeed));
   std::atomic<bool> secondRan{false};
-  const TaskPtr second = MakeTask("second", [&secondRan](RkTask*) { secondRan = true; });
-  const Job job("cut", {first.get(), second.get()});
+  const Job job("cut", {{"first", gate.Then(Succeed)},
+                        {"second", [&secondRan](RkTask*) { secondRan = true; }}});
   job.Add();
   gate.WaitForArrivals(1);
   StopAndOpen(gate);
   EXPECT_FALSE(secondRan);
-  EXPECT_EQ(first->GetState(), kTaskStateSucceeded);
+  EXPECT_EQ(job[0]->GetState(), kTaskStateSucceeded);
   EXPECT_EQ(Schedular().GetEventCount(), 1u);
 }
 

@@ -85,18 +85,16 @@ TEST(TaskThread, RunsWhatThePoolAssignsAndStopWaitsForIt) {
 // A worker has its next task already when it comes to the gap in which Stop gets it.
 TEST(TaskThread, ATaskThatItsStopKeptFromBeginningIsNotAmongTheRunning) {
   std::atomic<int> begun{0};
-  std::vector<TaskPtr> tasks;
-  std::vector<RkTask*> all;
+  std::vector<Step> steps;
   for (int i = 0; i < 500; ++i) {
-    tasks.push_back(MakeTask("task " + std::to_string(i), [&begun](RkTask*) { ++begun; }));
-    all.push_back(tasks.back().get());
+    steps.push_back({"task " + std::to_string(i), [&begun](RkTask*) { ++begun; }});
   }
-  const Job job("event", all);
+  const Job job("event", steps);
   Schedular().RegisterEvent(job.event.get());
   for (int round = 0; round < 100; ++round) {
     const ThreadPtr thread = MakeThread();
     thread->SetPool(TmvTaskPool());
-    for (RkTask* task : all) Pool().AddTask(task);
+    for (size_t i = 0; i < steps.size(); ++i) Pool().AddTask(job[i]);
     begun = 0;
     thread->Start();
     while (begun == 0) std::this_thread::yield();
@@ -105,7 +103,6 @@ TEST(TaskThread, ATaskThatItsStopKeptFromBeginningIsNotAmongTheRunning) {
     Pool().FreeTaskList(Pool().ListRunning("event", running));
     ASSERT_EQ(running, 0u);
   }
-  Schedular().RemoveEvent("event");
   Pool().RemoveQueued("event");
 }
 

@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <future>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -14,9 +13,12 @@
 #include <utility>
 #include <vector>
 
+#include "support/host_job.h"
+
 namespace {
 
 using namespace std::chrono_literals;
+using test::Eventually;
 
 std::atomic<int> releases{0};
 
@@ -32,28 +34,19 @@ tmv::Task CountedTask(const char* name) {
   return task;
 }
 
-// Ends the test instead of hanging it.
-template <typename Value>
-Value Await(std::future<Value> future) {
-  if (future.wait_for(60s) != std::future_status::ready) {
-    throw std::runtime_error("nothing happened for a minute");
-  }
-  return future.get();
-}
-
-void AwaitState(RkTask* task, int32_t state) {
-  while (task->GetState() != state) std::this_thread::sleep_for(1ms);
-}
-
 // An event of one package; `end` gets the event's state when its function runs.
 tmv::Event EventOf(const char* name, const std::vector<tmv::Task>& tasks,
-                   std::promise<int32_t>& end) {
-  tmv::Event event =
-      tmv::MakeEvent(name, [&end](RkTask* task) { end.set_value(task->GetState()); });
+                   std::atomic<int32_t>& end) {
+  tmv::Event event = tmv::MakeEvent(name, [&end](RkTask* task) { end = task->GetState(); });
   tmv::Package package = tmv::MakePackage();
   for (const tmv::Task& task : tasks) package->AddTask(task);
   event->AddPackage(package);
   return event;
+}
+
+int32_t EndOf(const std::atomic<int32_t>& end) {
+  Eventually([&end] { return end != kTaskStateCreated; });
+  return end;
 }
 
 TEST(HandlesTest, ReferencesAreCountedByCopiesAndNotByMoves) {
@@ -100,19 +93,19 @@ TEST(HandlesTest, EventsAndPackagesAreTasksAndKeepWhatTheyHold) {
 TEST(HandlesTest, ACallableReportsSuccessOrFailureAndIsDestroyedOnce) {
   const std::weak_ptr<int> life = [] {
     auto token = std::make_shared<int>(0);
-    std::promise<int32_t> end;
+    std::atomic<int32_t> end{kTaskStateCreated};
     const tmv::Task returns = tmv::MakeTask("returns", [token] { ++*token; });
     const tmv::Task throws = tmv::MakeTask("throws", [token] { throw *token; });
     const tmv::Task named = tmv::MakeTask("named", [token](RkTask* task) {
       if (task->GetName() != std::string("named")) throw std::logic_error("another task");
     });
     tmv::RunningPool pool(2);
-    std::promise<void> ran;
-    TmvTaskSchedular()->ScheduleTask(tmv::MakeTask("alone", [&ran, token] { ran.set_value(); }));
-    Await(ran.get_future());
+    std::atomic<bool> ran{false};
+    TmvTaskSchedular()->ScheduleTask(tmv::MakeTask("alone", [&ran, token] { ran = true; }));
+    Eventually([&ran] { return ran.load(); });
     tmv::Event event = EventOf("job", {returns, throws, named}, end);
     TmvTaskSchedular()->AddEvent(event);
-    EXPECT_EQ(Await(end.get_future()), kTaskStateSucceeded);
+    EXPECT_EQ(EndOf(end), kTaskStateSucceeded);
     EXPECT_EQ(returns->GetState(), kTaskStateSucceeded);
     EXPECT_EQ(throws->GetState(), kTaskStateFailed);
     EXPECT_EQ(named->GetState(), kTaskStateSucceeded);
@@ -123,53 +116,50 @@ TEST(HandlesTest, ACallableReportsSuccessOrFailureAndIsDestroyedOnce) {
 }
 
 TEST(HandlesTest, AnEndThatAPauseSwallowedIsReportedAgain) {
-  std::promise<int32_t> end;
-  std::promise<RkTask*> running;
-  int runs = 0;
+  std::atomic<int32_t> end{kTaskStateCreated};
+  std::atomic<int> runs{0};
   bool nextRan = false;
   tmv::RunningPool pool(2);
   const tmv::Task paused = tmv::MakeTask("paused", [&](RkTask* task) {
     ++runs;
-    running.set_value(task);
-    AwaitState(task, kTaskStatePaused);
+    Eventually([task] { return task->GetState() == kTaskStatePaused; });
   });
   const tmv::Task next = tmv::MakeTask("next", [&] { nextRan = true; });
   TmvTaskSchedular()->AddEvent(EventOf("job", {paused, next}, end));
-  Await(running.get_future());
+  Eventually([&runs] { return runs == 1; });
   TmvTaskSchedular()->PauseEvent("job");
   // The pause has swallowed the report: resuming alone would leave the package standing.
   EXPECT_EQ(paused->GetState(), kTaskStatePaused);
   TmvTaskSchedular()->ResumeEvent("job");
-  EXPECT_EQ(Await(end.get_future()), kTaskStateSucceeded);
+  EXPECT_EQ(EndOf(end), kTaskStateSucceeded);
   EXPECT_EQ(runs, 1);
   EXPECT_TRUE(nextRan);
 }
 
 TEST(HandlesTest, ACancelledCallableLeavesAtItsPausePoint) {
-  std::promise<int32_t> end;
+  std::atomic<int32_t> end{kTaskStateCreated};
   tmv::Task task;
   {
-    std::promise<void> running;
-    bool told = false;
+    std::atomic<bool> running{false};
     tmv::RunningPool pool(2);
     task = tmv::MakeTask("endless", [&](RkTask* self) {
       while (tmv::KeepGoing(self)) {
-        if (!std::exchange(told, true)) running.set_value();
+        running = true;
         std::this_thread::sleep_for(1ms);
       }
     });
     const tmv::Task never = tmv::MakeTask("never", [] { FAIL() << "behind a cancelled task"; });
     TmvTaskSchedular()->AddEvent(EventOf("job", {task, never}, end));
-    Await(running.get_future());
+    Eventually([&running] { return running.load(); });
     TmvTaskSchedular()->CancelEvent("job");
-    EXPECT_EQ(Await(end.get_future()), kTaskStateCancelled);
+    EXPECT_EQ(EndOf(end), kTaskStateCancelled);
   }
   EXPECT_EQ(task->GetState(), kTaskStateCancelled);
 }
 
 TEST(HandlesTest, AListReleasesItsTasks) {
   {
-    std::promise<int32_t> end;
+    std::atomic<int32_t> end{kTaskStateCreated};
     const tmv::Event event = EventOf("job", {CountedTask("a"), CountedTask("b")}, end);
     event->AddPackage(tmv::MakePackage());
     tmv::TaskList list(TmvTaskSchedular()->ListCurrentTasks(event));

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <typeinfo>
 #include <vector>
 
 namespace {
@@ -40,14 +41,28 @@ size_t CountSlots() {
 // The operations in their order, from the slot `first` on, and no others.
 template <typename Interface, typename... Members>
 void ExpectOrder(size_t first, Members... members) {
+  SCOPED_TRACE(typeid(Interface).name());
   const std::vector<size_t> slots = {SlotOf(members)...};
   for (size_t i = 0; i < slots.size(); ++i) EXPECT_EQ(slots[i], first + i);
   EXPECT_EQ(CountSlots<Interface>(), first + slots.size());
 }
 
-TEST(Slots, TMVLock) {
-  using I = TMVLock;
-  ExpectOrder<I>(0, &I::Lock, &I::Unlock);
+TEST(Slots, InterfacesOfFewOperations) {
+  ExpectOrder<TMVLock>(0, &TMVLock::Lock, &TMVLock::Unlock);
+  ExpectOrder<TMVDbgReport>(0, &TMVDbgReport::Install);
+  ExpectOrder<TMVAndroidManifest>(0, &TMVAndroidManifest::Decode,
+                                  &TMVAndroidManifest::GetAttributeValue);
+  ExpectOrder<RkTaskData>(0, &RkTaskData::SetPayload, &RkTaskData::GetPayload,
+                          &RkTaskData::SetReleaser);
+  ExpectOrder<RkTaskFunc>(0, &RkTaskFunc::Bind, &RkTaskFunc::SetCallback, &RkTaskFunc::GetCallback,
+                          &RkTaskFunc::GetData);
+  // The table of the virtual base comes first.
+  ExpectOrder<RkTaskEvent>(CountSlots<RkTask>(), &RkTaskEvent::AddPackage);
+  using Unzip = TMVUtilityUnzip;
+  ExpectOrder<Unzip>(0, &Unzip::ExtractArchive, &Unzip::GunzipBuffer, &Unzip::ExtractEntry,
+                     &Unzip::InflateBuffer, &Unzip::OpenArchive);
+  using Zip = TMVUtilityZip;
+  ExpectOrder<Zip>(0, &Zip::AddDirectory, &Zip::AddFile, &Zip::WriteArchive, &Zip::DeflateBuffer);
 }
 
 TEST(Slots, RkTask) {
@@ -55,22 +70,6 @@ TEST(Slots, RkTask) {
   ExpectOrder<I>(0, &I::ReportState, &I::SetFunc, &I::GetFunc, &I::SetData, &I::GetData,
                  &I::ClearData, &I::ClearFunc, &I::GetType, &I::SetType, &I::GetState, &I::SetState,
                  &I::GetName, &I::SetNameNumber, &I::SetName);
-}
-
-TEST(Slots, RkTaskData) {
-  using I = RkTaskData;
-  ExpectOrder<I>(0, &I::SetPayload, &I::GetPayload, &I::SetReleaser);
-}
-
-TEST(Slots, RkTaskFunc) {
-  using I = RkTaskFunc;
-  ExpectOrder<I>(0, &I::Bind, &I::SetCallback, &I::GetCallback, &I::GetData);
-}
-
-TEST(Slots, RkTaskEvent) {
-  using I = RkTaskEvent;
-  // The table of the virtual base comes first.
-  ExpectOrder<I>(CountSlots<RkTask>(), &I::AddPackage);
 }
 
 TEST(Slots, RkTaskPackage) {
@@ -114,22 +113,6 @@ TEST(Slots, TMVUserDefaults) {
                  &I::GetMemberValue, &I::GetValueString, &I::GetValueInt, &I::StringifyValue);
 }
 
-TEST(Slots, TMVAndroidManifest) {
-  using I = TMVAndroidManifest;
-  ExpectOrder<I>(0, &I::Decode, &I::GetAttributeValue);
-}
-
-TEST(Slots, TMVUtilityUnzip) {
-  using I = TMVUtilityUnzip;
-  ExpectOrder<I>(0, &I::ExtractArchive, &I::GunzipBuffer, &I::ExtractEntry, &I::InflateBuffer,
-                 &I::OpenArchive);
-}
-
-TEST(Slots, TMVUtilityZip) {
-  using I = TMVUtilityZip;
-  ExpectOrder<I>(0, &I::AddDirectory, &I::AddFile, &I::WriteArchive, &I::DeflateBuffer);
-}
-
 TEST(Slots, TMVUtilityString) {
   using I = TMVUtilityString;
   ExpectOrder<I>(0, &I::DupWideString, &I::Utf8ToWide, &I::WideToAnsi, &I::WideToUtf8,
@@ -168,11 +151,6 @@ TEST(Slots, TMVUtilityApp) {
                  &I::GetPluginsDirectory, &I::GetApplicationDirectory, &I::GetModuleDirectory,
                  &I::ExploreFolder, &I::OpenWithShell, &I::NewUniqueId, &I::NewPrefixedId,
                  &I::NextSerial, &I::ProgressPerMille);
-}
-
-TEST(Slots, TMVDbgReport) {
-  using I = TMVDbgReport;
-  ExpectOrder<I>(0, &I::Install);
 }
 
 }  // namespace

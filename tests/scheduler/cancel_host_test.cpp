@@ -1,5 +1,8 @@
 // Cancelling events: what stops, what is called, what is forgotten.
 #include <gtest/gtest.h>
+
+#include <deque>
+
 #include "pausable.h"
 
 namespace {
@@ -12,25 +15,23 @@ using namespace test;
 class Cancelled : public testing::Test {
  protected:
   void StartJob() {
-    Pool().AddTask(blocker_.get());
-    blockerGate_.WaitForArrivals(1);
+    blocker_.HoldWorker();
     Schedular().AddEvent(event_.get());
     gate_.WaitForArrivals(1);
   }
 
   void TearDown() override {
-    blockerGate_.Open();
+    blocker_.Open();
     gate_.Open();
     Schedular().RemoveEvent("event");
   }
 
   Gate gate_;
-  Gate blockerGate_;
+  Gate blocker_;
   std::atomic<bool> waitingRan_{false};
   std::atomic<int> calls_{0};
   std::atomic<int32_t> stateAtCall_{-1};
 
-  TaskPtr blocker_ = MakeTask("blocker", [this](RkTask*) { blockerGate_.Wait(); });
   TaskPtr running_ = MakeTask("running", gate_.Then(Succeed));
   TaskPtr waiting_ = MakeTask("waiting", [this](RkTask*) { waitingRan_ = true; });
   TaskPtr queued_ = MakeTask("queued", [](RkTask*) {});
@@ -51,7 +52,7 @@ TEST_F(Cancelled, WithRemovalTheEventIsForgottenAtOnceAndCalledOnce) {
   EXPECT_EQ(TaskPtr(Schedular().FindEvent("event")), nullptr);
   EXPECT_EQ(calls_, 0);  // No worker is free.
   Schedular().CancelEvent("event");
-  blockerGate_.Open();
+  blocker_.Open();
   Eventually([this] { return calls_ == 1; });
   EXPECT_EQ(stateAtCall_, kTaskStateCancelled);
   EXPECT_EQ(event_->GetState(), kTaskStateCancelled);
@@ -67,17 +68,16 @@ TEST_F(Cancelled, WithRemovalTheEventIsForgottenAtOnceAndCalledOnce) {
 
   EXPECT_TRUE(Schedular().IsTaskCancelled("running"));
   EXPECT_TRUE(Schedular().IsTaskCancelled("queued"));
-  EXPECT_FALSE(Schedular().IsTaskCancelled("waiting"));
-  EXPECT_FALSE(Schedular().IsTaskCancelled("blocker"));
-  EXPECT_FALSE(Schedular().IsTaskCancelled("event"));
-  EXPECT_FALSE(Schedular().IsTaskCancelled("never used"));
+  for (const char* name : {"waiting", "event", "never used"}) {
+    EXPECT_FALSE(Schedular().IsTaskCancelled(name)) << name;
+  }
 }
 
 TEST_F(Cancelled, WithoutRemovalTheCallWaitsForRunningTasks) {
   StartJob();
   Schedular().CancelEventEx("event", false);
   Schedular().ScheduleTask(waiting_.get());  // Queued behind the cancel, which takes it out.
-  blockerGate_.Open();
+  blocker_.Open();
   Eventually([this] { return running_->GetState() == kTaskStateCancelled; });
   BeQuiet();
   EXPECT_EQ(calls_, 0);
@@ -99,7 +99,7 @@ TEST_F(Cancelled, ATaskNamedLikeTheCancelItselfDoesNotHoldItUp) {
   running_->SetName("0");
   StartJob();
   Schedular().CancelEventEx("event", false);
-  blockerGate_.Open();
+  blocker_.Open();
   Eventually([this] { return running_->GetState() == kTaskStateCancelled; });
   gate_.Open();
   Eventually([this] { return calls_ == 1; });
@@ -107,15 +107,14 @@ TEST_F(Cancelled, ATaskNamedLikeTheCancelItselfDoesNotHoldItUp) {
 
 TEST_F(Cancelled, ATaskThatEndedBeforeIsNotAmongTheCancelled) {
   gate_.Open();
-  blockerGate_.Open();
+  blocker_.Open();
   Gate held;
   const TaskPtr other = MakeTask("other", [&held](RkTask*) { held.Wait(); });
-  const PackagePtr package = MakePackage({running_.get()});
   const PackagePtr second = MakePackage({other.get()});
   std::atomic<bool> done{false};
-  const EventPtr event =
-      MakeEvent("event", {package.get(), second.get()}, [&done](RkTask*) { done = true; });
-  Schedular().AddEvent(event.get());
+  const Job job("event", MakePackage({running_.get()}), [&done](RkTask*) { done = true; });
+  job.event->AddPackage(second.get());
+  job.Add();
   Eventually([this] { return running_->GetState() == kTaskStateSucceeded; });
   held.WaitForArrivals(1);
   Schedular().CancelEvent("event");
@@ -140,7 +139,6 @@ TEST(CancelEvent, AParkedTaskIsPassedByAndWakesOnResume) {
   event.Resume();
   Eventually([&event] { return event.event()->GetState() == kTaskStateCancelled; });
   EXPECT_EQ(event.passed, 1);
-  Schedular().RemoveEvent("event");
 }
 
 // The first cancel takes queued tasks without an event out of the queue, but not the cancels behind
@@ -148,14 +146,11 @@ TEST(CancelEvent, AParkedTaskIsPassedByAndWakesOnResume) {
 TEST(CancelEvent, InARowAllCallTheirEvents) {
   std::atomic<int> calls{0};
   Gate gate;
-  std::vector<TaskPtr> tasks;
-  std::vector<Job> jobs;
+  std::deque<Job> jobs;
   RunningPool pool(1);
   for (const char* name : {"a", "b", "c"}) {
-    tasks.push_back(MakeTask(std::string("task ") + name, [&gate](RkTask*) { gate.Wait(); }));
-    jobs.emplace_back(name, std::vector<RkTask*>{tasks.back().get()},
-                      [&calls](RkTask*) { ++calls; });
-    jobs.back().Add();
+    const Step step{std::string("task ") + name, [&gate](RkTask*) { gate.Wait(); }};
+    jobs.emplace_back(name, std::vector<Step>{step}, [&calls](RkTask*) { ++calls; }).Add();
   }
   gate.WaitForArrivals(1);
   for (const char* name : {"a", "b", "c"}) Schedular().CancelEvent(name);
@@ -169,7 +164,8 @@ TEST(CancelEventOfTask, FindsTheEventOfANestedTask) {
   const TaskPtr leaf = MakeTask("leaf");
   const PackagePtr inner = MakePackage({leaf.get()});
   std::atomic<int> calls{0};
-  const Job job("event", {MakeTask("first").get(), inner.get()}, [&calls](RkTask*) { ++calls; });
+  const Job job("event", MakePackage({MakeTask("first").get(), inner.get()}),
+                [&calls](RkTask*) { ++calls; });
   Schedular().RegisterEvent(job.event.get());
   EXPECT_FALSE(Schedular().CancelEventOfTask("none"));
   EXPECT_FALSE(Schedular().CancelEventOfTask("event"));
@@ -184,8 +180,7 @@ TEST(CancelEventOfTask, FindsTheEventOfANestedTask) {
 TEST(CancelEvent, DropsItsReferenceWhenItNeverRuns) {
   Pool().Start(0);
   {
-    const TaskPtr task = MakeTask("task", Succeed);
-    const Job job("event", {task.get()}, Succeed);
+    const Job job("event", {{"task", Succeed}}, Succeed);
     job.Add();
     Schedular().CancelEvent("event");
   }

@@ -12,15 +12,16 @@ class Pausable {
   // A task that asks uses CheckPause; another one meets the pause in a report of nothing.
   explicit Pausable(const std::string& name, bool asks = false)
       : name_(name),
-        task_(MakeTask(name + " task",
-                       [this, asks](RkTask* task) {
-                         gate.Wait();
-                         asks ? (void)Schedular().CheckPause(task)
-                              : task->ReportState(task, kTaskStateCreated);
-                         ++passed;
-                         while (task->GetState() == kTaskStateActive && !silent) Succeed(task);
-                       })),
-        job_(name, {task_.get()}, [this](RkTask*) { ended = true; }) {}
+        job_(name,
+             {{name + " task",
+               [this, asks](RkTask* task) {
+                 gate.Wait();
+                 asks ? (void)Schedular().CheckPause(task)
+                      : task->ReportState(task, kTaskStateCreated);
+                 ++passed;
+                 while (task->GetState() == kTaskStateActive && !silent) Succeed(task);
+               }}},
+             [this](RkTask*) { ended = true; }) {}
 
   void Start() {
     job_.Add();
@@ -37,8 +38,8 @@ class Pausable {
     pause.WaitForReturn();
   }
 
-  int32_t State() const { return task_->GetState(); }
-  RkTask* task() const { return task_.get(); }
+  int32_t State() const { return job_[0]->GetState(); }
+  RkTask* task() const { return job_[0]; }
   RkTask* event() const { return job_.event.get(); }
 
   Gate gate;
@@ -48,7 +49,6 @@ class Pausable {
 
  private:
   const std::string name_;
-  const TaskPtr task_;
   const Job job_;
 };
 

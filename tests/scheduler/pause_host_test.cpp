@@ -7,6 +7,12 @@ namespace {
 
 using namespace test;
 
+// Reports until no pause swallows it.
+void SucceedWhenHeard(RkTask* task) {
+  do Succeed(task);
+  while (task->GetState() == kTaskStateActive || task->GetState() == kTaskStatePaused);
+}
+
 TEST(Pause, ReturnsWhenTheRunningTasksHaveReachedAPausePoint) {
   RunningPool pool(2);
   for (const bool asks : {false, true}) {
@@ -37,31 +43,25 @@ TEST(Pause, OfAnUnknownOrIdleEventReturnsAtOnce) {
   Schedular().CancelEvent("nothing");
   Schedular().CancelEventEx("nothing", false);
   // Queued, with no worker to run it: swept, and nothing to wait for.
-  const TaskPtr task = MakeTask("task", Succeed);
-  const TaskPtr behind = MakeTask("behind");
-  const Job job("event", {task.get(), behind.get()});
+  const Job job("event", {{"task", Succeed}, {"behind"}});
   job.Add();
   Schedular().PauseEvent("event");
-  EXPECT_EQ(task->GetState(), kTaskStatePaused);
-  EXPECT_EQ(behind->GetState(), kTaskStateCreated);
+  EXPECT_EQ(job[0]->GetState(), kTaskStatePaused);
+  EXPECT_EQ(job[1]->GetState(), kTaskStateCreated);
   Schedular().ResumeEvent("event");
-  EXPECT_EQ(task->GetState(), kTaskStateActive);
-  Schedular().RemoveEvent("event");
+  EXPECT_EQ(job[0]->GetState(), kTaskStateActive);
 }
 
 TEST(Pause, AQueuedTaskParksWhenItsTurnComes) {
   RunningPool pool(1);
   Gate gate;
-  const TaskPtr blocker = MakeTask("blocker", [&gate](RkTask*) { gate.Wait(); });
-  Pool().AddTask(blocker.get());
-  gate.WaitForArrivals(1);
+  gate.HoldWorker();
   std::atomic<int> stage{0};
-  const TaskPtr task = MakeTask("task", [&stage](RkTask* self) {
-    stage = 1;
-    self->ReportState(self, kTaskStateCreated);
-    stage = 2;
-  });
-  const Job job("event", {task.get()});
+  const Job job("event", {{"task", [&stage](RkTask* self) {
+                             stage = 1;
+                             self->ReportState(self, kTaskStateCreated);
+                             stage = 2;
+                           }}});
   job.Add();
   Schedular().PauseEvent("event");
   gate.Open();
@@ -70,7 +70,6 @@ TEST(Pause, AQueuedTaskParksWhenItsTurnComes) {
   EXPECT_EQ(stage, 1);
   Schedular().ResumeEvent("event");
   Eventually([&stage] { return stage == 2; });
-  Schedular().RemoveEvent("event");
 }
 
 TEST(Pause, AReportDuringAPauseIsLost) {
@@ -78,29 +77,26 @@ TEST(Pause, AReportDuringAPauseIsLost) {
   Gate gate;
   std::atomic<bool> reported{false};
   std::atomic<bool> nextRan{false};
-  const TaskPtr task = MakeTask("task", [&](RkTask* self) {
-    gate.Wait();
+  const Body report = gate.Then([&reported](RkTask* self) {
     Succeed(self);
     reported = true;
   });
-  const TaskPtr next = MakeTask("next", [&nextRan](RkTask*) { nextRan = true; });
-  const Job job("event", {task.get(), next.get()});
+  const Job job("event", {{"task", report}, {"next", [&nextRan](RkTask*) { nextRan = true; }}});
   job.Add();
   gate.WaitForArrivals(1);
   {
     Call pause([] { Schedular().PauseEvent("event"); });
-    Eventually([&task] { return task->GetState() == kTaskStatePaused; });
+    Eventually([&job] { return job[0]->GetState() == kTaskStatePaused; });
     gate.Open();
     pause.WaitForReturn();
   }
   Schedular().ResumeEvent("event");
   Eventually([&reported] { return reported.load(); });
   BeQuiet();
-  EXPECT_EQ(task->GetState(), kTaskStateActive);
+  EXPECT_EQ(job[0]->GetState(), kTaskStateActive);
   EXPECT_FALSE(nextRan);
-  Succeed(task.get());
+  Succeed(job[0]);
   Eventually([&nextRan] { return nextRan.load(); });
-  Schedular().RemoveEvent("event");
 }
 
 TEST(Pause, AResumeOfAnotherEventLeavesATaskParked) {
@@ -161,20 +157,17 @@ TEST(Pause, EndsWithoutAPausePointWhenTheEventOrTheTaskGoes) {
     event.task()->SetState(kTaskStateActive);  // Where nothing is registered, nothing resumes.
     event.gate.Open();
     Eventually([] { return IdleWorkers() == 1; });
-    Schedular().RemoveEvent("event");
   }
 }
 
 TEST(Pause, ATaskMayPauseItsOwnEvent) {
   RunningPool pool(1);
   std::atomic<bool> paused{false};
-  const TaskPtr task = MakeTask("task", [&paused](RkTask* self) {
-    Schedular().PauseEvent("event");
-    paused = true;
-    do Succeed(self);
-    while (self->GetState() == kTaskStateActive);
-  });
-  const Job job("event", {task.get()});
+  const Job job("event", {{"task", [&paused](RkTask* self) {
+                             Schedular().PauseEvent("event");
+                             paused = true;
+                             SucceedWhenHeard(self);
+                           }}});
   job.Add();
   Eventually([&paused] { return paused.load(); });
   EXPECT_EQ(Schedular().GetEventCount(), 1u);
@@ -191,37 +184,31 @@ TEST(Pause, FromAReleaserDoesNotWaitForTheTaskBehindIt) {
     Schedular().PauseEvent("event");
     paused = true;
   });
-  Pool().AddFunc(MakeFunc([&gate, released](RkTask*) { gate.Wait(); }).get());
-  released.reset();
+  Pool().AddFunc(MakeFunc([&gate, released = std::move(released)](RkTask*) { gate.Wait(); }).get());
   gate.WaitForArrivals(1);
-  const TaskPtr task = MakeTask("task", [](RkTask* self) {
-    do Succeed(self);
-    while (self->GetState() == kTaskStateActive);
-  });
-  const Job job("event", {task.get()});
+  const Job job("event", {{"task", SucceedWhenHeard}});
   job.Add();
   gate.Open();
   Eventually([&paused] { return paused.load(); });
-  Eventually([&task] {
+  Eventually([&job] {
     Schedular().ResumeEvent("event");
-    return task->GetState() == kTaskStateSucceeded;
+    return job[0]->GetState() == kTaskStateSucceeded;
   });
 }
 
 // A report may pass the look of ReportState and meet the pause inside the completion step.
 TEST(Pause, ACompletionThatMeetsItParksAndDoesNotBlockTheResume) {
   RunningPool pool(1);
-  const TaskPtr task = MakeTask("task");
-  const Job job("event", {task.get()});
+  const Job job("event", {{"task"}});
   Schedular().RegisterEvent(job.event.get());
-  task->SetState(kTaskStatePaused);
-  Call completion([&task] { Schedular().TaskFinished(task.get()); });
+  job[0]->SetState(kTaskStatePaused);
+  Call completion([&job] { Schedular().TaskFinished(job[0]); });
   BeQuiet();
   EXPECT_FALSE(completion.IsDone());
   EXPECT_EQ(Schedular().GetEventCount(), 1u);  // The registry is free meanwhile.
   Schedular().ResumeEvent("event");
   completion.WaitForReturn();
-  EXPECT_EQ(task->GetState(), kTaskStateSucceeded);
+  EXPECT_EQ(job[0]->GetState(), kTaskStateSucceeded);
 }
 
 TEST(CheckPause, TellsWhetherTheTaskHasLeftTheStateCreated) {
@@ -237,23 +224,16 @@ TEST(CheckPause, TellsWhetherTheTaskHasLeftTheStateCreated) {
 // A report and a pause that meet: whichever comes first, the job goes on to its end.
 TEST(Pause, MeetsReportsAtAnyMoment) {
   RunningPool pool(2);
-  std::vector<TaskPtr> tasks;
-  const PackagePtr package(CreateRkTaskPackage());
-  for (int i = 0; i < 500; ++i) {
-    tasks.push_back(MakeTask("task " + std::to_string(i), [](RkTask* task) {
-      do Succeed(task);
-      while (task->GetState() == kTaskStateActive || task->GetState() == kTaskStatePaused);
-    }));
-    package->AddTask(tasks.back().get());
-  }
   std::atomic<bool> ended{false};
-  const EventPtr event = MakeEvent("event", {package.get()}, [&ended](RkTask*) { ended = true; });
-  Schedular().AddEvent(event.get());
+  std::vector<Step> steps;
+  for (int i = 0; i < 500; ++i) steps.push_back({"task " + std::to_string(i), SucceedWhenHeard});
+  const Job job("event", steps, [&ended](RkTask*) { ended = true; });
+  job.Add();
   while (!ended) {
     Schedular().PauseEvent("event");
     Schedular().ResumeEvent("event");
   }
-  for (const TaskPtr& task : tasks) EXPECT_EQ(task->GetState(), kTaskStateSucceeded);
+  for (size_t i = 0; i < 500; ++i) EXPECT_EQ(job[i]->GetState(), kTaskStateSucceeded) << i;
 }
 
 }  // namespace

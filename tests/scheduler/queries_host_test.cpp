@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <temvar/temvar.h>
 
+#include <deque>
+
 #include "support/host_job.h"
 
 namespace {
@@ -125,15 +127,12 @@ TEST_F(Queries, InsertionTakesPlaceBehindADirectChildAlone) {
 }
 
 TEST(Registry, OrdersNamesByTheirBytes) {
-  const TaskPtr tasks[] = {MakeTask("same"), MakeTask("same"), MakeTask("same")};
-  const char* const names[] = {"e", "e ", "\xC3\xA9"};
-  for (const size_t i : {2u, 1u, 0u}) {
-    const Job job(names[i], {tasks[i].get()});
-    Schedular().RegisterEvent(job.event.get());
+  std::deque<Job> jobs;
+  for (const char* name : {"\xC3\xA9", "e ", "e"}) {
+    Schedular().RegisterEvent(jobs.emplace_back(name, std::vector<Step>{{"same"}}).event.get());
   }
-  for (const size_t i : {0u, 1u, 2u}) {
-    EXPECT_EQ(TaskPtr(Schedular().FindTask("same")).get(), tasks[i].get());
-    Schedular().RemoveEvent(names[i]);
+  for (; !jobs.empty(); jobs.pop_back()) {
+    EXPECT_EQ(TaskPtr(Schedular().FindTask("same")).get(), jobs.back()[0]);
   }
 }
 
@@ -143,12 +142,10 @@ TEST(Insertion, TakesEffectWhileThePackageRuns) {
   Log log;
   const Body note = log.Note();
   Gate gate;
-  const TaskPtr first = MakeTask("first", gate.Then(note));
-  const TaskPtr last = MakeTask("last", note);
-  const Job job("event", {first.get(), last.get()}, note);
+  const Job job("event", {{"first", gate.Then(note)}, {"last", note}}, note);
   job.Add();
   gate.WaitForArrivals(1);
-  EXPECT_TRUE(Schedular().InsertTaskAfter(MakeTask("next", note).get(), first.get()));
+  EXPECT_TRUE(Schedular().InsertTaskAfter(MakeTask("next", note).get(), job[0]));
   EXPECT_TRUE(Schedular().InsertTaskAfterName(MakeTask("behind", note).get(), "last"));
   ListPtr list(Schedular().ListCurrentTasks(job.event.get()));
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("first"));

@@ -71,19 +71,17 @@ TEST(Road, APackageEndsAsItsReportsSay) {
   RunningPool pool(2);
   for (const auto& row : cases) {
     SCOPED_TRACE(row.reports);
-    std::vector<TaskPtr> tasks;
-    const Job job("event", {}, Succeed);
-    job.package->SetContinueOnFailure(row.continueOnFailure);
+    std::vector<Step> steps;
     for (const char report : std::string(row.reports)) {
-      tasks.push_back(
-          MakeTask("task " + std::to_string(tasks.size()), report == 's' ? Succeed : Fail));
-      job.package->AddTask(tasks.back().get());
+      steps.push_back({"task " + std::to_string(steps.size()), report == 's' ? Succeed : Fail});
     }
+    const Job job("event", steps, Succeed);
+    job.package->SetContinueOnFailure(row.continueOnFailure);
     job.Add();
     Eventually([&job] { return job.event->GetState() != kTaskStateCreated; });
     Eventually([] { return IdleWorkers() == 2; });
     std::string states;
-    for (const TaskPtr& task : tasks) states += static_cast<char>('0' + task->GetState());
+    for (size_t i = 0; i < steps.size(); ++i) states += std::to_string(job[i]->GetState());
     EXPECT_EQ(states, row.states);
     EXPECT_EQ(job.package->GetState(), row.packageState);
     EXPECT_EQ(job.event->GetState(), row.packageState);
@@ -94,22 +92,18 @@ TEST(Road, AnEventTakesTheStateOfThePackageThatEndedLast) {
   RunningPool pool(2);
   for (const bool failedLast : {false, true}) {
     Gate gate;
-    const TaskPtr early = MakeTask("early", failedLast ? Succeed : Fail);
-    const TaskPtr late = MakeTask("late", [&gate, failedLast](RkTask* task) {
-      gate.Wait();
-      failedLast ? Fail(task) : Succeed(task);
-    });
-    const PackagePtr first = MakePackage({early.get()});
+    const TaskPtr late = MakeTask("late", gate.Then(failedLast ? Fail : Succeed));
     const PackagePtr second = MakePackage({late.get()});
     std::atomic<bool> ended{false};
-    const EventPtr event =
-        MakeEvent("event", {first.get(), second.get()}, [&ended](RkTask*) { ended = true; });
-    Schedular().AddEvent(event.get());
-    Eventually([&first] { return first->GetState() != kTaskStateCreated; });
+    const Job job("event", {{"early", failedLast ? Succeed : Fail}},
+                  [&ended](RkTask*) { ended = true; });
+    job.event->AddPackage(second.get());
+    job.Add();
+    Eventually([&job] { return job.package->GetState() != kTaskStateCreated; });
     Eventually([] { return IdleWorkers() == 1; });
     gate.Open();
     Eventually([&ended] { return ended.load(); });
-    EXPECT_EQ(event->GetState(), failedLast ? kTaskStateFailed : kTaskStateSucceeded);
+    EXPECT_EQ(job.event->GetState(), failedLast ? kTaskStateFailed : kTaskStateSucceeded);
   }
 }
 
@@ -174,42 +168,37 @@ TEST(Road, OnlyAReportMovesAPackageOn) {
   RunningPool pool(2);
   std::atomic<int> silentRuns{0};
   std::atomic<bool> nextRan{false};
-  const TaskPtr silent = MakeTask("silent", [&silentRuns](RkTask* task) {
+  const Body reportNothing = [&silentRuns](RkTask* task) {
     for (const int32_t nothing : {0, 2, 3, 4, 5, 7, -1, 100}) task->ReportState(task, nothing);
     ++silentRuns;
-  });
-  const TaskPtr next = MakeTask("next", [&nextRan](RkTask*) { nextRan = true; });
-  const Job job("event", {silent.get(), next.get()});
+  };
+  const Job job("event",
+                {{"silent", reportNothing}, {"next", [&nextRan](RkTask*) { nextRan = true; }}});
   job.Add();
   Eventually([&silentRuns] { return silentRuns == 1; });
   BeQuiet();
   EXPECT_FALSE(nextRan);
-  EXPECT_EQ(silent->GetState(), kTaskStateActive);
+  EXPECT_EQ(job[0]->GetState(), kTaskStateActive);
   EXPECT_EQ(Schedular().GetEventCount(), 1u);
   // The report may come from any thread, and later.
-  Succeed(silent.get());
+  Succeed(job[0]);
   Eventually([&nextRan] { return nextRan.load(); });
-  Schedular().RemoveEvent("event");
 }
 
 TEST(Road, ATaskThatReportsTwiceMovesItsPackageOnTwice) {
   RunningPool pool(1);
   Log log;
   // Reports nothing.
-  const auto note = [&log](RkTask* task) { log.Add(task->GetName()); };
-  const TaskPtr twice = MakeTask("twice", [](RkTask* task) {
+  const Body note = [&log](RkTask* task) { log.Add(task->GetName()); };
+  const Body twice = [](RkTask* task) {
     Succeed(task);
     Succeed(task);
-  });
-  const TaskPtr second = MakeTask("second", note);
-  const TaskPtr third = MakeTask("third", note);
-  const TaskPtr fourth = MakeTask("fourth", note);
-  const Job job("event", {twice.get(), second.get(), third.get(), fourth.get()});
+  };
+  const Job job("event", {{"twice", twice}, {"second", note}, {"third", note}, {"fourth", note}});
   job.Add();
   log.WaitFor("third");
   EXPECT_THAT(log.Entries(), ElementsAre("second", "third"));
   EXPECT_EQ(job.package->GetCurrentIndex(), 2u);
-  Schedular().RemoveEvent("event");
 }
 
 TEST(Road, ANestedPackageIsQueuedButItsChildrenNeverStart) {
@@ -219,22 +208,19 @@ TEST(Road, ANestedPackageIsQueuedButItsChildrenNeverStart) {
   const PackagePtr inner = MakePackage({leaf.get()});
   const TaskPtr before = MakeTask("before", log.Note());
   const TaskPtr behind = MakeTask("behind", log.Note());
-  const Job job("event", {before.get(), inner.get(), behind.get()});
+  const Job job("event", MakePackage({before.get(), inner.get(), behind.get()}));
   job.Add();
   Eventually([&inner] { return inner->GetState() == kTaskStateActive; });
   BeQuiet();
   EXPECT_THAT(log.Entries(), ElementsAre("before"));
   EXPECT_EQ(job.package->GetCurrentIndex(), 1u);
-  Schedular().RemoveEvent("event");
 }
 
 TEST(Road, ALaterEventOfTheSameNameTakesTheEntry) {
   RunningPool pool(2);
   Gate gate;
-  const TaskPtr old = MakeTask("old", gate.Then(Succeed));
-  const TaskPtr fresh = MakeTask("fresh");
-  const Job oldJob("same", {old.get()});
-  const Job freshJob("same", {fresh.get()});
+  const Job oldJob("same", {{"old", gate.Then(Succeed)}});
+  const Job freshJob("same", {{"fresh"}});
   oldJob.Add();
   gate.WaitForArrivals(1);
   freshJob.Add();
@@ -243,25 +229,22 @@ TEST(Road, ALaterEventOfTheSameNameTakesTheEntry) {
   EXPECT_EQ(TaskPtr(Schedular().FindTask("old")), nullptr);
   gate.Open();
   Eventually([] { return IdleWorkers() == 2; });
-  EXPECT_EQ(old->GetState(), kTaskStateActive);
+  EXPECT_EQ(oldJob[0]->GetState(), kTaskStateActive);
   EXPECT_EQ(oldJob.package->GetState(), kTaskStateCreated);
-  Schedular().RemoveEvent("same");
   // The registry never gave back its reference on the entry that it overwrote.
   DestroyRkTask(oldJob.event.get());
 }
 
 TEST(Road, AnEventThatIsAddedTwiceRunsItsFirstTasksTwice) {
   std::atomic<int> runs{0};
-  const TaskPtr first = MakeTask("first", [&runs](RkTask*) { ++runs; });
-  first->SetState(kTaskStateFailed);
-  const Job job("event", {first.get()});
+  const Job job("event", {{"first", [&runs](RkTask*) { ++runs; }}});
+  job[0]->SetState(kTaskStateFailed);
   job.Add();
   job.Add();
-  EXPECT_EQ(first->GetState(), kTaskStateActive);
+  EXPECT_EQ(job[0]->GetState(), kTaskStateActive);
   EXPECT_EQ(Pool().GetQueuedCount(), 2u);
   RunningPool pool(1);
   Eventually([&runs] { return runs == 2; });
-  Schedular().RemoveEvent("event");
   DestroyRkTask(job.event.get());  // The reference of the first entry.
 }
 

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <random>
@@ -149,7 +150,6 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     TaskModel* first = nullptr;
     TaskModel* expected = nullptr;  // Null: the package itself.
     bool continueOnFailure = true;
-    bool started = false;
     bool ended = false;
     int32_t lastResult = 0;
   };
@@ -157,8 +157,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
   // Holds the model for as long as the library holds the function.
   struct Payload {
     std::shared_ptr<EventModel> model;
-    TaskModel* task = nullptr;
-    PackageModel* package = nullptr;
+    std::function<void(RkTask*)> run;
   };
 
   EventModel(Kind kind, std::string name)
@@ -169,7 +168,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
 
   void Build(std::mt19937_64& random) {
     event_->SetName(name_.c_str());
-    event_->SetFunc(MakeFunc(RunEvent, nullptr, nullptr));
+    event_->SetFunc(MakeFunc([this](RkTask* task) { RunEvent(task); }));
     const int packages = Number(random, 1, 5);
     for (int i = 0; i < packages; ++i) BuildPackage(random);
   }
@@ -180,7 +179,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     model.continueOnFailure = Chance(random, 80);
     tmv::Package package = tmv::Package::Adopt(CreateRkTaskPackage());
     package->SetContinueOnFailure(model.continueOnFailure);
-    package->SetFunc(MakeFunc(RunPackage, nullptr, &model));
+    package->SetFunc(MakeFunc([this, &model](RkTask* task) { RunPackage(model, task); }));
 
     TaskModel* last = nullptr;
     const int tasks = Number(random, 1, 8);
@@ -213,23 +212,24 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
   tmv::Task MakeTask(TaskModel* model) {
     tmv::Task task = tmv::Task::Adopt(CreateRkTask());
     task->SetName(model->name.c_str());
-    task->SetFunc(MakeFunc(RunTask, model, packages_[model->package].get()));
-    RkTaskData* const data = CreateRkTaskData();
-    data->SetPayload(new Payload{shared_from_this(), model, nullptr});
+    task->SetFunc(MakeFunc([this, model](RkTask* self) { RunTask(*model, self); }));
+    const tmv::Data data = tmv::Data::Adopt(CreateRkTaskData());
+    data->SetPayload(new Payload{shared_from_this(), nullptr});
     data->SetReleaser(ReleasePayload);
     ++alive.payloads;
     task->SetData(data);
-    DestroyRkTaskData(data);
-
     const std::lock_guard<std::mutex> lock(ownersMutex_);
     if (!letGo_) owners_.push_back(task);
     return task;
   }
 
-  tmv::Func MakeFunc(RkTaskCallback callback, TaskModel* task, PackageModel* package) {
+  tmv::Func MakeFunc(std::function<void(RkTask*)> run) {
     tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
     ++alive.payloads;
-    func->Bind(new Payload{shared_from_this(), task, package}, callback, ReleasePayload);
+    const RkTaskCallback callback = [](RkTask* task, RkTaskData* data) {
+      static_cast<Payload*>(data->GetPayload())->run(task);
+    };
+    func->Bind(new Payload{shared_from_this(), std::move(run)}, callback, ReleasePayload);
     return func;
   }
 
@@ -252,37 +252,31 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     if (--alive.payloads < 0) Fail("a payload was released twice");
   }
 
-  static void RunTask(RkTask* task, RkTaskData* data) {
-    const auto* const payload = static_cast<Payload*>(data->GetPayload());
-    EventModel& event = *payload->model;
-    ++event.inside_;
-    if (!event.closed_) {
-      event.Start(*payload->task);
-      event.Work(*payload->task, task);
+  void RunTask(TaskModel& model, RkTask* task) {
+    ++inside_;
+    if (!closed_) {
+      Start(model);
+      Work(model, task);
     }
-    --event.inside_;
+    --inside_;
   }
 
-  static void RunPackage(RkTask* task, RkTaskData* data) {
-    const auto* const payload = static_cast<Payload*>(data->GetPayload());
-    EventModel& event = *payload->model;
-    if (event.IsChecked()) {
-      PackageModel& package = *payload->package;
+  void RunPackage(PackageModel& package, RkTask* task) {
+    if (IsChecked()) {
       const std::lock_guard<std::mutex> lock(package.mutex);
-      if (package.ended) event.Broken("a package ran twice");
-      if (package.expected != nullptr) event.Broken("a package ran before its last task");
+      if (package.ended) Broken("a package ran twice");
+      if (package.expected != nullptr) Broken("a package ran before its last task");
       package.ended = true;
-      if (task->GetState() != package.lastResult) event.Broken("a package ended in a wrong state");
+      if (task->GetState() != package.lastResult) Broken("a package ended in a wrong state");
     }
     task->ReportState(task, kTaskStateSucceeded);
   }
 
-  static void RunEvent(RkTask* task, RkTaskData* data) {
-    EventModel& event = *static_cast<Payload*>(data->GetPayload())->model;
-    const int calls = ++event.calls_;
-    if (event.kind_ == Kind::kPlain) {
-      if (calls != 1) event.Broken("its function was called twice");
-      event.CheckEnd(task);
+  void RunEvent(RkTask* task) {
+    const int calls = ++calls_;
+    if (kind_ == Kind::kPlain) {
+      if (calls != 1) Broken("its function was called twice");
+      CheckEnd(task);
     }
     task->ReportState(task, kTaskStateSucceeded);
   }

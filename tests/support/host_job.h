@@ -82,14 +82,35 @@ inline EventPtr MakeEvent(const std::string& name, const std::vector<RkTaskPacka
   return event;
 }
 
-// An event of one package.
-struct Job {
-  Job(const std::string& name, const std::vector<RkTask*>& tasks, Body body = nullptr)
-      : package(MakePackage(tasks)), event(MakeEvent(name, {package.get()}, std::move(body))) {}
-  void Add() const { Schedular().AddEvent(event.get()); }
+struct Step {
+  std::string name;
+  Body body = nullptr;
+};
 
-  PackagePtr package;
-  EventPtr event;
+// An event of one package, which leaves the registry with it.
+class Job {
+ public:
+  Job(const std::string& name, PackagePtr tasks, Body end = nullptr)
+      : package(std::move(tasks)), event(MakeEvent(name, {package.get()}, std::move(end))) {}
+  Job(const std::string& name, const std::vector<Step>& steps, Body end = nullptr)
+      : Job(name, PackagePtr(CreateRkTaskPackage()), std::move(end)) {
+    for (const Step& step : steps) {
+      package->AddTask(tasks_.emplace_back(MakeTask(step.name, step.body)).get());
+    }
+  }
+
+  ~Job() { Schedular().RemoveEvent(event->GetName()); }
+  Job(const Job&) = delete;
+  Job& operator=(const Job&) = delete;
+
+  void Add() const { Schedular().AddEvent(event.get()); }
+  RkTask* operator[](size_t index) const { return tasks_[index].get(); }
+
+  const PackagePtr package;
+  const EventPtr event;
+
+ private:
+  std::vector<TaskPtr> tasks_;
 };
 
 inline void Succeed(RkTask* task) { task->ReportState(task, kTaskStateSucceeded); }
@@ -142,6 +163,13 @@ class Gate {
 
   void WaitForArrivals(int count) {
     Eventually([this, count] { return arrived_ >= count; });
+  }
+
+  // Lets a worker of the pool wait.
+  void HoldWorker() {
+    const int before = arrived_;
+    Pool().AddFunc(MakeFunc([this](RkTask*) { Wait(); }).get());
+    WaitForArrivals(before + 1);
   }
 
  private:
