@@ -109,6 +109,7 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
   const char* const kOpen = "unzOpenCurrentFilePassword";
   const char* const kRead = "unzReadCurrentFile";
   const char* const kClose = "unzCloseCurrentFile";
+  const std::string text = std::string(9999, 'x') + "y";
   const struct {
     const char* what;
     temvar_test::ZipEntry entry;
@@ -116,7 +117,13 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
     const char* where;
   } damages[] = {
       {"a wrong CRC of stored data", {.data = "data", .crc = 1}, -105, kClose},
+      {"a wrong CRC of deflated data", {.data = "data", .method = 8, .crc = 1}, -105, kClose},
       {"no deflated data", {.data = "data", .method = 8, .packed = "\xFF\xFF\xFF"}, -3, kRead},
+      {"deflated data cut short",
+       {.data = text, .method = 8, .packed = temvar_test::Deflated(text, -15).substr(0, 9)},
+       -5,
+       kRead},
+      {"stored data longer than stated", {.data = "data", .size = 2}, -105, kClose},
       {"stored data shorter than stated", {.data = "data", .size = 100}, -105, kClose},
       {"an unknown method", {.data = "data", .method = 99}, -103, kOpen},
       {"encrypted", {.data = "data", .flags = 1, .packed = "twelve bytesdata"}, -105, kClose},

@@ -1,4 +1,4 @@
-// Archives exchanged with other programs. They are found when a test runs, and a test
+// Archives and buffers exchanged with other programs. They are found when a test runs, and a test
 // without its program is skipped with the name of what it needs. Runs where there is a POSIX shell.
 #include <cstdlib>
 #include <functional>
@@ -68,6 +68,24 @@ class PeersTest : public temvar_test::ArchiveTest {
 };
 TEMVAR_IN_A_PLAIN_PLACE(PeersTest);
 
+std::string Python(const std::string& program) { return "python3 -c '" + program + "'"; }
+
+// Packs the tree with Python's module; `arguments` go to ZipFile.
+std::string PythonZip(const std::string& arguments) {
+  return Python(
+      "import zipfile,os\n"
+      "z=zipfile.ZipFile(\"a.zip\",\"w\"" +
+      arguments +
+      ")\n"
+      "for d,_,fs in os.walk(\"tree\"):\n"
+      "  for f in fs:\n"
+      "    p=os.path.join(d,f)\n"
+      "    i=zipfile.ZipInfo.from_file(p,p[5:]); i.compress_type=z.compression\n"
+      "    with z.open(i,\"w\",force_zip64=True) as o:\n"
+      "      o.write(open(p,\"rb\").read())\n"
+      "z.close()");
+}
+
 TEST_P(PeersTest, UnpacksWhatOthersPack) {
   MakeTree();
   WithEach({{"zip", "cd tree && zip -r ../a.zip ."},
@@ -77,7 +95,9 @@ TEST_P(PeersTest, UnpacksWhatOthersPack) {
             {"7z", "cd tree && 7z a -tzip ../a.zip ."},
             {"7z", "cd tree && 7z a -tzip -mx0 -mcu ../a.zip ."},  // UTF-8 flag.
             {"bsdtar", "bsdtar --format zip -cf a.zip -C tree ."},
-            {"bsdtar", "bsdtar --format zip --options zip:compression=store -cf a.zip -C tree ."}},
+            {"bsdtar", "bsdtar --format zip --options zip:compression=store -cf a.zip -C tree ."},
+            {"python3", PythonZip("")},
+            {"python3", PythonZip(",zipfile.ZIP_DEFLATED")}},
            [this] {
              const Extraction run = Extract();
              EXPECT_TRUE(run.result) << run.output.out;
@@ -92,6 +112,8 @@ TEST_P(PeersTest, RefusesWhatItDoesntRead) {
             {"zip", "cd tree && zip -r0 -P secret ../a.zip ."},
             {"7z", "cd tree && 7z a -tzip -psecret -mem=AES256 ../a.zip ."},
             {"7z", "cd tree && 7z a -tzip -mm=PPMd ../a.zip ."},
+            {"python3", PythonZip(",zipfile.ZIP_BZIP2")},
+            {"python3", PythonZip(",zipfile.ZIP_LZMA")},
             {"zip", "cd tree && zip -r ../whole.zip . && head -c 250000 ../whole.zip > ../a.zip"}},
            [this] {
              EXPECT_FALSE(Extract().result);
@@ -111,11 +133,44 @@ TEST_P(PeersTest, OthersReadWhatItPacks) {
   WithEach({{"unzip", "unzip -t ours.zip && unzip -q ours.zip -d seen"},
             {"7z", "7z t ours.zip && 7z x -oseen ours.zip"},
             {"bsdtar", "mkdir seen && bsdtar -xf ours.zip -C seen"},
-            {"python3", "python3 -m zipfile -t ours.zip && python3 -m zipfile -e ours.zip seen"}},
+            {"python3", Python("import zipfile; z=zipfile.ZipFile(\"ours.zip\"); "
+                               "assert z.testzip() is None; z.extractall(\"seen\")")}},
            [this] {
              ExpectSameFiles("seen");
              std::filesystem::remove_all(FilePath("seen"));
            });
+}
+
+TEST_P(PeersTest, BuffersAreExchangedWithPython) {
+  if (!Has("python3")) GTEST_SKIP() << "needs python3";
+  const std::string data = NoisyBytes(50'000) + std::string(50'000, 'x');
+  PutFile("data", data);
+  ASSERT_TRUE(
+      Shell(Python("import gzip,zlib\nd=open(\"data\",\"rb\").read()\n"
+                   "open(\"gz\",\"wb\").write(gzip.compress(d))\n"
+                   "open(\"z\",\"wb\").write(zlib.compress(d,9))")))
+      << log_;
+  const std::string gzipped = GetFile("gz");
+  std::string output(data.size(), '\0');
+  auto capacity = static_cast<uint32_t>(output.size());
+  EXPECT_EQ(TmvUtilityUnzip()->GunzipBuffer(gzipped.data(), static_cast<uint32_t>(gzipped.size()),
+                                            output.data(), &capacity),
+            0);
+  EXPECT_EQ(capacity, data.size());
+  EXPECT_TRUE(output == data);
+
+  const std::string packed = GetFile("z");
+  tmv::Bytes record;
+  ASSERT_TRUE(TmvUtilityUnzip()->InflateBuffer(record.Out(), packed.data(),
+                                               static_cast<uint32_t>(packed.size())));
+  EXPECT_TRUE(record.View() == data);
+  ASSERT_TRUE(tmv::MakeZip()->DeflateBuffer(record.Out(), data.data(),
+                                            static_cast<uint32_t>(data.size()), 6));
+  PutFile("ours", record.View());
+  EXPECT_TRUE(
+      Shell(Python("import zlib\nassert zlib.decompress(open(\"ours\",\"rb\").read())=="
+                   "open(\"data\",\"rb\").read()")))
+      << log_;
 }
 
 }  // namespace

@@ -23,6 +23,7 @@ if(dlls)
 endif()
 
 separate_arguments(flags NATIVE_COMMAND "${FLAGS}")
+set(arguments "")
 if(WAY STREQUAL "cmake")
   # A toolchain for another system looks for packages in that system's folders only.
   set(where "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_CXX_COMPILER=${COMPILER}")
@@ -32,12 +33,21 @@ if(WAY STREQUAL "cmake")
   run("${CMAKE_COMMAND}" -S "${CMAKE_CURRENT_LIST_DIR}/consumer" -B "${WORK}/build" -G "${GENERATOR}"
     ${where} "-DCMAKE_BUILD_TYPE=${CONFIG}" "-DCMAKE_CXX_FLAGS=${FLAGS}")
   run("${CMAKE_COMMAND}" --build "${WORK}/build" --config "${CONFIG}")
-else()
+elseif(WAY STREQUAL "pkgconfig")
   set(ENV{PKG_CONFIG_PATH} "${prefix}/lib/pkgconfig")
   execute_process(COMMAND "${PKG_CONFIG}" --cflags --libs temvar
     OUTPUT_VARIABLE found OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   separate_arguments(found NATIVE_COMMAND "${found}")
   run("${COMPILER}" -std=c++17 ${flags} "${CMAKE_CURRENT_LIST_DIR}/consumer/main.cpp"
     ${found} -o "${program}")
+else()
+  run("${COMPILER}" -std=c++17 ${flags} "-I${prefix}/include"
+    "${CMAKE_CURRENT_LIST_DIR}/consumer_dlopen/main.cpp" -o "${program}")
+  file(GLOB_RECURSE library "${prefix}/lib/${LIBRARY}" "${prefix}/bin/${LIBRARY}")
+  if(dlls)
+    set(library "${LIBRARY}")
+  endif()
+  file(STRINGS "${CMAKE_CURRENT_LIST_DIR}/../../cmake/exports.txt" exports)
+  set(arguments "${library}" ${exports})
 endif()
-run(${EMULATOR} "${program}")
+run(${EMULATOR} "${program}" ${arguments})
