@@ -9,6 +9,7 @@
 //   second        calls Install again, with another directory and the same callbacks
 //   leave-files   the collect callback writes files and leaves a block
 //   crash-in-collect         the collect callback crashes too
+//   foreign-later sets them after it, before "second"
 //   foreign       sets a handler of its own for the signals before it installs the report
 //   catch         the host takes care of the fault itself, and the process runs on
 #include <temvar/temvar.h>
@@ -77,6 +78,7 @@ void Install(const std::string& directory) {
   const ReportCallback notify = Has("no-notify") ? nullptr : OnReport;
   const CollectCallback collect = Has("no-collect") ? nullptr : OnCollect;
   report->Install(wide, notify, collect);
+  if (Has("foreign-later")) InstallForeignHandler([](const char* line) { Log(line); });
   if (Has("second")) report->Install(TMV_WIDE("elsewhere/"), notify, collect);
   TmvUtilityString()->FreeString(wide);
   if (Has("destroyed")) DestroyTmvDbgReport(report);

@@ -53,4 +53,14 @@ TEST(CrashSignals, AForeignHandlerHasItsTurn) {
   }
 }
 
+TEST(CrashSignals, ASecondInstallPutsDisplacedHandlersBack) {
+  const std::pair<const char*, int> signals[] = {{"null-write", SIGSEGV}, {"exception", SIGABRT}};
+  for (const auto& [way, signal] : signals) {
+    CrashRun run;
+    run.Start(way, {"foreign-later", "second"});
+    EXPECT_EQ(run.End().signal, signal) << run.Describe();
+    EXPECT_THAT(run.Lines("report"), SizeIs(1)) << run.Describe();
+  }
+}
+
 }  // namespace

@@ -21,11 +21,13 @@ void CrashUnderHeapLock() {
   std::thread other([] { std::this_thread::sleep_for(std::chrono::minutes(2)); });
   other.detach();
   // A freed block whose back link leads nowhere: the next malloc follows it under its lock.
-  void** volatile block = static_cast<void**>(std::malloc(4000));
+  // All volatile: an optimising compiler leaves out writes to freed blocks, and blocks without use.
+  void* volatile* volatile block = static_cast<void* volatile*>(std::malloc(4000));
   void* const barrier = std::malloc(4000);  // Keeps it apart from the rest of the heap.
-  std::free(block);
+  std::free(const_cast<void**>(block));
   block[1] = reinterpret_cast<void*>(0x10);
-  std::free(std::malloc(8000));
+  void* volatile next = std::malloc(8000);
+  std::free(next);
   std::free(barrier);
 }
 

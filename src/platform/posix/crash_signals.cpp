@@ -69,10 +69,11 @@ void OnCrashSignal(int number, siginfo_t* info, void* context) {
 
 void InstallCrashHandlers() {
   static constinit std::atomic<bool> installed{false};
-  if (installed.exchange(true)) return;
-
-  KeepCrashStack();
-  PrepareAbortMessage();
+  const bool first = !installed.exchange(true);
+  if (first) {
+    KeepCrashStack();
+    PrepareAbortMessage();
+  }
   HookTerminate();
   struct sigaction action = {};
   action.sa_sigaction = OnCrashSignal;
@@ -80,7 +81,9 @@ void InstallCrashHandlers() {
   sigemptyset(&action.sa_mask);
   for (const int number : kSignals) sigaddset(&action.sa_mask, number);
   for (size_t i = 0; i < std::size(kSignals); ++i) {
-    sigaction(kSignals[i], &action, &actions_before[i]);
+    // What has displaced ours since may call ours in turn: only what stood there at first gets its
+    // turn.
+    sigaction(kSignals[i], &action, first ? &actions_before[i] : nullptr);
   }
 }
 

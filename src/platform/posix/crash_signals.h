@@ -14,7 +14,8 @@
 
 namespace temvar::posix {
 
-// Once in the process; later calls do nothing. Gives the calling thread its alternate stack too.
+// Gives the calling thread its alternate stack too. A later call puts the handlers back that others
+// have displaced since; those others get no turn, as the ones before the first call do.
 void InstallCrashHandlers();
 
 }  // namespace temvar::posix

@@ -4,6 +4,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <exception>
 
@@ -30,7 +31,11 @@ void OnTerminate() {
 
 }  // namespace
 
-void HookTerminate() { handler_before = std::set_terminate(OnTerminate); }
+void HookTerminate() {
+  static constinit std::atomic<bool> hooked{false};
+  const std::terminate_handler before = std::set_terminate(OnTerminate);
+  if (!hooked.exchange(true)) handler_before = before;
+}
 
 bool IsUncaughtException(const siginfo_t* info) {
   return info->si_code == SI_QUEUE && info->si_pid == getpid() && info->si_value.sival_ptr == &mark;

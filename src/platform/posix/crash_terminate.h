@@ -7,7 +7,7 @@ namespace temvar::posix {
 
 // Sets the terminate handler that turns an uncaught C++ exception into a SIGABRT of its own kind,
 // and then calls the handler of before. std::terminate without an exception is an abort like any
-// other. Called once.
+// other. A later call puts it back where another has displaced it.
 void HookTerminate();
 
 // Whether this SIGABRT comes from that handler.
