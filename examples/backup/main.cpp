@@ -83,7 +83,10 @@ void Remember(Settings& settings, const fs::path& source, const std::vector<Fold
   char now[32];
   TmvUtilitySys()->FormatCurrentTime(now, sizeof now, "%Y-%m-%d %H:%M:%S");
   settings.AddRun(std::string(now) + "  " + support::Utf8FromPath(source) + ": " + summary);
-  settings.Save();
+  if (!settings.Save()) {
+    std::fputs("backup: the settings can't be saved; the next run packs all of this again\n",
+               stderr);
+  }
 }
 
 ExitStatus BackUp(Settings& settings) {

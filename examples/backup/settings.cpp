@@ -10,6 +10,7 @@ namespace backup {
 namespace {
 
 constexpr char kStore[] = "backup";
+constexpr char kWritten[] = "backup as written";
 constexpr char kSource[] = "Source";
 constexpr char kDestination[] = "Destination";
 constexpr char kExclusions[] = "Exclusions";
@@ -21,6 +22,7 @@ std::string RunKey(int32_t run) { return "Run " + std::to_string(run % kRunsKept
 std::string DigestKey(const std::string& folder) { return "Digest of " + folder; }
 
 std::string SetAside(const std::string& path) {
+  if (TmvUtilityFile()->IsDirectory(path.c_str())) throw std::runtime_error(path + " is a folder");
   const std::string damaged = path + ".damaged.json";
   const tmv::Text aside(TmvUtilityFile()->MakeUniquePath(damaged.c_str()));
   if (!TmvUtilityFile()->MoveFileTo(path.c_str(), aside.c_str())) {
@@ -79,13 +81,20 @@ std::vector<std::string> Settings::Runs() const {
   return runs;
 }
 
-// Save writes into the file itself, so the last good one is put by first.
-void Settings::Save() {
+// Save writes into the file itself, so the last good one is put by first. It has no result either:
+// what stands in the file is read again.
+bool Settings::Save() {
   const std::string path = store_->GetFilePath();
   if (TmvUtilityFile()->PathExists(path.c_str())) {
     TmvUtilityFile()->CopyFileTo(path.c_str(), (path + ".last").c_str());
   }
   store_->Save();
+  const bool readable = InitUserDefaults(kWritten, path.c_str());
+  TMVUserDefaults* const written = GetUserDefaults(kWritten);
+  const tmv::Text wanted(store_->StringifyValue(store_->GetRootValue()));
+  const tmv::Text found(written->StringifyValue(written->GetRootValue()));
+  written->ReleaseDocument();
+  return readable && wanted.View() == found.View();
 }
 
 }  // namespace backup

@@ -15,7 +15,8 @@ namespace backup {
 class Settings {
  public:
   // Opens the settings file, or starts a new one. A file that is no settings file is kept under
-  // another name, which `notice` tells. Throws std::runtime_error if it can't be moved.
+  // another name, which `notice` tells. Throws std::runtime_error if it can't be moved
+  // or is a folder.
   Settings(const std::string& path, std::string& notice);
 
   // Takes over what the command line gave.
@@ -34,8 +35,8 @@ class Settings {
   // The last runs, the oldest first.
   std::vector<std::string> Runs() const;
 
-  // Writes the file, and keeps the one before as FILE.last.
-  void Save();
+  // Writes the file, and keeps the one before as FILE.last. False if it could not be written.
+  bool Save();
 
  private:
   std::string Text(const char* key) const { return store_->GetString(key, nullptr); }

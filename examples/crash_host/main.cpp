@@ -50,7 +50,13 @@ int Run(const std::vector<std::string>& arguments) {
     }
   }
 
-  const std::string archive = PrepareReports(folder);
+  std::string archive;
+  try {
+    archive = PrepareReports(folder);
+  } catch (const std::filesystem::filesystem_error& error) {
+    std::cerr << "crash_host: " << error.what() << '\n';
+    return 1;
+  }
   if (!archive.empty()) std::cout << "The last run crashed. Its report: " << archive << '\n';
   InstallReports(&exiting);
 

@@ -12,7 +12,8 @@ volatile int zero = 0;
 volatile int result = 0;
 
 void WriteNull() {
-  int* volatile nowhere = nullptr;
+  // Both volatile: an optimising compiler leaves out a write that nobody reads.
+  volatile int* volatile nowhere = nullptr;
   *nowhere = 1;
 }
 

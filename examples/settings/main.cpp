@@ -22,6 +22,10 @@ constexpr char kStore[] = "settings";
 // Moves a file that did not load to the first free name of FILE.damaged, FILE.damaged2, ... A move
 // fails on a taken name, so nobody's file is lost even if two programs do this at once.
 bool SetAside(const std::string& path) {
+  if (TmvUtilityFile()->IsDirectory(path.c_str())) {
+    std::printf("%s is a folder\n", path.c_str());
+    return false;
+  }
   for (int number = 1; number < 100; ++number) {
     const std::string aside = path + ".damaged" + (number > 1 ? std::to_string(number) : "");
     if (!TmvUtilityFile()->PathExists(aside.c_str()) &&

@@ -21,4 +21,7 @@ foreach(name app.json.damaged app.json.damaged2)
   expect_file(app.json "{\n    \"width\": 900\n}")
 endforeach()
 
+# A folder is never moved away.
+file(MAKE_DIRECTORY "${FOLDER}/folder")
+settings(1 "folder is a folder\n" folder width 1)
 settings(1 "no_such_folder/app.json could not be written\n" no_such_folder/app.json width 1)
