@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/posix/minidump/images.h"
+#include "platform/posix/crash/minidump/images.h"
 
 namespace minidump = temvar::posix::minidump;
 

@@ -11,7 +11,7 @@
 
 #include "settings/json_document.h"
 #include "settings/json_text.h"
-#include "settings/user_defaults.h"
+#include "settings/user_defaults_impl.h"
 
 namespace {
 

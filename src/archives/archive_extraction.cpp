@@ -12,9 +12,9 @@
 #include "platform/win32.h"
 #include "temvar/utility_string.h"
 #include "temvar/utility_unzip.h"
-#include "utilities/stream.h"
-#include "utilities/system_path.h"
-#include "utilities/text.h"
+#include "utilities/file/stream.h"
+#include "utilities/system/system_path.h"
+#include "utilities/string/text.h"
 
 namespace temvar {
 

@@ -11,9 +11,9 @@
 #include "platform/win32.h"
 #include "temvar/utility_file.h"
 #include "temvar/utility_string.h"
-#include "utilities/stream.h"
-#include "utilities/system_path.h"
-#include "utilities/text.h"
+#include "utilities/file/stream.h"
+#include "utilities/system/system_path.h"
+#include "utilities/string/text.h"
 
 namespace temvar {
 

@@ -8,7 +8,7 @@
 #include "archives/archive_reader.h"
 #include "temvar/utility_string.h"
 #include "temvar/utility_unzip.h"
-#include "utilities/binary_data.h"
+#include "utilities/file/binary_data_impl.h"
 
 namespace temvar {
 

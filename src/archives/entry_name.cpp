@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "utilities/system_path.h"
+#include "utilities/system/system_path.h"
 
 namespace temvar {
 

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "utilities/binary_data.h"
+#include "utilities/file/binary_data_impl.h"
 
 namespace temvar {
 

@@ -11,7 +11,7 @@
 #include "platform/crash_heap.h"
 #include "platform/crash_thread.h"
 #include "temvar/utility_zip.h"
-#include "utilities/text.h"
+#include "utilities/string/text.h"
 
 namespace temvar {
 namespace {

@@ -5,7 +5,7 @@
 #include <new>
 #include <string_view>
 
-#include "execution/task_pool.h"
+#include "execution/task_pool_impl.h"
 #include "temvar/task_schedular.h"
 
 namespace temvar {

@@ -1,7 +1,7 @@
 // How the pool comes to life and how it ends.
 #include <system_error>
 
-#include "execution/task_pool.h"
+#include "execution/task_pool_impl.h"
 #include "platform/thread_name.h"
 
 namespace temvar {

@@ -30,12 +30,12 @@
 #include "platform/posix/types.h"
 
 #include "platform/posix/clock.h"
-#include "platform/posix/crash.h"
+#include "platform/posix/crash/crash.h"
 #include "platform/posix/crypto.h"
-#include "platform/posix/files.h"
-#include "platform/posix/shell.h"
+#include "platform/posix/files/files.h"
+#include "platform/posix/shell/shell.h"
 #include "platform/posix/system.h"
-#include "platform/posix/text.h"
+#include "platform/posix/text/text.h"
 
 #endif
 

@@ -1,5 +1,5 @@
 // Taking events back.
-#include "scheduler/task_schedular.h"
+#include "scheduler/task_schedular_impl.h"
 #include "tasks/bound_call.h"
 
 namespace temvar {

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "scheduler/task_schedular.h"
+#include "scheduler/task_schedular_impl.h"
 
 namespace temvar {
 

@@ -1,7 +1,7 @@
 // Holding events and letting them go on.
 #include <algorithm>
 
-#include "scheduler/task_schedular.h"
+#include "scheduler/task_schedular_impl.h"
 #include "tasks/current_task.h"
 
 namespace temvar {

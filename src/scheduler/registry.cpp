@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "scheduler/task_schedular.h"
+#include "scheduler/task_schedular_impl.h"
 
 namespace temvar {
 namespace {

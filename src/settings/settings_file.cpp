@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "temvar/utility_file.h"
-#include "utilities/stream.h"
+#include "utilities/file/stream.h"
 
 namespace temvar {
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "settings/user_defaults.h"
+#include "settings/user_defaults_impl.h"
 
 namespace temvar {
 namespace {

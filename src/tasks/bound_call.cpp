@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "tasks/task.h"
+#include "tasks/task_impl.h"
 
 namespace temvar {
 

@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "frame/ref.h"
-#include "tasks/task_data.h"
+#include "tasks/task_data_impl.h"
 #include "temvar/task.h"
 
 namespace temvar {

@@ -18,8 +18,8 @@
 #include <thread>
 
 #include "crash/crash_run.h"
-#include "platform/posix/minidump/dump.h"
-#include "platform/posix/minidump/dump_file.h"
+#include "platform/posix/crash/minidump/dump.h"
+#include "platform/posix/crash/minidump/dump_file.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "frame/keyed_locks.h"
+#include "frame/lock_impl.h"
 
 #include <gtest/gtest.h>
 

@@ -11,8 +11,8 @@
 #include <string>
 #include <thread>
 
-#include "platform/posix/file_handle.h"
-#include "platform/posix/path.h"
+#include "platform/posix/files/file_handle.h"
+#include "platform/posix/files/path.h"
 #include "platform/win32.h"
 #include "support/work_folder.h"
 #include "temvar/temvar.h"

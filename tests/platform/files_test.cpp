@@ -7,7 +7,7 @@
 #include "platform/win32.h"
 #include "support/take.h"
 #include "support/work_folder.h"
-#include "utilities/system_path.h"
+#include "utilities/system/system_path.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "tasks/bound_call.h"
-#include "tasks/task_event.h"
-#include "tasks/task_package.h"
+#include "tasks/task_event_impl.h"
+#include "tasks/task_package_impl.h"
 
 namespace temvar {
 namespace {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "support/take.h"
-#include "utilities/identifier_state.h"
+#include "utilities/application/identifier_state.h"
 
 namespace {
 

@@ -1,0 +1,189 @@
+// The queues of the pool and the pairing of tasks and workers.
+#include "execution/task_pool_impl.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+#include <typeinfo>
+
+namespace temvar {
+
+void RkTaskPoolImpl::AddTask(RkTask* task) {
+  PendingTask entry{Ref<RkTaskImpl>(ToImpl(task)), {}};
+  if (!entry.task) return;
+  entry.func = Ref<RkTaskFuncImpl>(ToImpl(task->GetFunc()));
+
+  {
+    MutexLock incoming(incomingMutex_);
+    if (stopRequested_) return;
+    entry.serial = nextSerial_++;
+    incoming_.push_back(std::move(entry));
+  }
+  if (idleCount_ > 0) {
+    uint32_t pending = 0;
+    uint32_t idle = 0;
+    DispatchOne(pending, idle);
+  } else if (dispatcherSleeps_) {
+    MutexLock queue(queueMutex_);
+    workCondition_.NotifyOne();
+  }
+}
+
+void RkTaskPoolImpl::AddFunc(RkTaskFunc* func) {
+  const auto task = Ref<RkTaskImpl>::Adopt(new RkTaskImpl);
+  task->SetFunc(func);
+  AddTask(task.get());
+}
+
+void RkTaskPoolImpl::DispatchOne(uint32_t& pending, uint32_t& idle) {
+  MutexLock idleLock(idleMutex_);
+  if (idleThreads_.empty()) {
+    idle = 0;
+    return;
+  }
+  RkTaskThreadImpl* paired = nullptr;
+  {
+    MutexLock queueLock(queueMutex_);
+    if (HasQueued() && !stopRequested_) paired = PairOldest();
+    pending = GetQueuedCount();
+  }
+  if (paired != nullptr) paired->Wake();
+  idle = static_cast<uint32_t>(idleThreads_.size());
+}
+
+void RkTaskPoolImpl::MarkRunning(RkTaskThread* thread) {
+  const RkTaskThreadImpl* const worker = ToImpl(thread);
+  if (worker == nullptr) return;
+  Ref<RkTaskImpl> task(worker->AssignedTask());
+  if (!task) return;
+  MutexLock queue(queueMutex_);
+  runningTasks_.push_back(std::move(task));
+}
+
+void RkTaskPoolImpl::ThreadIdle(RkTaskThread* thread) {
+  RkTaskThreadImpl* const worker = ToImpl(thread);
+  if (worker == nullptr) return;
+  // These go when the locks are free: each may be the last reference, and a releaser is host code.
+  Ref<RkTaskImpl> task;
+  Ref<RkTaskFuncImpl> func;
+  Ref<RkTaskImpl> running;
+  worker->TakeAssignment(task, func);
+  {
+    MutexLock queue(queueMutex_);
+    if (task) running = TakeRunning(task.get());
+    if (TakeNext(*worker)) return;
+  }
+
+  MutexLock idle(idleMutex_);
+  idleThreads_.push_back(worker);
+  RkTaskThreadImpl* paired = nullptr;
+  {
+    MutexLock queue(queueMutex_);
+    NoteIdle();
+    if (HasQueued() && !stopRequested_) paired = PairOldest();
+  }
+  // The caller looks for an assignment before it sleeps and needs no waking.
+  if (paired != nullptr && paired != worker) paired->Wake();
+}
+
+// A worker that comes back while tasks wait and nobody else is idle would be the oldest idle one:
+// it takes the oldest task without a way through the idle queue, and goes among the running at
+// once.
+bool RkTaskPoolImpl::TakeNext(RkTaskThreadImpl& worker) {
+  if (idleCount_ > 0 || stopRequested_ || !HasQueued()) return false;
+  AssignOldest(worker);
+  if (worker.HasFunc()) {
+    runningTasks_.emplace_back(worker.AssignedTask());
+    worker.SetMarkedRunning();
+  }
+  return true;
+}
+
+void RkTaskPoolImpl::WaitForWork() {
+  if (stopRequested_ || exitWhenIdle_) {
+    pollCondition_.WaitFor(queueMutex_, std::chrono::seconds(5), [] { return false; });
+    return;
+  }
+  dispatcherSleeps_ = true;
+  workCondition_.Wait(queueMutex_, [this]() TMV_NO_THREAD_SAFETY_ANALYSIS {
+    return HasQueued() || stopRequested_;
+  });
+  dispatcherSleeps_ = false;
+}
+
+// Tasks wait and no worker is idle. Whoever becomes idle makes the next pass itself; this wait is
+// only the told bound behind it. It never lasts less than a millisecond, so that no setting makes
+// it spin.
+void RkTaskPoolImpl::WaitForPoll() {
+  const std::chrono::milliseconds bound(std::max(pollInterval_.load(), 1));
+  pollCondition_.WaitFor(queueMutex_, bound, [this] { return stopRequested_.load(); });
+}
+
+uint32_t RkTaskPoolImpl::GetQueuedCount() {
+  MutexLock incoming(incomingMutex_);
+  return pendingCount_ + static_cast<uint32_t>(incoming_.size());
+}
+
+// Whether a task is queued. If one is, the oldest stands at the front of pendingTasks_ afterwards.
+bool RkTaskPoolImpl::HasQueued() {
+  if (pendingTasks_.empty()) {
+    MutexLock incoming(incomingMutex_);
+    FetchIncoming();
+  }
+  return !pendingTasks_.empty();
+}
+
+// Moves what was added since behind pendingTasks_.
+void RkTaskPoolImpl::FetchIncoming() {
+  if (pendingTasks_.empty()) {
+    pendingTasks_.swap(incoming_);
+  } else {
+    std::move(incoming_.begin(), incoming_.end(), std::back_inserter(pendingTasks_));
+    incoming_.clear();
+  }
+  NotePending();
+}
+
+// The oldest queued task goes to the worker that has been idle longest. The caller wakes it without
+// queueMutex_, which is the first that a woken worker needs, and with idleMutex_, without which
+// Stop can't end it.
+RkTaskThreadImpl* RkTaskPoolImpl::PairOldest() {
+  RkTaskThreadImpl* const worker = idleThreads_.front();
+  AssignOldest(*worker);
+  idleThreads_.pop_front();
+  NoteIdle();
+  return worker;
+}
+
+void RkTaskPoolImpl::AssignOldest(RkTaskThreadImpl& worker) {
+  RkTask* task = pendingTasks_.front().task.get();
+  // The queue's references become the worker's.
+  worker.Assign(std::move(pendingTasks_.front().task), std::move(pendingTasks_.front().func));
+  Notify(&task, kTaskPoolReadyToRunThread);
+  pendingTasks_.pop_front();
+  NotePending();
+  if (pendingTasks_.empty()) return;
+  // The next worker waits for these to come from memory: a queue may be longer than the caches.
+  __builtin_prefetch(pendingTasks_.front().task.get());
+  __builtin_prefetch(pendingTasks_.front().func.get());
+}
+
+// Takes the first entry of this task out of the running list and tells so. The result keeps its
+// reference.
+Ref<RkTaskImpl> RkTaskPoolImpl::TakeRunning(RkTaskImpl* task) {
+  const auto hit =
+      std::find_if(runningTasks_.begin(), runningTasks_.end(),
+                   [task](const Ref<RkTaskImpl>& entry) { return entry.get() == task; });
+  if (hit == runningTasks_.end()) return {};
+  Ref<RkTaskImpl> taken = std::move(*hit);
+  runningTasks_.erase(hit);
+  Notify(nullptr, kTaskPoolAddThreadToPool);
+  return taken;
+}
+
+RkTaskPoolImpl* ToImpl(RkTaskPool* pool) {
+  if (pool == nullptr || typeid(*pool) != typeid(RkTaskPoolImpl)) return nullptr;
+  return static_cast<RkTaskPoolImpl*>(pool);
+}
+
+}  // namespace temvar

@@ -1,0 +1,103 @@
+#include "execution/task_thread_impl.h"
+
+#include <system_error>
+#include <typeinfo>
+#include <utility>
+
+#include "execution/task_pool_impl.h"
+#include "platform/crash_thread.h"
+#include "platform/thread_name.h"
+#include "tasks/current_task.h"
+
+namespace temvar {
+
+void RkTaskThreadImpl::ReportIdle() {
+  if (pool_ != nullptr) pool_->ThreadIdle(this);
+}
+
+void RkTaskThreadImpl::Start() { thread_ = std::thread(&RkTaskThreadImpl::ThreadMain, this); }
+
+// A thread that joins itself is refused here already: ThreadSanitizer (GCC 12) takes the system's
+// own refusal for a join, and ends the process at the real one.
+void RkTaskThreadImpl::Join() {
+  if (IsCurrentThread()) {
+    throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+  }
+  thread_.join();
+}
+
+void RkTaskThreadImpl::Stop() {
+  // A worker that stops itself would wait for its own callback.
+  if (IsCurrentThread()) {
+    throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+  }
+  {
+    MutexLock lock(mutex_);
+    stopRequested_.store(true, std::memory_order_release);
+    Wake();
+  }
+  Join();
+  if (RkTaskPoolImpl* const pool = ToImpl(pool_)) pool->Forget(*this);
+}
+
+void RkTaskThreadImpl::Assign(Ref<RkTaskImpl> task, Ref<RkTaskFuncImpl> func) {
+  func_ = func.Detach();
+  task_.store(task.Detach(), std::memory_order_release);
+}
+
+void RkTaskThreadImpl::TakeAssignment(Ref<RkTaskImpl>& task, Ref<RkTaskFuncImpl>& func) {
+  RkTaskImpl* const assigned = AssignedTask();
+  if (assigned == nullptr) return;
+  task_.store(nullptr, std::memory_order_relaxed);
+  task = Ref<RkTaskImpl>::Adopt(assigned);
+  func = Ref<RkTaskFuncImpl>::Adopt(std::exchange(func_, nullptr));
+}
+
+// From here on a pause that is asked for on this thread, by the releaser of what ran before, must
+// not wait for the task.
+void RkTaskThreadImpl::SetMarkedRunning() {
+  markedRunning_ = true;
+  current_task = AssignedTask();
+}
+
+void RkTaskThreadImpl::ThreadMain() {
+  const CrashThreadScope crash_stack;
+  SetCurrentThreadName("temvar-worker");
+  Lock();
+  while (!stopRequested_.load(std::memory_order_acquire)) {
+    RunAssignment();
+    if (stopRequested_.load(std::memory_order_acquire)) break;
+    ReportIdle();
+    while (AssignedTask() == nullptr && !stopRequested_.load(std::memory_order_acquire)) Wait();
+    // The gap in which a waiting Stop gets the mutex.
+    Unlock();
+    Lock();
+  }
+  Unlock();
+}
+
+// The assignment's references hold task and function until ReportIdle, so the call needs none of
+// its own; the data has one, in case the callback gives its holder other data.
+void RkTaskThreadImpl::RunAssignment() {
+  RkTaskImpl* const task = AssignedTask();
+  const bool marked = std::exchange(markedRunning_, false);
+  if (task == nullptr || func_ == nullptr) return;
+  const Ref<RkTaskDataImpl> data = func_->Data();
+  if (!marked && pool_ != nullptr) pool_->MarkRunning(this);
+  if (const RkTaskCallback callback = func_->GetCallback()) {
+    current_task = task;
+    callback(task, data.get());
+  }
+  current_task = nullptr;
+}
+
+RkTaskThreadImpl* ToImpl(RkTaskThread* thread) {
+  if (thread == nullptr || typeid(*thread) != typeid(RkTaskThreadImpl)) return nullptr;
+  return static_cast<RkTaskThreadImpl*>(thread);
+}
+
+}  // namespace temvar
+
+RkTaskThread* CreateRkTaskThread() { return new temvar::RkTaskThreadImpl; }
+
+void DestroyRkTaskThread(RkTaskThread* thread) { delete temvar::ToImpl(thread); }

@@ -1,0 +1,50 @@
+// A mutex for any address, made on first use and dropped when its last user lets go.
+#ifndef TEMVAR_FRAME_LOCK_IMPL_H_
+#define TEMVAR_FRAME_LOCK_IMPL_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+
+#include "frame/mutex.h"
+#include "temvar/lock.h"
+
+namespace temvar {
+
+// The mutex of one key. `users` counts the threads that hold it or wait for it; lock_table_guard
+// guards the count. The use count of the shared pointer would not do: a thread that is about to
+// leave Unlock still has a copy, and the next one's Unlock would leave the entry behind for good.
+struct KeyedMutex {
+  std::mutex mutex;
+  uint32_t users = 0;
+};
+
+// Invariant: an entry stands in the table exactly while its key has users.
+using LockTable = std::map<uintptr_t, std::shared_ptr<KeyedMutex>>;
+
+extern LockTable& lock_table;
+extern Mutex& lock_table_guard;
+
+class TMVLockImpl final : public TMVLock {
+ public:
+  void Lock(void* key) override;
+  void Unlock(void* key) override;
+};
+
+// Holds the keyed lock of an address for a scope.
+class KeyedLock {
+ public:
+  explicit KeyedLock(const void* key);
+  ~KeyedLock();
+  KeyedLock(const KeyedLock&) = delete;
+  KeyedLock& operator=(const KeyedLock&) = delete;
+
+ private:
+  void* const key_;
+};
+
+}  // namespace temvar
+
+#endif  // TEMVAR_FRAME_LOCK_IMPL_H_

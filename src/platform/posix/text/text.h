@@ -1,0 +1,55 @@
+// Text conversion and wide formatting.
+#ifndef TEMVAR_PLATFORM_POSIX_TEXT_TEXT_H_
+#define TEMVAR_PLATFORM_POSIX_TEXT_TEXT_H_
+
+#include <cstdarg>
+
+#include "platform/posix/types.h"
+
+// Code pages: the system's ANSI code page, which is Windows-1252 here, and UTF-8. No other is
+// known.
+inline constexpr UINT CP_ACP = 0;
+inline constexpr UINT CP_UTF8 = 65001;
+
+// Flag of MultiByteToWideChar: bytes that are no text make the call fail. Without it each
+// ill-formed sequence becomes one U+FFFD.
+inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
+
+// Converts `source_size` bytes, or with -1 a whole NUL-terminated text and its terminator, to
+// UTF-16. With a capacity of 0 nothing is written. The result is the number of units, written or
+// needed; 0 is a failure, which GetLastError tells: ERROR_INVALID_PARAMETER for a null or empty
+// source, an unknown code page or a text beyond the range of int, ERROR_NO_UNICODE_TRANSLATION for
+// bytes that are no text, ERROR_INSUFFICIENT_BUFFER for a buffer that is too small (its content is
+// then undefined). Takes no memory and no lock: safe in a signal handler.
+int MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR source, int source_size, LPWSTR target,
+                        int target_capacity);
+
+// The way back, by the same rules. In UTF-8 an unpaired surrogate becomes U+FFFD; in the ANSI code
+// page each unit that it lacks becomes '?'. `flags` must be 0, `default_char` and
+// `used_default_char` null. Safe in a signal handler.
+int WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR source, int source_size, LPSTR target,
+                        int target_capacity, LPCSTR default_char, BOOL* used_default_char);
+
+// The number at the start of a wide text: blanks, a sign, decimal digits. 0 without digits, and the
+// nearest int for a number beyond its range. A null text gives 0.
+int _wtoi(const WCHAR* text);
+
+// Cuts a path into its parts. Each target may be null; else it has room for the 3 (drive) or 256
+// (others) units that the path may need, and is cut to that. `file_name` gets the name without its
+// extension, `extension` the last dot and what follows it. Slashes and backslashes both separate.
+// Safe in a signal handler.
+void _wsplitpath(const WCHAR* path, WCHAR* drive, WCHAR* directory, WCHAR* file_name,
+                 WCHAR* extension);
+
+// printf into wide text with the conversions of the Windows runtime: in a wide format %s and %c
+// take wide text, %S, %C, %hs and %hc take narrow text, whose bytes become units of the same value;
+// the lengths h, hh, l, ll, j, z, t, L, I, I32 and I64 are known. Widths and precisions of texts
+// count units. %n and unknown conversions are refused.
+//
+// _vscwprintf gives the length of the text without its terminator, -1 for a refused format.
+// _vsnwprintf writes at most `capacity` units, with a terminator if it fits; its result is the
+// length, or -1 for a refused format or a text longer than `capacity`.
+int _vscwprintf(const WCHAR* format, va_list arguments);
+int _vsnwprintf(WCHAR* target, size_t capacity, const WCHAR* format, va_list arguments);
+
+#endif  // TEMVAR_PLATFORM_POSIX_TEXT_TEXT_H_

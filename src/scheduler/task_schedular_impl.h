@@ -1,0 +1,141 @@
+#ifndef TEMVAR_SCHEDULER_TASK_SCHEDULAR_IMPL_H_
+#define TEMVAR_SCHEDULER_TASK_SCHEDULAR_IMPL_H_
+
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+
+#include "frame/mutex.h"
+#include "frame/ref.h"
+#include "frame/subject.h"
+#include "scheduler/sync.h"
+#include "tasks/task_event_impl.h"
+#include "tasks/task_package_impl.h"
+#include "temvar/task_pool.h"
+#include "temvar/task_schedular.h"
+
+namespace temvar {
+
+// Thread-safety:
+// 1. Locks are taken in the order pause, registry, state, and then those of the pool.
+// 2. The pool is asked for running and queued tasks without any of them, since it asks back.
+// 3. References that may be the last are dropped without them: what a sweep or a removal yields is
+//    kept by its caller until the locks are free.
+// 4. A plain task moves to paused, back to active, and to cancelled under the registry mutex. So a
+//    task that isn't paused when a completion step looks under that mutex doesn't become so before
+//    its end.
+class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
+ public:
+  ~RkTaskSchedularImpl() override;
+
+  void Update(void* data, const char* key) override;
+
+  void CancelEvent(const char* name) override;
+  bool CancelEventOfTask(const char* taskName) override;
+  void PauseEvent(const char* name) override;
+  void ResumeEvent(const char* name) override;
+  bool CheckPause(RkTask* task) override;
+  void RegisterEvent(RkTask* event) override;
+  void AddEvent(RkTask* event) override;
+  void ScheduleTask(RkTask* task) override;
+  void RemoveEvent(const char* name) override;
+  void RemoveEventLocked(const char* name) override TMV_REQUIRES(registry_mutex);
+  int32_t PausePoint(RkTask* task) override;
+  int32_t PausePointLocked(RkTask* task) override TMV_REQUIRES(pause_mutex);
+  void TaskFinished(RkTask* task) override;
+  void TaskFailed(RkTask* task) override;
+  RkTask* FindTask(const char* name) override;
+  bool IsTaskCancelled(const char* name) override;
+  RkTask* FindEvent(const char* name) override;
+  RkTask* FindEventOfTask(const char* taskName) override;
+  RkTask* FindEventOfPackage(RkTask* package) override;
+  TaskListNode* ListCurrentTasks(RkTask* event) override;
+  void FreeTaskList(TaskListNode* list) override;
+  RkTaskPackage* FindPackageOfTask(const char* taskName) override;
+  bool InsertTaskAfter(RkTask* newTask, RkTask* existing) override;
+  bool InsertTaskAfterName(RkTask* newTask, const char* existingName) override;
+  uint64_t GetEventCount() override;
+  void CancelEventEx(const char* name, bool remove) override;
+
+ private:
+  using EventRef = Ref<RkTaskEventImpl>;
+
+  // Where a plain task stands: the first match of a walk, without references.
+  struct Place {
+    RkTaskEventImpl* event = nullptr;
+    RkTaskPackageImpl* package = nullptr;  // The event's own package, also for a nested task.
+    RkTaskImpl* task = nullptr;
+  };
+  // The same with references.
+  struct Owners {
+    EventRef event;
+    Ref<RkTaskPackageImpl> package;
+  };
+
+  // registry.cpp
+  Place FindPlace(const TaskName& name) const TMV_REQUIRES(registry_mutex);
+  Owners FindOwners(const TaskName& name) TMV_EXCLUDES(registry_mutex);
+  EventRef FindEventRef(const char* name) TMV_EXCLUDES(registry_mutex);
+  EventRef FindEventListing(const RkTaskImpl* package) const TMV_REQUIRES(registry_mutex);
+  void StoreEvent(RkTaskEventImpl* event) TMV_REQUIRES(registry_mutex);
+  // Takes the entry of this event out, if it is still the one under its name. The result keeps the
+  // registry's reference.
+  EventRef ExtractEvent(const RkTaskEventImpl& event) TMV_REQUIRES(registry_mutex);
+  bool HoldsEvent(const RkTaskEventImpl& event) const TMV_REQUIRES(registry_mutex);
+  bool IsRegistered(const RkTaskEventImpl& event) TMV_EXCLUDES(registry_mutex);
+
+  // completion.cpp
+  void CompletePlain(RkTaskImpl& task, int32_t state);
+  void CompletePackage(RkTaskImpl& package);
+  void AwaitResume(RkTaskImpl& task) TMV_REQUIRES(registry_mutex);
+  void Advance(RkTaskPackageImpl& package, int32_t lastState)
+      TMV_REQUIRES(registry_mutex, state_mutex);
+  void EndPackage(RkTaskPackageImpl& package, int32_t state)
+      TMV_REQUIRES(registry_mutex, state_mutex);
+
+  // pause.cpp
+  void SweepEvent(RkTaskEventImpl& event, int32_t fromState, int32_t toState, TaskRefs& swept)
+      TMV_REQUIRES(registry_mutex, state_mutex);
+  uint64_t BeginPause(RkTaskEventImpl& event);
+  bool IsPauseOver(RkTaskEventImpl& event, uint64_t generation);
+  void EndPauseWaits(RkTaskEventImpl& event) TMV_EXCLUDES(pause_mutex);
+  void Park(RkTaskImpl& task, RkTaskEventImpl& event) TMV_REQUIRES(pause_mutex);
+
+  // cancel.cpp
+  void RunCancel(RkTaskEventImpl& event);
+  void CancelActiveTasks(RkTaskEventImpl& event);
+  void AwaitDrain(RkTaskEventImpl& event);
+  void RemoveIfRegistered(const RkTaskEventImpl& event);
+
+  // Keys order by their bytes taken as unsigned, a shorter key before its continuation.
+  std::map<std::string, EventRef, std::less<>> eventsByName_ TMV_GUARDED_BY(registry_mutex);
+  std::set<std::string, std::less<>> cancelledNames_ TMV_GUARDED_BY(state_mutex);
+};
+
+// The running plain tasks of an event as the pool lists them, released at the end of its scope.
+class RunningTasks {
+ public:
+  explicit RunningTasks(const char* eventName)
+      : list_(TmvTaskPool()->ListRunning(eventName, count_)) {}
+  ~RunningTasks() { TmvTaskPool()->FreeTaskList(list_); }
+  RunningTasks(const RunningTasks&) = delete;
+  RunningTasks& operator=(const RunningTasks&) = delete;
+
+  const TaskListNode* First() const { return list_; }
+  uint32_t Count() const { return count_; }
+  bool Contains(RkTask* task) const {
+    for (const TaskListNode* node = list_; node != nullptr; node = node->next) {
+      if (node->task == task) return true;
+    }
+    return false;
+  }
+
+ private:
+  uint32_t count_ = 0;
+  TaskListNode* list_;
+};
+
+}  // namespace temvar
+
+#endif  // TEMVAR_SCHEDULER_TASK_SCHEDULAR_IMPL_H_

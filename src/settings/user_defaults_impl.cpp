@@ -1,0 +1,203 @@
+#include "settings/user_defaults_impl.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "settings/json_document.h"
+#include "settings/json_text.h"
+#include "settings/settings_file.h"
+#include "utilities/string/text.h"
+
+namespace temvar {
+namespace {
+
+JsonValue* FromHandle(TMVUserDefaults::Value* handle) {
+  return reinterpret_cast<JsonValue*>(handle);
+}
+
+JsonMember* FromHandle(TMVUserDefaults::Member* handle) {
+  return reinterpret_cast<JsonMember*>(handle);
+}
+
+TMVUserDefaults::Value* ToHandle(JsonValue* value) {
+  return reinterpret_cast<TMVUserDefaults::Value*>(value);
+}
+
+TMVUserDefaults::Member* ToHandle(JsonMember* member) {
+  return reinterpret_cast<TMVUserDefaults::Member*>(member);
+}
+
+// Stands for every value that is not there. Nothing ever changes it: it is no object, so that the
+// setters leave it alone.
+JsonValue* SharedNull() {
+  static auto* const null = new JsonValue;
+  return null;
+}
+
+const char* TextOf(const JsonValue* value) {
+  return value != nullptr && value->IsString() ? value->GetString() : "";
+}
+
+int32_t IntegerOf(const JsonValue* value) {
+  if (value == nullptr || !value->IsNumber() || value->IsDouble()) {
+    return 0;
+  }
+  const uint64_t bits =
+      value->IsUint64() ? value->GetUint64() : static_cast<uint64_t>(value->GetInt64());
+  return static_cast<int32_t>(static_cast<uint32_t>(bits));
+}
+
+// As atoi, which leaves open what a number of more than 32 bits gives.
+int32_t LeadingNumber(const char* text) {
+  const long long number = std::strtoll(text, nullptr, 10);
+  return static_cast<int32_t>(std::clamp<long long>(number, INT32_MIN, INT32_MAX));
+}
+
+}  // namespace
+
+TMVUserDefaultsImpl::TMVUserDefaultsImpl(std::string name, std::string path)
+    : name_(std::move(name)), path_(std::move(path)) {
+  if (const auto text = ReadSettingsFile(path_.c_str())) {
+    document_ = ParseJson(text->c_str());
+    loaded_ = document_ != nullptr;
+  }
+  if (!loaded_) {
+    document_ = NewJsonDocument();
+  }
+}
+
+JsonValue* TMVUserDefaultsImpl::ObjectOf(Value* parent) {
+  if (document_ == nullptr) {
+    return nullptr;
+  }
+  JsonValue* value = parent != nullptr ? FromHandle(parent) : document_.get();
+  return value->IsObject() ? value : nullptr;
+}
+
+JsonValue* TMVUserDefaultsImpl::Find(const char* key, Value* parent) {
+  JsonValue* object = ObjectOf(parent);
+  return object != nullptr && key != nullptr ? FindMember(*object, key) : nullptr;
+}
+
+void TMVUserDefaultsImpl::SetMember(const char* key, JsonValue& value, JsonValue& object) {
+  if (JsonValue* found = FindMember(object, key)) {
+    *found = value;
+    return;
+  }
+  JsonPool& pool = document_->GetAllocator();
+  JsonValue name = PoolText(key, std::strlen(key), pool);
+  AppendMember(object, name, value, pool);
+}
+
+void TMVUserDefaultsImpl::SetString(const char* key, const char* value, Value* parent) {
+  JsonValue* object = ObjectOf(parent);
+  if (object != nullptr && key != nullptr) {
+    const char* text = value != nullptr ? value : "";
+    JsonValue copy = PoolText(text, std::strlen(text), document_->GetAllocator());
+    SetMember(key, copy, *object);
+  }
+}
+
+void TMVUserDefaultsImpl::SetInt(const char* key, int32_t value, Value* parent) {
+  JsonValue* object = ObjectOf(parent);
+  if (object != nullptr && key != nullptr) {
+    JsonValue number(static_cast<int64_t>(value));
+    SetMember(key, number, *object);
+  }
+}
+
+bool TMVUserDefaultsImpl::HasKey(const char* key, Value* parent) {
+  return Find(key, parent) != nullptr;
+}
+
+const char* TMVUserDefaultsImpl::GetString(const char* key, Value* parent) {
+  return TextOf(Find(key, parent));
+}
+
+int32_t TMVUserDefaultsImpl::GetInt(const char* key, Value* parent) {
+  return IntegerOf(Find(key, parent));
+}
+
+IntTriple TMVUserDefaultsImpl::GetIntTriple(const char* key, Value* parent) {
+  // strtoll stops at a comma, so that the text need not be cut into pieces.
+  int32_t numbers[3] = {};
+  const char* piece = GetString(key, parent);
+  for (int32_t& number : numbers) {
+    number = LeadingNumber(piece);
+    piece = std::strchr(piece, ',');
+    if (piece == nullptr) {
+      break;
+    }
+    ++piece;
+  }
+  return {numbers[0], numbers[1], numbers[2]};
+}
+
+void TMVUserDefaultsImpl::Save() {
+  if (document_ != nullptr) {
+    JsonText text;
+    WritePretty(*document_, text);
+    WriteSettingsFile(path_.c_str(), text.GetString(), text.GetSize());
+  }
+}
+
+bool TMVUserDefaultsImpl::IsLoaded() { return loaded_; }
+
+const char* TMVUserDefaultsImpl::GetFilePath() { return path_.c_str(); }
+
+void TMVUserDefaultsImpl::ReleaseDocument() { document_.reset(); }
+
+TMVUserDefaults::Value* TMVUserDefaultsImpl::GetValue(const char* key, Value* parent) {
+  JsonValue* value = Find(key, parent);
+  return ToHandle(value != nullptr ? value : SharedNull());
+}
+
+TMVUserDefaults::Value* TMVUserDefaultsImpl::GetRootValue() {
+  return ToHandle(document_ != nullptr ? document_.get() : SharedNull());
+}
+
+uint32_t TMVUserDefaultsImpl::GetArraySize(Value* value) {
+  const JsonValue* array = FromHandle(value);
+  return array != nullptr && array->IsArray() ? array->Size() : 0;
+}
+
+TMVUserDefaults::Value* TMVUserDefaultsImpl::GetArrayElement(Value* value, uint32_t index) {
+  return index < GetArraySize(value) ? ToHandle(FromHandle(value)->Begin() + index) : nullptr;
+}
+
+TMVUserDefaults::Member* TMVUserDefaultsImpl::GetMemberBegin(Value* value) {
+  JsonValue* object = FromHandle(value);
+  const bool any = object != nullptr && object->IsObject() && !object->ObjectEmpty();
+  return any ? ToHandle(&*object->MemberBegin()) : nullptr;
+}
+
+TMVUserDefaults::Member* TMVUserDefaultsImpl::GetMemberEnd(Value* value) {
+  Member* begin = GetMemberBegin(value);
+  return begin != nullptr ? AdvanceMember(begin, FromHandle(value)->MemberCount()) : nullptr;
+}
+
+TMVUserDefaults::Member* TMVUserDefaultsImpl::AdvanceMember(Member* member, uint32_t count) {
+  return member != nullptr ? ToHandle(FromHandle(member) + count) : nullptr;
+}
+
+TMVUserDefaults::Value* TMVUserDefaultsImpl::GetMemberName(Member* member) {
+  return member != nullptr ? ToHandle(&FromHandle(member)->name) : nullptr;
+}
+
+TMVUserDefaults::Value* TMVUserDefaultsImpl::GetMemberValue(Member* member) {
+  return member != nullptr ? ToHandle(&FromHandle(member)->value) : nullptr;
+}
+
+const char* TMVUserDefaultsImpl::GetValueString(Value* value) { return TextOf(FromHandle(value)); }
+
+int32_t TMVUserDefaultsImpl::GetValueInt(Value* value) { return IntegerOf(FromHandle(value)); }
+
+char* TMVUserDefaultsImpl::StringifyValue(Value* value) {
+  JsonText text;
+  WriteCompact(value != nullptr ? *FromHandle(value) : *SharedNull(), text);
+  return NewNarrowText({text.GetString(), text.GetSize()});
+}
+
+}  // namespace temvar

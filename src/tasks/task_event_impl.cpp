@@ -1,0 +1,69 @@
+#include "tasks/task_event_impl.h"
+
+#include <algorithm>
+#include <typeinfo>
+
+#include "tasks/bound_call.h"
+
+namespace temvar {
+
+RkTaskEventImpl::RkTaskEventImpl() {
+  SetType(kTaskTypeEvent);
+  SetFunc(MakeBoundFunc([this](RkTask* task) { ReportDone(task); }).get());
+}
+
+RkTaskEventImpl::~RkTaskEventImpl() {
+  for (Ref<RkTaskImpl>& package : packages_) package = {};
+  for (Ref<RkTaskImpl>& task : pausedTasks) task = {};
+}
+
+void RkTaskEventImpl::AddPackage(RkTask* package) { packages_.emplace_back(ToImpl(package)); }
+
+void RkTaskEventImpl::SweepTasks(RkTaskImpl* package, int32_t fromState, int32_t toState,
+                                 TaskRefs& out) {
+  const RkTaskPackageImpl* const parent = ToPackage(package);
+  if (parent == nullptr) return;
+  for (const Ref<RkTaskImpl>& child : parent->Tasks()) {
+    if (!child) continue;
+    if (child->Type() == kTaskTypePackage) {
+      SweepTasks(child.get(), fromState, toState, out);
+    } else if (child->State() == fromState) {
+      child->SetState(toState);
+      out.push_back(child);
+    }
+  }
+}
+
+RkTaskImpl* RkTaskEventImpl::FindInPackage(RkTaskImpl* package, const TaskName& name) {
+  const RkTaskPackageImpl* const parent = ToPackage(package);
+  return parent == nullptr ? nullptr : parent->FindTask(name);
+}
+
+RkTaskImpl* RkTaskEventImpl::FindTask(const TaskName& name) const {
+  for (const Ref<RkTaskImpl>& package : packages_) {
+    if (RkTaskImpl* const hit = FindInPackage(package.get(), name)) return hit;
+  }
+  return nullptr;
+}
+
+bool RkTaskEventImpl::RemovePausedTask(RkTaskImpl* task) {
+  const auto hit =
+      std::find_if(pausedTasks.begin(), pausedTasks.end(),
+                   [task](const Ref<RkTaskImpl>& paused) { return paused.get() == task; });
+  if (hit == pausedTasks.end()) return false;
+  pausedTasks.erase(hit);
+  return true;
+}
+
+bool RkTaskEventImpl::ResetFinishedIfEqual(int64_t expected) {
+  return finishedPackages_.compare_exchange_strong(expected, 0);
+}
+
+RkTaskEventImpl* ToEvent(RkTaskImpl* task) {
+  if (task == nullptr || typeid(*task) != typeid(RkTaskEventImpl)) return nullptr;
+  return static_cast<RkTaskEventImpl*>(task);
+}
+
+}  // namespace temvar
+
+RkTaskEvent* CreateRkTaskEvent() { return new temvar::RkTaskEventImpl; }

@@ -1,0 +1,67 @@
+#ifndef TEMVAR_TASKS_TASK_EVENT_IMPL_H_
+#define TEMVAR_TASKS_TASK_EVENT_IMPL_H_
+
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+#include "tasks/task_impl.h"
+#include "tasks/task_package_impl.h"
+#include "temvar/task_event.h"
+
+namespace temvar {
+
+using TaskRefs = std::vector<Ref<RkTaskImpl>>;
+
+// Takes no lock of its own:
+// 1. The packages are added before the event is handed over; sweeps and searches run under the
+//    scheduler's registry mutex.
+// 2. pausedTasks and pauseGeneration are guarded by the scheduler's pause mutex.
+// 3. The counters are atomics.
+class RkTaskEventImpl final : public RkTaskImpl, public RkTaskEvent {
+ public:
+  RkTaskEventImpl();
+  ~RkTaskEventImpl() override;
+
+  void AddPackage(RkTask* package) override;
+
+  const TaskRefs& Packages() const { return packages_; }
+
+  // Moves each plain task below `package` that is in the state `fromState` to `toState` and appends
+  // it to `out`, depth first. Nested packages are walked; their own state is left alone.
+  static void SweepTasks(RkTaskImpl* package, int32_t fromState, int32_t toState, TaskRefs& out);
+
+  // The first plain task of this name below `package`, depth first, or null. No reference is added.
+  static RkTaskImpl* FindInPackage(RkTaskImpl* package, const TaskName& name);
+
+  // The same over the packages in order.
+  RkTaskImpl* FindTask(const TaskName& name) const;
+
+  // Takes the task out of pausedTasks, with the list's reference. False if it isn't there.
+  bool RemovePausedTask(RkTaskImpl* task);
+
+  void AddFinishedPackage() { finishedPackages_.fetch_add(1); }
+  // If `expected` packages have ended, sets the count back to 0 and gives true.
+  bool ResetFinishedIfEqual(int64_t expected);
+
+  void StoreDrainCount(int64_t count) { drainCount_.store(count); }
+  int64_t LoadDrainCount() const { return drainCount_.load(); }
+  void DecrementDrainCount() { drainCount_.fetch_sub(1); }
+
+  // Tasks that were running when a pause came and have not reached a pause point yet.
+  TaskRefs pausedTasks;
+  // Counts what ends a wait for pausedTasks: resuming or cancelling the event.
+  uint64_t pauseGeneration = 0;
+
+ private:
+  std::atomic<int64_t> drainCount_{0};
+  std::atomic<int64_t> finishedPackages_{0};
+  TaskRefs packages_;
+};
+
+// The event behind a task, or null if it is none.
+RkTaskEventImpl* ToEvent(RkTaskImpl* task);
+
+}  // namespace temvar
+
+#endif  // TEMVAR_TASKS_TASK_EVENT_IMPL_H_

@@ -1,0 +1,110 @@
+#include "tasks/task_impl.h"
+
+#include <chrono>
+#include <thread>
+#include <typeinfo>
+
+#include "tasks/task_event_impl.h"
+#include "tasks/task_package_impl.h"
+#include "temvar/task_schedular.h"
+
+namespace temvar {
+namespace {
+std::atomic<uint64_t> rename_count{0};
+}  // namespace
+
+RkTaskImpl::RkTaskImpl() { StoreName("0"); }
+
+RkTaskImpl::~RkTaskImpl() {
+  ClearData();
+  ClearFunc();
+}
+
+void RkTaskImpl::Release() {
+  if (refCount_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  switch (Type()) {
+    case kTaskTypePlain:
+    case kTaskTypePackage:
+    case kTaskTypeEvent:
+      delete this;
+      break;
+    default:
+      // A host has given the object a kind that nothing is known of.
+      break;
+  }
+}
+
+void RkTaskImpl::ReportDone(RkTask* task) { task->ReportState(task, kTaskStateSucceeded); }
+
+// The order of the tests is part of the contract: a paused task's report is consumed by the pause,
+// a cancelled task reports nothing, and only then does the reported value count.
+void RkTaskImpl::ReportState(RkTask* task, int32_t state) {
+  RkTaskSchedular* const scheduler = TmvTaskSchedular();
+  if (State() == kTaskStatePaused) {
+    scheduler->PausePoint(task);
+    while (State() == kTaskStatePaused) {
+      // Woken for another event, or the event has left the registry: there is nothing to park on
+      // then, so look again without spinning.
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      scheduler->PausePoint(task);
+    }
+    return;
+  }
+  if (State() == kTaskStateCancelled) return;
+  if (state == kTaskStateSucceeded) {
+    scheduler->TaskFinished(task);
+  } else if (state == kTaskStateFailed) {
+    scheduler->TaskFailed(task);
+  }
+}
+
+void RkTaskImpl::SetFunc(RkTaskFunc* func) {
+  // The new reference is taken first, in case the old holder is all that keeps it alive.
+  Ref<RkTaskFuncImpl> replacement(ToImpl(func));
+  ClearFunc();
+  func_ = std::move(replacement);
+}
+
+void RkTaskImpl::SetData(RkTaskData* data) {
+  Ref<RkTaskDataImpl> replacement(ToImpl(data));
+  ClearData();
+  data_ = std::move(replacement);
+}
+
+void RkTaskImpl::SetNameNumber(int64_t number) { StoreName(std::to_string(number)); }
+
+void RkTaskImpl::SetName(const char* name) { StoreName(name == nullptr ? "" : name); }
+
+void RkTaskImpl::StoreName(std::string name) {
+  nameHash_ = TaskName(std::string_view(name)).ShortHash();
+  name_ = std::move(name);
+  if (inPackage_.load(std::memory_order_relaxed)) rename_count.fetch_add(1);
+}
+
+uint64_t RenameCount() { return rename_count.load(); }
+
+// RkTask is a virtual base, so a static downcast doesn't exist and dynamic_cast walks the
+// hierarchy. The three classes are all there are: the exact type and the address of the whole
+// object do.
+RkTaskImpl* ToImpl(RkTask* task) {
+  if (task == nullptr) return nullptr;
+  const std::type_info& type = typeid(*task);
+  void* const object = dynamic_cast<void*>(task);
+  if (type == typeid(RkTaskImpl)) return static_cast<RkTaskImpl*>(object);
+  if (type == typeid(RkTaskPackageImpl)) return static_cast<RkTaskPackageImpl*>(object);
+  if (type == typeid(RkTaskEventImpl)) return static_cast<RkTaskEventImpl*>(object);
+  return nullptr;
+}
+
+}  // namespace temvar
+
+RkTask* CreateRkTask() { return new temvar::RkTaskImpl; }
+
+RkTask* DuplicateRkTask(RkTask* task) {
+  if (temvar::RkTaskImpl* impl = temvar::ToImpl(task)) impl->AddRef();
+  return task;
+}
+
+void DestroyRkTask(RkTask* task) {
+  if (temvar::RkTaskImpl* impl = temvar::ToImpl(task)) impl->Release();
+}

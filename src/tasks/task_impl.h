@@ -1,0 +1,102 @@
+#ifndef TEMVAR_TASKS_TASK_IMPL_H_
+#define TEMVAR_TASKS_TASK_IMPL_H_
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "frame/ref.h"
+#include "tasks/task_data_impl.h"
+#include "temvar/task.h"
+
+namespace temvar {
+
+// A name to search for, with its hash: a search compares hashes first and reads the text on a hit
+// only.
+struct TaskName {
+  explicit TaskName(const char* name) : TaskName(std::string_view(name)) {}
+  explicit TaskName(std::string_view name)
+      : text(name), hash(std::hash<std::string_view>()(name)) {}
+
+  uint32_t ShortHash() const { return static_cast<uint32_t>(hash); }
+
+  std::string_view text;
+  size_t hash;
+};
+
+// How often a task that stands in a package was renamed, over all packages: what a package has
+// noted of its children's names holds for as long as this stands still.
+uint64_t RenameCount();
+
+// Name, func and data are set up by the host before the task is handed over, and are only read from
+// then on. Type and state are read from any thread; the scheduler writes the state under its state
+// mutex.
+class RkTaskImpl : public virtual RkTask {
+ public:
+  RkTaskImpl();
+  virtual ~RkTaskImpl();
+
+  // Reports success of `task`: the body of events and packages.
+  virtual void ReportDone(RkTask* task);
+
+  void ReportState(RkTask* task, int32_t state) override;
+  void SetFunc(RkTaskFunc* func) override;
+  RkTaskFunc* GetFunc() override { return func_.get(); }
+  void SetData(RkTaskData* data) override;
+  RkTaskData* GetData() override { return data_.get(); }
+  void ClearData() override { data_ = {}; }
+  void ClearFunc() override { func_ = {}; }
+  int32_t GetType() override { return Type(); }
+  void SetType(int32_t type) override { type_.store(type, std::memory_order_relaxed); }
+  int32_t GetState() override { return State(); }
+  void SetState(int32_t state) override { state_.store(state, std::memory_order_release); }
+  const char* GetName() override { return name_.c_str(); }
+  void SetNameNumber(int64_t number) override;
+  void SetName(const char* name) override;
+
+  int32_t Type() const { return type_.load(std::memory_order_relaxed); }
+  int32_t State() const { return state_.load(std::memory_order_acquire); }
+  const std::string& Name() const { return name_; }
+  const Ref<RkTaskFuncImpl>& Func() const { return func_; }
+  bool HasName(const TaskName& name) const { return name_ == name.text; }
+  uint32_t NameHash() const { return nameHash_; }
+
+  // From now on the task stands in a package.
+  void SetInPackage() { inPackage_.store(true, std::memory_order_relaxed); }
+
+  void AddRef() { refCount_.fetch_add(1, std::memory_order_relaxed); }
+  void Release();
+
+  // A task of the library itself, such as the one that carries out a cancel. It bears the default
+  // name but belongs to no event, whatever that event's tasks are called.
+  bool IsInternal() const { return internal_; }
+  void SetInternal() { internal_ = true; }
+
+  // How many threads stand at a pause point with this task. Guarded by the scheduler's pause mutex.
+  int parkedCount = 0;
+
+ private:
+  void StoreName(std::string name);
+
+  std::atomic<int32_t> refCount_{1};
+  std::atomic<int32_t> type_{kTaskTypePlain};
+  std::atomic<int32_t> state_{kTaskStateCreated};
+  bool internal_ = false;
+  std::atomic<bool> inPackage_{false};
+  uint32_t nameHash_ = 0;
+  // What a run needs stands together, the name behind it.
+  Ref<RkTaskDataImpl> data_;
+  Ref<RkTaskFuncImpl> func_;
+  std::string name_;
+};
+
+// The implementation behind an interface pointer; null for null and for what is not of this
+// library.
+RkTaskImpl* ToImpl(RkTask* task);
+
+}  // namespace temvar
+
+#endif  // TEMVAR_TASKS_TASK_IMPL_H_

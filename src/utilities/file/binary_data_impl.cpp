@@ -1,0 +1,19 @@
+#include "utilities/file/binary_data_impl.h"
+
+#include <utility>
+
+namespace temvar {
+
+void FillBinaryData(BinaryDataResult* result, std::unique_ptr<std::string> bytes) {
+  result->Data = bytes->data();
+  result->Size = static_cast<uint32_t>(bytes->size());
+  result->Reserved = 0;
+  result->Owner = bytes.release();
+}
+
+}  // namespace temvar
+
+void FreeBinayDataResult(BinaryDataResult* result) {
+  // Deleting null is nothing, which is what a record without bytes needs.
+  delete static_cast<std::string*>(result->Owner);
+}

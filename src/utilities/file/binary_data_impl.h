@@ -1,0 +1,23 @@
+// How the library hands bytes to its hosts.
+#ifndef TEMVAR_UTILITIES_FILE_BINARY_DATA_IMPL_H_
+#define TEMVAR_UTILITIES_FILE_BINARY_DATA_IMPL_H_
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+
+#include "temvar/binary_data.h"
+
+namespace temvar {
+
+// The most bytes that a record can tell of.
+inline constexpr size_t kMaxBinaryDataSize = std::numeric_limits<uint32_t>::max();
+
+// Gives `bytes`, of which there are no more than kMaxBinaryDataSize, to `*result`, where
+// FreeBinayDataResult finds them again.
+void FillBinaryData(BinaryDataResult* result, std::unique_ptr<std::string> bytes);
+
+}  // namespace temvar
+
+#endif  // TEMVAR_UTILITIES_FILE_BINARY_DATA_IMPL_H_

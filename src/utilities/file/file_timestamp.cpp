@@ -1,0 +1,71 @@
+// File times from text.
+#include <chrono>
+
+#include "platform/win32.h"
+#include "utilities/file/utility_file_impl.h"
+#include "utilities/system/system_path.h"
+#include "utilities/string/text.h"
+
+namespace temvar {
+namespace {
+
+// Reads the number at `text` and moves behind the next `separator`. False without one.
+bool TakeNumber(const TmvWideChar*& text, TmvWideChar separator, int& number) {
+  const TmvWideChar* end = text;
+  while (*end != separator) {
+    if (*end == TMV_WIDE('\0')) return false;
+    ++end;
+  }
+  number = _wtoi(text);
+  text = end + 1;
+  return true;
+}
+
+bool InRange(int value, int limit) { return value >= 0 && value < limit; }
+
+// Reads a local time in the shape 2024-01-31 17:05:09. False for text of another shape and for
+// values that no calendar or clock has.
+bool ParseLocalTime(const TmvWideChar* text, SYSTEMTIME& time) {
+  int year, month, day, hour, minute;
+  if (!TakeNumber(text, TMV_WIDE('-'), year) || !TakeNumber(text, TMV_WIDE('-'), month) ||
+      !TakeNumber(text, TMV_WIDE(' '), day) || !TakeNumber(text, TMV_WIDE(':'), hour) ||
+      !TakeNumber(text, TMV_WIDE(':'), minute)) {
+    return false;
+  }
+  const int second = _wtoi(text);
+  if (hour == 24) hour = 0;
+  if (!InRange(hour, 24) || !InRange(minute, 60) || !InRange(second, 60)) return false;
+  if (!InRange(year, 30828) || !InRange(month, 13) || !InRange(day, 32)) return false;
+  const std::chrono::year_month_day date(std::chrono::year(year),
+                                         std::chrono::month(static_cast<unsigned>(month)),
+                                         std::chrono::day(static_cast<unsigned>(day)));
+  if (!date.ok()) return false;
+  time = {};
+  time.wYear = static_cast<WORD>(year);
+  time.wMonth = static_cast<WORD>(month);
+  time.wDay = static_cast<WORD>(day);
+  time.wHour = static_cast<WORD>(hour);
+  time.wMinute = static_cast<WORD>(minute);
+  time.wSecond = static_cast<WORD>(second);
+  return true;
+}
+
+}  // namespace
+
+bool TMVUtilityFileImpl::SetFileTimestamp(const char* path, const char* time) {
+  SYSTEMTIME local;
+  if (!ParseLocalTime(ToWide(time).get(), local)) return false;
+  const HANDLE file = CreateFileW(SystemPath(path).get(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  // A time that the system can't express stays zero, which leaves the file's times as they are.
+  SYSTEMTIME utc{};
+  FILETIME file_time{};
+  TzSpecificLocalTimeToSystemTime(nullptr, &local, &utc);
+  SystemTimeToFileTime(&utc, &file_time);
+  SetFileTime(file, &file_time, nullptr, &file_time);
+  CloseHandle(file);
+  return true;
+}
+
+}  // namespace temvar

@@ -1,0 +1,18 @@
+// A runtime stream that is closed on every way out.
+#ifndef TEMVAR_UTILITIES_FILE_STREAM_H_
+#define TEMVAR_UTILITIES_FILE_STREAM_H_
+
+#include <cstdio>
+#include <memory>
+
+namespace temvar {
+
+struct CloseStream {
+  void operator()(FILE* stream) const noexcept { std::fclose(stream); }
+};
+
+using Stream = std::unique_ptr<FILE, CloseStream>;
+
+}  // namespace temvar
+
+#endif  // TEMVAR_UTILITIES_FILE_STREAM_H_

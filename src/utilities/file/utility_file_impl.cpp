@@ -1,0 +1,65 @@
+// Single files and directories as a whole, sizes for people, free space.
+#include <cstdio>
+
+#include "platform/win32.h"
+#include "utilities/file/utility_file_impl.h"
+#include "utilities/system/system_path.h"
+#include "utilities/string/text.h"
+
+namespace temvar {
+namespace {
+
+constinit TMVUtilityFileImpl utility_file;
+
+}  // namespace
+
+bool TMVUtilityFileImpl::CopyFileTo(const char* source, const char* destination) {
+  return CopyFileW(SystemPath(source).get(), SystemPath(destination).get(), FALSE) != FALSE;
+}
+
+bool TMVUtilityFileImpl::MoveFileTo(const char* source, const char* destination) {
+  return MoveFileW(SystemPath(source).get(), SystemPath(destination).get()) != FALSE;
+}
+
+bool TMVUtilityFileImpl::RemoveFile(const char* path) {
+  return DeleteFileW(SystemPath(path).get()) != FALSE;
+}
+
+char* TMVUtilityFileImpl::FormatSize(uint64_t bytes) {
+  constexpr double kStep = 0.0009765625;  // 1/1024
+  constexpr const char* kLargerUnits[] = {"KB", "MB", "GB"};
+  double value = static_cast<double>(bytes);
+  const char* unit = "B";
+  for (const char* larger : kLargerUnits) {
+    if (value * kStep < 1.0) break;
+    value *= kStep;
+    unit = larger;
+  }
+  char text[64] = {};
+  std::snprintf(text, sizeof(text), "%.2f %s", value, unit);
+  return NewNarrowText(text);
+}
+
+bool TMVUtilityFileImpl::PathExists(const char* path) {
+  return _waccess(SystemPath(path).get(), 0) == 0;
+}
+
+bool TMVUtilityFileImpl::GetFreeDiskSpace(uint64_t* result, const char* path) {
+  const WideText wide = ToWide(path);
+  TmvWideChar* end = wide.get();
+  while (*end != TMV_WIDE('\0') && *end != TMV_WIDE('\\')) ++end;
+  if (*end == TMV_WIDE('\0')) return false;
+  end[1] = TMV_WIDE('\0');
+  ULARGE_INTEGER free_to_caller;
+  if (!GetDiskFreeSpaceExW(wide.get(), &free_to_caller, nullptr, nullptr)) return false;
+  *result = free_to_caller.QuadPart;
+  return true;
+}
+
+bool TMVUtilityFileImpl::IsDirectory(const char* path) {
+  return PathIsDirectoryW(SystemPath(path).get()) != FALSE;
+}
+
+}  // namespace temvar
+
+TMVUtilityFile* TmvUtilityFile() { return &temvar::utility_file; }

@@ -1,0 +1,44 @@
+#include <limits>
+#include <string_view>
+
+#include "platform/win32.h"
+#include "utilities/string/utility_string_impl.h"
+#include "utilities/string/text.h"
+
+namespace temvar {
+
+TmvWideChar* TMVUtilityStringImpl::Utf8ToWide(const char* text) {
+  if (text == nullptr) return NewBlock<TmvWideChar>(1);
+  // Counts the terminator; 0 for ill-formed text, which leaves the zeroed block as it is.
+  const int size = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text, -1, nullptr, 0);
+  TmvWideChar* const wide = NewBlock<TmvWideChar>(static_cast<size_t>(size) + 2);
+  MultiByteToWideChar(CP_UTF8, 0, text, -1, wide, size);
+  return wide;
+}
+
+char* TMVUtilityStringImpl::WideToAnsi(const TmvWideChar* text) {
+  if (text == nullptr) return NewBlock<char>(1);
+  const size_t length = std::basic_string_view<TmvWideChar>(text).size();
+  // The system takes no longer text, and would read a negative length as "up to the terminator".
+  if (length > std::numeric_limits<int>::max()) return NewBlock<char>(1);
+  const int source_size = static_cast<int>(length);
+  const int size = WideCharToMultiByte(CP_ACP, 0, text, source_size, nullptr, 0, nullptr, nullptr);
+  char* const ansi = NewBlock<char>(static_cast<size_t>(size) + 1);
+  WideCharToMultiByte(CP_ACP, 0, text, source_size, ansi, size, nullptr, nullptr);
+  return ansi;
+}
+
+char* TMVUtilityStringImpl::WideToUtf8(const TmvWideChar* text) {
+  if (text == nullptr) return NewBlock<char>(1);
+  const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+  char* const utf8 = NewBlock<char>(static_cast<size_t>(size) + 1);
+  WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8, size, nullptr, nullptr);
+  return utf8;
+}
+
+char* TMVUtilityStringImpl::Utf8ToAnsi(const char* text) {
+  if (text == nullptr) return NewBlock<char>(1);
+  return WideToAnsi(WideText(Utf8ToWide(text)).get());
+}
+
+}  // namespace temvar

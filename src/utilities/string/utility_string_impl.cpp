@@ -1,0 +1,35 @@
+#include <cstdlib>
+#include <string_view>
+
+#include "utilities/string/utility_string_impl.h"
+#include "utilities/string/text.h"
+
+namespace temvar {
+
+namespace {
+constinit TMVUtilityStringImpl instance;
+}  // namespace
+
+TmvWideChar* TMVUtilityStringImpl::DupWideString(const TmvWideChar* text) {
+  return NewText(std::basic_string_view<TmvWideChar>(text));
+}
+
+char* TMVUtilityStringImpl::DupString(const char* text) { return NewNarrowText(text); }
+
+bool TMVUtilityStringImpl::IsNullOrEmpty(const char* text) {
+  return text == nullptr || *text == '\0';
+}
+
+const char* TMVUtilityStringImpl::SafeString(const char* text) {
+  return text == nullptr ? "" : text;
+}
+
+bool TMVUtilityStringImpl::IsBlankChar(int32_t character) {
+  return character == ' ' || character == '\t' || character == '\r';
+}
+
+void TMVUtilityStringImpl::FreeString(void* block) { std::free(block); }
+
+}  // namespace temvar
+
+TMVUtilityString* TmvUtilityString() { return &temvar::instance; }

@@ -1,0 +1,56 @@
+#include "platform/win32.h"
+#include "utilities/system/utility_sys_impl.h"
+
+namespace temvar {
+
+namespace {
+
+struct Version {
+  DWORD major = 0;
+  DWORD minor = 0;
+};
+
+bool GetWindowsVersion(Version& version) {
+  OSVERSIONINFOEXA info = {};
+  static_assert(sizeof(info) == 156);
+  info.dwOSVersionInfoSize = sizeof(info);
+  if (!GetVersionExA(reinterpret_cast<OSVERSIONINFOA*>(&info))) return false;
+  version = {info.dwMajorVersion, info.dwMinorVersion};
+  return true;
+}
+
+}  // namespace
+
+bool TMVUtilitySysImpl::IsVistaOrLater() {
+  Version version;
+  return !GetWindowsVersion(version) || version.major > 5;
+}
+
+bool TMVUtilitySysImpl::IsWindows7OrLater() {
+  Version version;
+  return !GetWindowsVersion(version) || version.major > 6 ||
+         (version.major == 6 && version.minor != 0);
+}
+
+bool TMVUtilitySysImpl::IsWindows8OrLater() {
+  Version version;
+  return GetWindowsVersion(version) &&
+         (version.major > 6 || (version.major == 6 && version.minor > 1));
+}
+
+bool TMVUtilitySysImpl::Is64BitSystem() {
+  if (Is64BitProcess()) return true;
+  using IsWow64ProcessFunction = BOOL(WINAPI*)(HANDLE, BOOL*);
+  // Through void (*)(): the look-up's own type can't be cast to another straight.
+  const auto found =
+      reinterpret_cast<void (*)()>(GetProcAddress(GetModuleHandleA("kernel32"), "IsWow64Process"));
+  const auto is_wow64_process = reinterpret_cast<IsWow64ProcessFunction>(found);
+  if (is_wow64_process == nullptr) return false;
+  BOOL result = FALSE;
+  is_wow64_process(GetCurrentProcess(), &result);
+  return result != FALSE;
+}
+
+bool TMVUtilitySysImpl::Is64BitProcess() { return false; }
+
+}  // namespace temvar
