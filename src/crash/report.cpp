@@ -8,7 +8,7 @@
 #include "crash/minidump_filter.h"
 #include "crash/report_state.h"
 #include "crash/running_reports.h"
-#include "platform/crash_heap.h"
+#include "platform/crash_steps.h"
 #include "platform/crash_thread.h"
 #include "temvar/utility_zip.h"
 #include "utilities/string/text.h"

@@ -30,7 +30,7 @@
 #include "platform/posix/types.h"
 
 #include "platform/posix/clock.h"
-#include "platform/posix/crash/crash.h"
+#include "platform/posix/crash/exceptions.h"
 #include "platform/posix/crypto.h"
 #include "platform/posix/files/files.h"
 #include "platform/posix/shell/shell.h"

@@ -12,7 +12,7 @@
 #ifndef TEMVAR_PLATFORM_POSIX_CRASH_MINIDUMP_DUMP_H_
 #define TEMVAR_PLATFORM_POSIX_CRASH_MINIDUMP_DUMP_H_
 
-#include "platform/posix/crash/crash.h"
+#include "platform/posix/crash/exceptions.h"
 
 namespace temvar::posix::minidump {
 

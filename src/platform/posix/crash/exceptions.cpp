@@ -1,12 +1,12 @@
-#include "platform/posix/crash/crash_dispatch.h"
+#include "platform/posix/crash/dispatch.h"
 
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
 
-#include "platform/posix/crash/crash.h"
-#include "platform/posix/crash/crash_signals.h"
+#include "platform/posix/crash/exceptions.h"
+#include "platform/posix/crash/signals.h"
 
 namespace {
 

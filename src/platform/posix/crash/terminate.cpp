@@ -1,4 +1,4 @@
-#include "platform/posix/crash/crash_terminate.h"
+#include "platform/posix/crash/terminate.h"
 
 #include <cxxabi.h>
 #include <sys/syscall.h>

@@ -1,6 +1,6 @@
 // Which threads are inside a crash report. Everything here is safe in a signal handler.
-#ifndef TEMVAR_PLATFORM_POSIX_CRASH_CRASH_REPORTS_H_
-#define TEMVAR_PLATFORM_POSIX_CRASH_CRASH_REPORTS_H_
+#ifndef TEMVAR_PLATFORM_POSIX_CRASH_WATCHDOG_H_
+#define TEMVAR_PLATFORM_POSIX_CRASH_WATCHDOG_H_
 
 namespace temvar::posix {
 
@@ -21,4 +21,4 @@ void DisarmWatchdog();
 
 }  // namespace temvar::posix
 
-#endif  // TEMVAR_PLATFORM_POSIX_CRASH_CRASH_REPORTS_H_
+#endif  // TEMVAR_PLATFORM_POSIX_CRASH_WATCHDOG_H_

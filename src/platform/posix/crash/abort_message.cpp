@@ -1,4 +1,4 @@
-#include "platform/posix/crash/crash_abort.h"
+#include "platform/posix/crash/abort_message.h"
 
 #include <dlfcn.h>
 

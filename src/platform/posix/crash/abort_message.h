@@ -1,5 +1,5 @@
-#ifndef TEMVAR_PLATFORM_POSIX_CRASH_CRASH_ABORT_H_
-#define TEMVAR_PLATFORM_POSIX_CRASH_CRASH_ABORT_H_
+#ifndef TEMVAR_PLATFORM_POSIX_CRASH_ABORT_MESSAGE_H_
+#define TEMVAR_PLATFORM_POSIX_CRASH_ABORT_MESSAGE_H_
 
 namespace temvar::posix {
 
@@ -17,4 +17,4 @@ bool IsHeapMessage(const char* text);
 
 }  // namespace temvar::posix
 
-#endif  // TEMVAR_PLATFORM_POSIX_CRASH_CRASH_ABORT_H_
+#endif  // TEMVAR_PLATFORM_POSIX_CRASH_ABORT_MESSAGE_H_

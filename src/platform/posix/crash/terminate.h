@@ -1,5 +1,5 @@
-#ifndef TEMVAR_PLATFORM_POSIX_CRASH_CRASH_TERMINATE_H_
-#define TEMVAR_PLATFORM_POSIX_CRASH_CRASH_TERMINATE_H_
+#ifndef TEMVAR_PLATFORM_POSIX_CRASH_TERMINATE_H_
+#define TEMVAR_PLATFORM_POSIX_CRASH_TERMINATE_H_
 
 #include <signal.h>
 
@@ -15,4 +15,4 @@ bool IsUncaughtException(const siginfo_t* info);
 
 }  // namespace temvar::posix
 
-#endif  // TEMVAR_PLATFORM_POSIX_CRASH_CRASH_TERMINATE_H_
+#endif  // TEMVAR_PLATFORM_POSIX_CRASH_TERMINATE_H_

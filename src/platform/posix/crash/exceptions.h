@@ -12,8 +12,8 @@
 // its signal handler and on its alternate stack if it has one (platform/crash_thread.h). Unless one
 // of them resumes execution, what handled the signal before this library gets its turn, normally
 // the default action: the parent sees the true signal. See posix/crash_signals.h for the rest.
-#ifndef TEMVAR_PLATFORM_POSIX_CRASH_CRASH_H_
-#define TEMVAR_PLATFORM_POSIX_CRASH_CRASH_H_
+#ifndef TEMVAR_PLATFORM_POSIX_CRASH_EXCEPTIONS_H_
+#define TEMVAR_PLATFORM_POSIX_CRASH_EXCEPTIONS_H_
 
 #include "platform/posix/types.h"
 
@@ -140,4 +140,4 @@ BOOL MiniDumpWriteDump(HANDLE process, DWORD process_id, HANDLE file, MINIDUMP_T
                        PMINIDUMP_USER_STREAM_INFORMATION user_streams,
                        PMINIDUMP_CALLBACK_INFORMATION callback);
 
-#endif  // TEMVAR_PLATFORM_POSIX_CRASH_CRASH_H_
+#endif  // TEMVAR_PLATFORM_POSIX_CRASH_EXCEPTIONS_H_

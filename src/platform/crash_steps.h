@@ -1,5 +1,5 @@
-#ifndef TEMVAR_PLATFORM_CRASH_HEAP_H_
-#define TEMVAR_PLATFORM_CRASH_HEAP_H_
+#ifndef TEMVAR_PLATFORM_CRASH_STEPS_H_
+#define TEMVAR_PLATFORM_CRASH_STEPS_H_
 
 namespace temvar {
 
@@ -10,4 +10,4 @@ void ExpectHeapInCrash();
 
 }  // namespace temvar
 
-#endif  // TEMVAR_PLATFORM_CRASH_HEAP_H_
+#endif  // TEMVAR_PLATFORM_CRASH_STEPS_H_

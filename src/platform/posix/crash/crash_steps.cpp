@@ -1,4 +1,4 @@
-#include "platform/posix/crash/crash_reports.h"
+#include "platform/posix/crash/watchdog.h"
 
 #include <pthread.h>
 #include <signal.h>
@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "platform/crash_heap.h"
+#include "platform/crash_steps.h"
 
 namespace temvar::posix {
 namespace {

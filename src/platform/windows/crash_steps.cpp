@@ -1,4 +1,4 @@
-#include "platform/crash_heap.h"
+#include "platform/crash_steps.h"
 
 namespace temvar {
 

@@ -1,4 +1,4 @@
-#include "platform/posix/crash/crash_signals.h"
+#include "platform/posix/crash/signals.h"
 
 #include <signal.h>
 #include <sys/syscall.h>
@@ -10,11 +10,11 @@
 #include <iterator>
 
 #include "platform/crash_thread.h"
-#include "platform/posix/crash/crash.h"
-#include "platform/posix/crash/crash_abort.h"
-#include "platform/posix/crash/crash_dispatch.h"
-#include "platform/posix/crash/crash_reports.h"
-#include "platform/posix/crash/crash_terminate.h"
+#include "platform/posix/crash/exceptions.h"
+#include "platform/posix/crash/abort_message.h"
+#include "platform/posix/crash/dispatch.h"
+#include "platform/posix/crash/watchdog.h"
+#include "platform/posix/crash/terminate.h"
 
 namespace temvar::posix {
 namespace {

@@ -9,8 +9,8 @@
 //    foreign handler, or the kernel's core dump, sees what ours saw.
 // 4. An uncaught C++ exception comes through std::terminate. It is sent to this thread as SIGABRT,
 //    so that it takes the same road; the terminate handler of before has its turn afterwards.
-#ifndef TEMVAR_PLATFORM_POSIX_CRASH_CRASH_SIGNALS_H_
-#define TEMVAR_PLATFORM_POSIX_CRASH_CRASH_SIGNALS_H_
+#ifndef TEMVAR_PLATFORM_POSIX_CRASH_SIGNALS_H_
+#define TEMVAR_PLATFORM_POSIX_CRASH_SIGNALS_H_
 
 namespace temvar::posix {
 
@@ -20,4 +20,4 @@ void InstallCrashHandlers();
 
 }  // namespace temvar::posix
 
-#endif  // TEMVAR_PLATFORM_POSIX_CRASH_CRASH_SIGNALS_H_
+#endif  // TEMVAR_PLATFORM_POSIX_CRASH_SIGNALS_H_

@@ -1,5 +1,5 @@
-#ifndef TEMVAR_PLATFORM_POSIX_CRASH_CRASH_DISPATCH_H_
-#define TEMVAR_PLATFORM_POSIX_CRASH_CRASH_DISPATCH_H_
+#ifndef TEMVAR_PLATFORM_POSIX_CRASH_DISPATCH_H_
+#define TEMVAR_PLATFORM_POSIX_CRASH_DISPATCH_H_
 
 #include <signal.h>
 #include <ucontext.h>
@@ -24,4 +24,4 @@ void CallAbortHandler();
 
 }  // namespace temvar::posix
 
-#endif  // TEMVAR_PLATFORM_POSIX_CRASH_CRASH_DISPATCH_H_
+#endif  // TEMVAR_PLATFORM_POSIX_CRASH_DISPATCH_H_
