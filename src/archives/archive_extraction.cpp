@@ -13,8 +13,8 @@
 #include "temvar/utility_string.h"
 #include "temvar/utility_unzip.h"
 #include "utilities/file/stream.h"
-#include "utilities/system/system_path.h"
 #include "utilities/string/text.h"
+#include "utilities/system/system_path.h"
 
 namespace temvar {
 

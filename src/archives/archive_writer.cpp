@@ -12,8 +12,8 @@
 #include "temvar/utility_file.h"
 #include "temvar/utility_string.h"
 #include "utilities/file/stream.h"
-#include "utilities/system/system_path.h"
 #include "utilities/string/text.h"
+#include "utilities/system/system_path.h"
 
 namespace temvar {
 

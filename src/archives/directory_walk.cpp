@@ -8,8 +8,8 @@
 
 #include "platform/links.h"
 #include "platform/win32.h"
-#include "utilities/system/system_path.h"
 #include "utilities/string/text.h"
+#include "utilities/system/system_path.h"
 
 namespace temvar {
 

@@ -1,8 +1,8 @@
+#include "archives/utility_unzip_impl.h"
 #include "archives/archive_extraction.h"
 #include "archives/archive_reader.h"
 #include "archives/entry_extraction.h"
 #include "archives/memory_compression.h"
-#include "archives/utility_unzip_impl.h"
 
 namespace temvar {
 

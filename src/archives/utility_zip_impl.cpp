@@ -1,6 +1,6 @@
+#include "archives/utility_zip_impl.h"
 #include "archives/directory_walk.h"
 #include "archives/memory_compression.h"
-#include "archives/utility_zip_impl.h"
 #include "temvar/utility_string.h"
 
 namespace temvar {

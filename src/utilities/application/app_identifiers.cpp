@@ -4,8 +4,8 @@
 #include <string>
 
 #include "temvar/utility_sys.h"
-#include "utilities/application/utility_app_impl.h"
 #include "utilities/application/identifier_state.h"
+#include "utilities/application/utility_app_impl.h"
 #include "utilities/string/text.h"
 
 namespace temvar {

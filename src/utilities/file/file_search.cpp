@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "platform/win32.h"
-#include "utilities/file/utility_file_impl.h"
 #include "utilities/file/stream.h"
+#include "utilities/file/utility_file_impl.h"
 #include "utilities/system/system_path.h"
 
 namespace temvar {

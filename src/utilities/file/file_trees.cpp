@@ -6,9 +6,9 @@
 
 #include "platform/win32.h"
 #include "utilities/file/utility_file_impl.h"
+#include "utilities/string/text.h"
 #include "utilities/system/folders.h"
 #include "utilities/system/system_path.h"
-#include "utilities/string/text.h"
 
 namespace temvar {
 namespace {

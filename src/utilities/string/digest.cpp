@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "platform/win32.h"
-#include "utilities/string/utility_string_impl.h"
 #include "utilities/string/text.h"
+#include "utilities/string/utility_string_impl.h"
 
 namespace temvar {
 

@@ -2,8 +2,8 @@
 #include <cstdio>
 
 #include "platform/win32.h"
-#include "utilities/string/utility_string_impl.h"
 #include "utilities/string/text.h"
+#include "utilities/string/utility_string_impl.h"
 
 namespace temvar {
 

@@ -15,8 +15,8 @@
 #include <string_view>
 
 #include "platform/large_stack.h"
-#include "utilities/string/utility_string_impl.h"
 #include "utilities/string/text.h"
+#include "utilities/string/utility_string_impl.h"
 
 namespace temvar {
 

@@ -1,8 +1,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "utilities/string/utility_string_impl.h"
 #include "utilities/string/text.h"
+#include "utilities/string/utility_string_impl.h"
 
 namespace temvar {
 

@@ -10,8 +10,8 @@
 
 #include "platform/win32.h"
 #include "utilities/string/numbers.h"
-#include "utilities/system/utility_sys_impl.h"
 #include "utilities/string/text.h"
+#include "utilities/system/utility_sys_impl.h"
 
 namespace temvar {
 

@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <limits>
 
-#include "utilities/system/utility_sys_impl.h"
 #include "utilities/string/text.h"
+#include "utilities/system/utility_sys_impl.h"
 
 namespace temvar {
 

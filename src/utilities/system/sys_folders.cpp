@@ -1,8 +1,8 @@
 #include <string_view>
 
 #include "platform/win32.h"
-#include "utilities/system/utility_sys_impl.h"
 #include "utilities/string/text.h"
+#include "utilities/system/utility_sys_impl.h"
 
 namespace temvar {
 

@@ -6,8 +6,8 @@
 #include "platform/win32.h"
 #include "temvar/utility_app.h"
 #include "temvar/utility_file.h"
-#include "utilities/system/utility_sys_impl.h"
 #include "utilities/string/text.h"
+#include "utilities/system/utility_sys_impl.h"
 
 namespace temvar {
 

@@ -10,11 +10,11 @@
 #include <iterator>
 
 #include "platform/crash_thread.h"
-#include "platform/posix/crash/exceptions.h"
 #include "platform/posix/crash/abort_message.h"
 #include "platform/posix/crash/dispatch.h"
-#include "platform/posix/crash/watchdog.h"
+#include "platform/posix/crash/exceptions.h"
 #include "platform/posix/crash/terminate.h"
+#include "platform/posix/crash/watchdog.h"
 
 namespace temvar::posix {
 namespace {

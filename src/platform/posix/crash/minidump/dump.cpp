@@ -5,13 +5,13 @@
 #include <ucontext.h>
 #include <unistd.h>
 
-#include "platform/posix/files/file_handle.h"
 #include "platform/posix/crash/minidump/context.h"
 #include "platform/posix/crash/minidump/dump_file.h"
 #include "platform/posix/crash/minidump/module_stream.h"
 #include "platform/posix/crash/minidump/stopped_threads.h"
 #include "platform/posix/crash/minidump/system_stream.h"
 #include "platform/posix/crash/minidump/thread_stream.h"
+#include "platform/posix/files/file_handle.h"
 
 namespace temvar::posix::minidump {
 namespace {
