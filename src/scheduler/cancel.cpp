@@ -1,6 +1,6 @@
 // Taking events back.
 #include "scheduler/task_schedular_impl.h"
-#include "tasks/bound_call.h"
+#include "tasks/task_func_impl.h"
 
 namespace temvar {
 

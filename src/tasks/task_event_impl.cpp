@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <typeinfo>
 
-#include "tasks/bound_call.h"
+#include "tasks/task_func_impl.h"
 
 namespace temvar {
 

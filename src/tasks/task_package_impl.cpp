@@ -6,7 +6,7 @@
 #include <typeinfo>
 
 #include "frame/lock_impl.h"
-#include "tasks/bound_call.h"
+#include "tasks/task_func_impl.h"
 
 namespace temvar {
 namespace {

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "tasks/bound_call.h"
+#include "tasks/task_func_impl.h"
 #include "tasks/task_event_impl.h"
 #include "tasks/task_package_impl.h"
 

@@ -1,4 +1,4 @@
-#include "tasks/bound_call.h"
+#include "tasks/task_func_impl.h"
 
 #include <memory>
 
