@@ -1,22 +1,21 @@
-// The objects that live as long as the library, in the order in which they are built; they go in
-// the reverse order. Nothing is made later than this, no accessor has a first call, and no thread
-// is started.
+// The objects that live as long as the library, in the order in which they are built; they are
+// destroyed in the reverse order. Nothing is made later than this, no accessor has a first call,
+// and no thread is started.
 #include <type_traits>
 
 #include "crash/report_state.h"
 #include "execution/task_pool_impl.h"
 #include "frame/lock_impl.h"
-#include "scheduler/sync.h"
 #include "scheduler/task_schedular_impl.h"
 #include "utilities/application/identifier_state.h"
 
 namespace temvar {
 namespace {
 
-// An object that is left as it is at the end of the process if the pool was not stopped: its
-// threads may still use it, and the process is to end at once. On Windows the threads are gone by
-// then, wherever they stood: to destroy a condition can wait for ever for a lock inside
-// libwinpthread (of mingw-w64 10) that one of them held.
+// An object that is not destroyed at the end of the process if the pool was not stopped: its
+// threads may still use it, and the process must end at once. On Windows the system has ended the
+// threads by then, at any point of their code: destroying a condition can wait for ever for a lock
+// inside libwinpthread (of mingw-w64 10) that one of them held.
 template <typename T>
 class StaticObject {
  public:
@@ -35,47 +34,51 @@ class StaticObject {
   Storage storage_;
 };
 
-StaticObject<LockTable> lock_table_object;
-StaticObject<Mutex> lock_table_guard_object;
-IdentifierState identifier_state;
-ReportPaths report_paths;
-StaticObject<RkTaskPoolImpl> pool_object;
-StaticObject<RkTaskSchedularImpl> schedular_object;
+StaticObject<LockTable> lockTableObject;
+StaticObject<Mutex> lockTableGuardObject;
+IdentifierState identifierState;
+ReportPaths reportPaths;
+StaticObject<RkTaskPoolImpl> poolObject;
+StaticObject<RkTaskSchedularImpl> schedularObject;
 
-constinit TMVLockImpl lock_object;
+constinit TMVLockImpl lockObject;
 
 }  // namespace
 
-IdentifierState& GetIdentifierState() { return identifier_state; }
+IdentifierState& GetIdentifierState() { return identifierState; }
 
-ReportPaths& GetReportPaths() { return report_paths; }
+ReportPaths& GetReportPaths() { return reportPaths; }
 
-LockTable& lock_table = lock_table_object.Get();
-Mutex& lock_table_guard = lock_table_guard_object.Get();
+LockTable& lockTable = lockTableObject.Get();
+Mutex& lockTableGuard = lockTableGuardObject.Get();
 
-Mutex registry_mutex;
-Mutex state_mutex;
-Mutex pause_mutex;
+Mutex registryMutex;
+Mutex stateMutex;
+Mutex pauseMutex;
 namespace {
-StaticObject<EventCount> drain_condition_object;
-StaticObject<Condition> resume_condition_object;
+
+StaticObject<EventCount> drainConditionObject;
+StaticObject<Condition> resumeConditionObject;
+
 }  // namespace
-EventCount& drain_condition = drain_condition_object.Get();
-Condition& resume_condition = resume_condition_object.Get();
-uint64_t resume_count = 0;
+
+EventCount& drainCondition = drainConditionObject.Get();
+Condition& resumeCondition = resumeConditionObject.Get();
+uint64_t resumeCount = 0;
 
 namespace {
-// The pool tells the scheduler when a worker is back.
-const bool schedular_observes_pool = [] {
-  pool_object.Get().AddObserver(&schedular_object.Get());
+
+// The pool notifies the scheduler when a worker has finished a task.
+const bool schedularObservesPool = [] {
+  poolObject.Get().AddObserver(&schedularObject.Get());
   return true;
 }();
-}  // namespace
 
+}  // namespace
 }  // namespace temvar
 
-TMVLock* TmvLock() { return &temvar::lock_object; }
+TMVLock* TmvLock() { return &temvar::lockObject; }
 
-RkTaskPool* TmvTaskPool() { return &temvar::pool_object.Get(); }
+RkTaskPool* TmvTaskPool() { return &temvar::poolObject.Get(); }
 
-RkTaskSchedular* TmvTaskSchedular() { return &temvar::schedular_object.Get(); }
+RkTaskSchedular* TmvTaskSchedular() { return &temvar::schedularObject.Get(); }

@@ -1,11 +1,12 @@
 // Which queued and running tasks belong to an event. The scheduler knows; it is asked without any
-// lock of the pool, over a copy, since its own steps enter the pool with their locks held.
+// lock of the pool, over a copy, since its own steps enter the pool with their locks held. It is
+// asked through its interface, as a host would, so that the pool doesn't depend on its
+// implementation.
 #include <algorithm>
-#include <cstdlib>
-#include <new>
 #include <string_view>
 
 #include "execution/task_pool_impl.h"
+#include "tasks/task_list_builder.h"
 #include "temvar/task_schedular.h"
 
 namespace temvar {
@@ -29,29 +30,6 @@ bool IsCalled(const Ref<RkTaskImpl>& event, std::string_view name) {
   return std::string_view(event->GetName()) == name;
 }
 
-// Builds a list in order and releases it if the building fails.
-class TaskListBuilder {
- public:
-  TaskListBuilder() = default;
-  ~TaskListBuilder() { TmvTaskPool()->FreeTaskList(head_); }
-  TaskListBuilder(const TaskListBuilder&) = delete;
-  TaskListBuilder& operator=(const TaskListBuilder&) = delete;
-
-  void Append(Ref<RkTaskImpl> task) {
-    auto* const node = static_cast<TaskListNode*>(std::malloc(sizeof(TaskListNode)));
-    if (node == nullptr) throw std::bad_alloc();
-    *node = {task.Detach(), nullptr};
-    *end_ = node;
-    end_ = &node->next;
-  }
-
-  TaskListNode* Finish() { return std::exchange(head_, nullptr); }
-
- private:
-  TaskListNode* head_ = nullptr;
-  TaskListNode** end_ = &head_;
-};
-
 }  // namespace
 
 uint32_t RkTaskPoolImpl::RemoveQueued(const char* name) {
@@ -65,7 +43,7 @@ uint32_t RkTaskPoolImpl::RemoveQueued(const char* name) {
   }
   std::vector<uint64_t> serials;
   for (const PendingTask& entry : queued) {
-    // A cancel that still waits for its turn belongs to no event and must not be lost.
+    // A cancel that is still queued belongs to no event and must not be lost.
     if (entry.task->IsInternal()) continue;
     const Ref<RkTaskImpl> owner = OwnerOf(*entry.task);
     if (!owner || IsCalled(owner, name)) serials.push_back(entry.serial);
@@ -73,7 +51,7 @@ uint32_t RkTaskPoolImpl::RemoveQueued(const char* name) {
   return static_cast<uint32_t>(ExtractQueued(serials).size());
 }
 
-// Takes the entries with these serials, in ascending order, out of the queue.
+// Takes the entries with these serials, which ascend, out of the queue.
 std::vector<RkTaskPoolImpl::PendingTask> RkTaskPoolImpl::ExtractQueued(
     const std::vector<uint64_t>& serials) {
   std::vector<PendingTask> extracted;
@@ -112,13 +90,6 @@ TaskListNode* RkTaskPoolImpl::ListRunning(const char* name, uint32_t& count) {
   return list.Finish();
 }
 
-void RkTaskPoolImpl::FreeTaskList(TaskListNode* list) {
-  while (list != nullptr) {
-    TaskListNode* const next = list->next;
-    DestroyRkTask(list->task);
-    std::free(list);
-    list = next;
-  }
-}
+void RkTaskPoolImpl::FreeTaskList(TaskListNode* list) { ReleaseTaskList(list); }
 
 }  // namespace temvar

@@ -1,4 +1,4 @@
-// How the pool comes to life and how it ends.
+// How the pool starts and how it ends.
 #include <system_error>
 
 #include "execution/task_pool_impl.h"
@@ -38,7 +38,7 @@ void RkTaskPoolImpl::Stop() {
   dispatcher_.join();
   StopWorkers();
 
-  // What is left goes without the lock: releasers are host code.
+  // What is left is released without the lock: releasers are host code.
   std::vector<Ref<RkTaskImpl>> running;
   std::deque<PendingTask> pending;
   {
@@ -49,6 +49,8 @@ void RkTaskPoolImpl::Stop() {
     pending.swap(pendingTasks_);
     NotePending();
   }
+  // Cleared by hand, front first: the destructors promise no order, and hosts see it in their
+  // releasers.
   running.clear();
   while (!pending.empty()) pending.pop_front();
   running_.store(false, std::memory_order_release);
@@ -71,8 +73,8 @@ void RkTaskPoolImpl::StopWorkers() {
   threads_.clear();
 }
 
-// A worker that ends leaves an assignment that it had not begun as it is. The pool gave it the
-// references, so the pool takes them back.
+// A worker that ends leaves an assignment that it has not begun as it is. The references came from
+// the pool, so the pool takes them back.
 void RkTaskPoolImpl::Forget(RkTaskThreadImpl& worker) {
   // Dropped when the locks are free.
   Ref<RkTaskImpl> task;

@@ -63,7 +63,7 @@ void RkTaskPoolImpl::MarkRunning(RkTaskThread* thread) {
 void RkTaskPoolImpl::ThreadIdle(RkTaskThread* thread) {
   RkTaskThreadImpl* const worker = ToImpl(thread);
   if (worker == nullptr) return;
-  // These go when the locks are free: each may be the last reference, and a releaser is host code.
+  // Dropped when the locks are free: each may be the last reference, and a releaser is host code.
   Ref<RkTaskImpl> task;
   Ref<RkTaskFuncImpl> func;
   Ref<RkTaskImpl> running;
@@ -86,9 +86,8 @@ void RkTaskPoolImpl::ThreadIdle(RkTaskThread* thread) {
   if (paired != nullptr && paired != worker) paired->Wake();
 }
 
-// A worker that comes back while tasks wait and nobody else is idle would be the oldest idle one:
-// it takes the oldest task without a way through the idle queue, and goes among the running at
-// once.
+// A worker that comes back while tasks wait and no other is idle would be the oldest idle one: it
+// takes the oldest task without entering the idle queue, and joins the running tasks at once.
 bool RkTaskPoolImpl::TakeNext(RkTaskThreadImpl& worker) {
   if (idleCount_ > 0 || stopRequested_ || !HasQueued()) return false;
   AssignOldest(worker);
@@ -99,6 +98,9 @@ bool RkTaskPoolImpl::TakeNext(RkTaskThreadImpl& worker) {
   return true;
 }
 
+// With a flag set the wait is 5 seconds that nothing ends, as documented. The dispatcher doesn't
+// get there: it looks at the flag under queueMutex_ first. Stop is delayed by this only if a host
+// calls the operation itself.
 void RkTaskPoolImpl::WaitForWork() {
   if (stopRequested_ || exitWhenIdle_) {
     pollCondition_.WaitFor(queueMutex_, std::chrono::seconds(5), [] { return false; });
@@ -111,9 +113,9 @@ void RkTaskPoolImpl::WaitForWork() {
   dispatcherSleeps_ = false;
 }
 
-// Tasks wait and no worker is idle. Whoever becomes idle makes the next pass itself; this wait is
-// only the told bound behind it. It never lasts less than a millisecond, so that no setting makes
-// it spin.
+// Tasks wait and no worker is idle. The next worker that becomes idle makes the pass itself; this
+// wait is only the documented upper bound. It never lasts less than a millisecond, so that no
+// setting makes it spin.
 void RkTaskPoolImpl::WaitForPoll() {
   const std::chrono::milliseconds bound(std::max(pollInterval_.load(), 1));
   pollCondition_.WaitFor(queueMutex_, bound, [this] { return stopRequested_.load(); });
@@ -124,7 +126,7 @@ uint32_t RkTaskPoolImpl::GetQueuedCount() {
   return pendingCount_ + static_cast<uint32_t>(incoming_.size());
 }
 
-// Whether a task is queued. If one is, the oldest stands at the front of pendingTasks_ afterwards.
+// Whether a task is queued. If one is, the oldest is at the front of pendingTasks_ afterwards.
 bool RkTaskPoolImpl::HasQueued() {
   if (pendingTasks_.empty()) {
     MutexLock incoming(incomingMutex_);
@@ -133,7 +135,7 @@ bool RkTaskPoolImpl::HasQueued() {
   return !pendingTasks_.empty();
 }
 
-// Moves what was added since behind pendingTasks_.
+// Appends the incoming tasks to pendingTasks_.
 void RkTaskPoolImpl::FetchIncoming() {
   if (pendingTasks_.empty()) {
     pendingTasks_.swap(incoming_);
@@ -144,9 +146,9 @@ void RkTaskPoolImpl::FetchIncoming() {
   NotePending();
 }
 
-// The oldest queued task goes to the worker that has been idle longest. The caller wakes it without
-// queueMutex_, which is the first that a woken worker needs, and with idleMutex_, without which
-// Stop can't end it.
+// Assigns the oldest queued task to the worker that has been idle longest. The caller wakes it
+// without queueMutex_, which a woken worker needs first, and with idleMutex_, which keeps the
+// worker alive: its Stop needs that mutex before the worker may be destroyed.
 RkTaskThreadImpl* RkTaskPoolImpl::PairOldest() {
   RkTaskThreadImpl* const worker = idleThreads_.front();
   AssignOldest(*worker);
@@ -163,13 +165,13 @@ void RkTaskPoolImpl::AssignOldest(RkTaskThreadImpl& worker) {
   pendingTasks_.pop_front();
   NotePending();
   if (pendingTasks_.empty()) return;
-  // The next worker waits for these to come from memory: a queue may be longer than the caches.
+  // The next worker needs these first, and a long queue doesn't fit into the caches.
   __builtin_prefetch(pendingTasks_.front().task.get());
   __builtin_prefetch(pendingTasks_.front().func.get());
 }
 
-// Takes the first entry of this task out of the running list and tells so. The result keeps its
-// reference.
+// Takes the first entry of this task out of the running list and notifies the observers. The result
+// keeps the list's reference.
 Ref<RkTaskImpl> RkTaskPoolImpl::TakeRunning(RkTaskImpl* task) {
   const auto hit =
       std::find_if(runningTasks_.begin(), runningTasks_.end(),

@@ -20,14 +20,14 @@ namespace temvar {
 // 1. idleMutex_ comes before queueMutex_, and that before incomingMutex_. None is held while the
 //    scheduler is asked for the owner of a task, nor while a reference is dropped that may be the
 //    last.
-// 2. The queue has two parts: who adds appends to incoming_ and meets nobody but others who add;
-//    who takes moves all of it behind pendingTasks_ when that is empty. Both together are the
-//    queue.
-// 3. A pass of pairing is made by whoever brings one of its halves: the thread that adds a task,
-//    the worker that becomes idle, and the dispatcher. So tasks wait only while no worker is idle.
-//    AddTask looks at idleCount_ after it has appended, and ThreadIdle looks at the queue after it
-//    has raised idleCount_: one of them sees the other, since both pass through incomingMutex_. The
-//    same holds for AddTask and a dispatcher that goes to sleep, with dispatcherSleeps_.
+// 2. The queue has two parts, pendingTasks_ and then incoming_. Adding appends to incoming_ and
+//    contends with other adding threads only; taking moves all of it to pendingTasks_ when that is
+//    empty.
+// 3. A pass of pairing is made by the thread that adds a task, by the worker that becomes idle, and
+//    by the dispatcher. So tasks wait only while no worker is idle. AddTask looks at idleCount_
+//    after it has appended, and ThreadIdle looks at the queue after it has raised idleCount_: one
+//    of them sees the other, since both lock incomingMutex_. The same holds for AddTask and a
+//    dispatcher that goes to sleep, with dispatcherSleeps_.
 // 4. The flags are set by Stop under queueMutex_, and a pass reads them under it: once Stop has
 //    begun nobody pairs.
 // 5. threads_ and dispatcher_ belong to the thread that calls Start and Stop.
@@ -50,7 +50,7 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   TaskListNode* ListRunning(const char* name, uint32_t& count) override;
   void FreeTaskList(TaskListNode* list) override;
 
-  // For a worker that has ended: it must not be assigned anything any more, and a task that it was
+  // For a worker that has ended: nothing must be assigned to it any more, and a task that it was
   // about to begin is released, so that nobody waits for it.
   void Forget(RkTaskThreadImpl& worker);
 
@@ -111,7 +111,7 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   uint64_t nextSerial_ TMV_GUARDED_BY(incomingMutex_) = 0;
 };
 
-// The implementation behind an interface pointer; null for null and for what is not of this
+// The implementation of an interface pointer; null for null and for an object that is not of this
 // library.
 RkTaskPoolImpl* ToImpl(RkTaskPool* pool);
 

@@ -7,7 +7,6 @@
 #include "execution/task_pool_impl.h"
 #include "platform/crash_thread.h"
 #include "platform/thread_name.h"
-#include "tasks/current_task.h"
 
 namespace temvar {
 
@@ -17,8 +16,8 @@ void RkTaskThreadImpl::ReportIdle() {
 
 void RkTaskThreadImpl::Start() { thread_ = std::thread(&RkTaskThreadImpl::ThreadMain, this); }
 
-// A thread that joins itself is refused here already: ThreadSanitizer (GCC 12) takes the system's
-// own refusal for a join, and ends the process at the real one.
+// A thread that joins itself is refused before the system refuses it: ThreadSanitizer (GCC 12)
+// takes that refusal for a join, and ends the process at the real one.
 void RkTaskThreadImpl::Join() {
   if (IsCurrentThread()) {
     throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
@@ -53,15 +52,15 @@ void RkTaskThreadImpl::TakeAssignment(Ref<RkTaskImpl>& task, Ref<RkTaskFuncImpl>
   func = Ref<RkTaskFuncImpl>::Adopt(std::exchange(func_, nullptr));
 }
 
-// From here on a pause that is asked for on this thread, by the releaser of what ran before, must
-// not wait for the task.
+// A releaser of the previous task may call PauseEvent on this thread; such a pause must not wait
+// for the task from here on.
 void RkTaskThreadImpl::SetMarkedRunning() {
   markedRunning_ = true;
-  current_task = AssignedTask();
+  currentTask = AssignedTask();
 }
 
 void RkTaskThreadImpl::ThreadMain() {
-  const CrashThreadScope crash_stack;
+  const CrashThreadScope crashStack;
   SetCurrentThreadName("temvar-worker");
   Lock();
   while (!stopRequested_.load(std::memory_order_acquire)) {
@@ -85,10 +84,10 @@ void RkTaskThreadImpl::RunAssignment() {
   const Ref<RkTaskDataImpl> data = func_->Data();
   if (!marked && pool_ != nullptr) pool_->MarkRunning(this);
   if (const RkTaskCallback callback = func_->GetCallback()) {
-    current_task = task;
+    currentTask = task;
     callback(task, data.get());
   }
-  current_task = nullptr;
+  currentTask = nullptr;
 }
 
 RkTaskThreadImpl* ToImpl(RkTaskThread* thread) {

@@ -17,9 +17,9 @@ namespace temvar {
 // Thread-safety:
 // 1. The thread holds mutex_ except while it waits and in the gap between two rounds, so a Stop
 //    waits for a running callback.
-// 2. The assignment is written by the pool, under its idleMutex, while the worker stands in the
-//    idle queue, and only if there is none; or by the worker's own thread on its way back to the
-//    pool. func_ is published by task_.
+// 2. The assignment is written by the pool, under its idleMutex, while the worker is in the idle
+//    queue, and only if there is none; or by the worker's own thread on its way back to the pool.
+//    func_ is published by task_.
 // 3. A wake-up is remembered by wake_, and the worker sleeps until it has an assignment or is to
 //    stop. So an assignment that comes before the wait is not lost, and a wake-up without one
 //    doesn't put the worker in the idle queue twice.
@@ -40,7 +40,7 @@ class RkTaskThreadImpl final : public RkTaskThread {
   void Assign(Ref<RkTaskImpl> task, Ref<RkTaskFuncImpl> func);
   void TakeAssignment(Ref<RkTaskImpl>& task, Ref<RkTaskFuncImpl>& func);
   bool HasFunc() const { return func_ != nullptr; }
-  // The assignment stands in the list of running tasks already. By the worker's own thread only.
+  // The assignment is in the list of running tasks already. By the worker's own thread only.
   void SetMarkedRunning();
   bool IsMarkedRunning() const { return markedRunning_; }
   RkTaskImpl* AssignedTask() const { return task_.load(std::memory_order_acquire); }
@@ -62,7 +62,7 @@ class RkTaskThreadImpl final : public RkTaskThread {
   std::thread thread_;
 };
 
-// The implementation behind an interface pointer; null for null and for what is not of this
+// The implementation of an interface pointer; null for null and for an object that is not of this
 // library.
 RkTaskThreadImpl* ToImpl(RkTaskThread* thread);
 

@@ -5,12 +5,12 @@ namespace temvar {
 void TMVLockImpl::Lock(void* key) {
   std::shared_ptr<KeyedMutex> keyed;
   {
-    MutexLock guard(lock_table_guard);
+    MutexLock guard(lockTableGuard);
     const auto number = reinterpret_cast<uintptr_t>(key);
-    const auto entry = lock_table.find(number);
-    if (entry == lock_table.end()) {
+    const auto entry = lockTable.find(number);
+    if (entry == lockTable.end()) {
       keyed = std::make_shared<KeyedMutex>();
-      lock_table.emplace(number, keyed);
+      lockTable.emplace(number, keyed);
     } else {
       keyed = entry->second;
     }
@@ -23,17 +23,18 @@ void TMVLockImpl::Lock(void* key) {
 void TMVLockImpl::Unlock(void* key) {
   std::shared_ptr<KeyedMutex> keyed;
   {
-    MutexLock guard(lock_table_guard);
-    const auto entry = lock_table.find(reinterpret_cast<uintptr_t>(key));
-    if (entry == lock_table.end()) return;
+    MutexLock guard(lockTableGuard);
+    const auto entry = lockTable.find(reinterpret_cast<uintptr_t>(key));
+    if (entry == lockTable.end()) return;
     keyed = entry->second;
-    // The entry of the last user goes before the mutex is free: whoever comes next makes a fresh
-    // one.
-    if (--keyed->users == 0) lock_table.erase(entry);
+    // The last user erases the entry before it unlocks. A thread that locks the key from now on
+    // makes a new mutex and doesn't wait for this one.
+    if (--keyed->users == 0) lockTable.erase(entry);
   }
   keyed->mutex.unlock();
 }
 
+// Through the exported service, so that a host can lock the same key.
 KeyedLock::KeyedLock(const void* key) : key_(const_cast<void*>(key)) { TmvLock()->Lock(key_); }
 
 KeyedLock::~KeyedLock() { TmvLock()->Unlock(key_); }

@@ -1,4 +1,4 @@
-// A mutex for any address, made on first use and dropped when its last user lets go.
+// A mutex for any address, made on first use and dropped by its last user.
 #ifndef TEMVAR_FRAME_LOCK_IMPL_H_
 #define TEMVAR_FRAME_LOCK_IMPL_H_
 
@@ -13,19 +13,20 @@
 
 namespace temvar {
 
-// The mutex of one key. `users` counts the threads that hold it or wait for it; lock_table_guard
-// guards the count. The use count of the shared pointer would not do: a thread that is about to
-// leave Unlock still has a copy, and the next one's Unlock would leave the entry behind for good.
+// The mutex of one key. `users` counts the threads that hold it or wait for it; lockTableGuard
+// guards the count. The use count of the shared pointer is not enough: a thread that is about to
+// leave Unlock still has a copy, and the Unlock of the next one would then leave the entry in the
+// table for ever.
 struct KeyedMutex {
   std::mutex mutex;
   uint32_t users = 0;
 };
 
-// Invariant: an entry stands in the table exactly while its key has users.
+// Invariant: the table has an entry for a key exactly while the key has users.
 using LockTable = std::map<uintptr_t, std::shared_ptr<KeyedMutex>>;
 
-extern LockTable& lock_table;
-extern Mutex& lock_table_guard;
+extern LockTable& lockTable;
+extern Mutex& lockTableGuard;
 
 class TMVLockImpl final : public TMVLock {
  public:

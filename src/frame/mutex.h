@@ -13,7 +13,22 @@
 #include <cstdint>
 #include <mutex>
 
-#include "frame/thread_annotations.h"
+// Names for clang's thread-safety analysis; other compilers see nothing.
+#if defined(__clang__)
+#define TMV_THREAD_ATTRIBUTE(x) __attribute__((x))
+#else
+#define TMV_THREAD_ATTRIBUTE(x)
+#endif
+
+#define TMV_CAPABILITY(name) TMV_THREAD_ATTRIBUTE(capability(name))
+#define TMV_SCOPED_CAPABILITY TMV_THREAD_ATTRIBUTE(scoped_lockable)
+#define TMV_GUARDED_BY(mutex) TMV_THREAD_ATTRIBUTE(guarded_by(mutex))
+#define TMV_ACQUIRED_AFTER(...) TMV_THREAD_ATTRIBUTE(acquired_after(__VA_ARGS__))
+#define TMV_REQUIRES(...) TMV_THREAD_ATTRIBUTE(requires_capability(__VA_ARGS__))
+#define TMV_EXCLUDES(...) TMV_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
+#define TMV_ACQUIRE(...) TMV_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
+#define TMV_RELEASE(...) TMV_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
+#define TMV_NO_THREAD_SAFETY_ANALYSIS TMV_THREAD_ATTRIBUTE(no_thread_safety_analysis)
 
 namespace temvar {
 
@@ -84,11 +99,11 @@ class Condition {
   std::atomic<int> waiters_{0};
 };
 
-// Lets threads wait for a state whose changes are told while other locks are held:
+// Lets threads wait for a state whose changes are announced while other locks are held:
 //   for (;;) { key = PrepareWait(); if (test()) { CancelWait(); break; } Wait(key); }
 // The state changes under a mutex that the test takes, and NotifyAll comes after the change. So a
-// waiter whose test missed the change has registered before it and is seen: no notification is
-// lost, and one without waiters costs a read.
+// waiter whose test missed the change has registered before it, and NotifyAll sees it: no
+// notification is lost, and one without waiters costs a read.
 class EventCount {
  public:
   using Key = uint64_t;

@@ -6,7 +6,7 @@
 
 namespace temvar {
 
-// T has AddRef and Release. Ref(pointer) adds a reference; Ref::Adopt takes over one that exists.
+// T has AddRef and Release. Ref(pointer) adds a reference; Ref::Adopt takes over an existing one.
 template <typename T>
 class Ref {
  public:
@@ -30,7 +30,7 @@ class Ref {
     return ref;
   }
 
-  // Gives the reference up to the caller.
+  // Passes the reference to the caller.
   T* Detach() { return std::exchange(object_, nullptr); }
 
   T* get() const { return object_; }

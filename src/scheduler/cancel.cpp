@@ -1,4 +1,5 @@
-// Taking events back.
+// Cancelling events. The scheduler calls its own operations and the pool's through their
+// interfaces, as a host does, so that each step exists once.
 #include "scheduler/task_schedular_impl.h"
 #include "tasks/task_func_impl.h"
 
@@ -24,14 +25,14 @@ void RkTaskSchedularImpl::CancelEventEx(const char* name, bool remove) {
   if (remove) RemoveIfRegistered(*event);
 }
 
-// The entry may have gone meanwhile, or the name may stand for another event by now.
+// The entry may be gone meanwhile, or the name may be that of another event by now.
 void RkTaskSchedularImpl::RemoveIfRegistered(const RkTaskEventImpl& event) {
   EventRef removed;
   {
-    MutexLock registry(registry_mutex);
+    MutexLock registry(registryMutex);
     removed = ExtractEvent(event);
   }
-  if (removed) drain_condition.NotifyAll();
+  if (removed) drainCondition.NotifyAll();
 }
 
 bool RkTaskSchedularImpl::CancelEventOfTask(const char* taskName) {
@@ -56,22 +57,23 @@ void RkTaskSchedularImpl::RunCancel(RkTaskEventImpl& event) {
 void RkTaskSchedularImpl::CancelActiveTasks(RkTaskEventImpl& event) {
   TaskRefs swept;  // Dropped when the mutexes are free.
   {
-    MutexLock registry(registry_mutex);
-    MutexLock state(state_mutex);
+    MutexLock registry(registryMutex);
+    MutexLock state(stateMutex);
     SweepEvent(event, kTaskStateActive, kTaskStateCancelled, swept);
     for (const Ref<RkTaskImpl>& task : swept) cancelledNames_.insert(task->Name());
   }
   EndPauseWaits(event);
 }
 
-// Waits until no task of the event runs. Once the event has left the registry the pool finds none.
+// Waits until no task of the event runs. The pool finds none of an event that has left the
+// registry.
 void RkTaskSchedularImpl::AwaitDrain(RkTaskEventImpl& event) {
   for (;;) {
-    const EventCount::Key key = drain_condition.PrepareWait();
+    const EventCount::Key key = drainCondition.PrepareWait();
     bool drained = false;
     {
       const RunningTasks running(event.GetName());
-      MutexLock pause(pause_mutex);
+      MutexLock pause(pauseMutex);
       const int64_t count = running.Count();
       if (event.LoadDrainCount() <= 0 || event.LoadDrainCount() > count) {
         event.StoreDrainCount(count);
@@ -79,13 +81,13 @@ void RkTaskSchedularImpl::AwaitDrain(RkTaskEventImpl& event) {
       drained = event.LoadDrainCount() == 0;
     }
     if (drained) break;
-    drain_condition.Wait(key);
+    drainCondition.Wait(key);
   }
-  drain_condition.CancelWait();
+  drainCondition.CancelWait();
 }
 
 bool RkTaskSchedularImpl::IsTaskCancelled(const char* name) {
-  MutexLock state(state_mutex);
+  MutexLock state(stateMutex);
   return cancelledNames_.count(name == nullptr ? "" : name) != 0;
 }
 

@@ -10,13 +10,13 @@ namespace temvar {
 
 void RkTaskSchedularImpl::Update(void* /*data*/, const char* key) {
   if (key == nullptr) return;
-  if (std::strcmp(key, kTaskPoolAddThreadToPool) == 0) drain_condition.NotifyAll();
+  if (std::strcmp(key, kTaskPoolAddThreadToPool) == 0) drainCondition.NotifyAll();
 }
 
 void RkTaskSchedularImpl::AddEvent(RkTask* event) {
   RkTaskEventImpl* const impl = ToEvent(ToImpl(event));
   if (impl == nullptr) return;
-  MutexLock registry(registry_mutex);
+  MutexLock registry(registryMutex);
   StoreEvent(impl);
   for (const Ref<RkTaskImpl>& entry : impl->Packages()) {
     RkTaskPackageImpl* const package = ToPackage(entry.get());
@@ -53,10 +53,10 @@ void RkTaskSchedularImpl::TaskFailed(RkTask* task) {
 void RkTaskSchedularImpl::CompletePlain(RkTaskImpl& task, int32_t state) {
   const Owners owners = FindOwners(TaskName(task.Name()));
   if (!owners.package) return;
-  MutexLock registry(registry_mutex);
+  MutexLock registry(registryMutex);
   AwaitResume(task);
   const bool cancelled = task.State() == kTaskStateCancelled;
-  MutexLock stateLock(state_mutex);
+  MutexLock stateLock(stateMutex);
   task.SetState(state);
   if (cancelled) return;
   if (state == kTaskStateFailed && !owners.package->ContinueOnFailure()) {
@@ -70,19 +70,19 @@ void RkTaskSchedularImpl::CompletePlain(RkTaskImpl& task, int32_t state) {
 // registry mutex, which ResumeEvent needs, and looks again under it.
 void RkTaskSchedularImpl::AwaitResume(RkTaskImpl& task) {
   while (task.State() == kTaskStatePaused) {
-    registry_mutex.Unlock();
+    registryMutex.Unlock();
     int32_t state = 0;
     {
-      MutexLock pause(pause_mutex);
+      MutexLock pause(pauseMutex);
       state = PausePointLocked(&task);
     }
     // Woken for another event, or the event has left the registry.
     if (state == kTaskStatePaused) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    registry_mutex.Lock();
+    registryMutex.Lock();
   }
 }
 
-// Queues the next child, or the package itself behind its last child.
+// Queues the next child, or after the last child the package itself.
 void RkTaskSchedularImpl::Advance(RkTaskPackageImpl& package, int32_t lastState) {
   const size_t next = size_t{package.CurrentIndex()} + 1;
   if (next >= package.Tasks().size()) {
@@ -101,15 +101,15 @@ void RkTaskSchedularImpl::EndPackage(RkTaskPackageImpl& package, int32_t state) 
 void RkTaskSchedularImpl::CompletePackage(RkTaskImpl& package) {
   EventRef event;
   EventRef removed;  // Dropped when the mutexes are free.
-  MutexLock registry(registry_mutex);
+  MutexLock registry(registryMutex);
   event = FindEventListing(&package);
   if (!event) return;
   event->AddFinishedPackage();
   if (!event->ResetFinishedIfEqual(static_cast<int64_t>(event->Packages().size()))) return;
   removed = ExtractEvent(*event);
-  drain_condition.NotifyAll();
+  drainCondition.NotifyAll();
   {
-    MutexLock state(state_mutex);
+    MutexLock state(stateMutex);
     event->SetState(package.State());
   }
   ScheduleTask(event.get());

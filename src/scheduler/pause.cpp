@@ -1,8 +1,7 @@
-// Holding events and letting them go on.
+// Pausing and resuming events.
 #include <algorithm>
 
 #include "scheduler/task_schedular_impl.h"
-#include "tasks/current_task.h"
 
 namespace temvar {
 
@@ -18,22 +17,22 @@ void RkTaskSchedularImpl::PauseEvent(const char* name) {
   if (!event) return;
   const uint64_t generation = BeginPause(*event);
   for (;;) {
-    const EventCount::Key key = drain_condition.PrepareWait();
+    const EventCount::Key key = drainCondition.PrepareWait();
     if (IsPauseOver(*event, generation)) break;
-    drain_condition.Wait(key);
+    drainCondition.Wait(key);
   }
-  drain_condition.CancelWait();
+  drainCondition.CancelWait();
 }
 
-// Moves the active tasks to paused and lists those among them that run. Gives the generation of the
-// pause.
+// Moves the active tasks to paused and lists those among them that run. Returns the generation of
+// the pause.
 uint64_t RkTaskSchedularImpl::BeginPause(RkTaskEventImpl& event) {
   TaskRefs swept;
   uint64_t generation = 0;
   {
-    MutexLock pause(pause_mutex);
-    MutexLock registry(registry_mutex);
-    MutexLock state(state_mutex);
+    MutexLock pause(pauseMutex);
+    MutexLock registry(registryMutex);
+    MutexLock state(stateMutex);
     // An event that was removed meanwhile could never be resumed by its name.
     if (HoldsEvent(event)) SweepEvent(event, kTaskStateActive, kTaskStatePaused, swept);
     generation = event.pauseGeneration;
@@ -42,12 +41,12 @@ uint64_t RkTaskSchedularImpl::BeginPause(RkTaskEventImpl& event) {
 
   const RunningTasks running(event.GetName());
   TaskRefs waitedFor;
-  MutexLock pause(pause_mutex);
+  MutexLock pause(pauseMutex);
   for (const TaskListNode* node = running.First(); node != nullptr; node = node->next) {
     RkTaskImpl* const task = ToImpl(node->task);
-    // A task that stands at a pause point already will not arrive at one, and a task that pauses
+    // A task that waits at a pause point already will not reach another one, and a task that pauses
     // its own event would wait for itself.
-    if (task->parkedCount == 0 && task != current_task) waitedFor.emplace_back(task);
+    if (task->parkedCount == 0 && task != currentTask) waitedFor.emplace_back(task);
   }
   event.StoreDrainCount(static_cast<int64_t>(waitedFor.size()));
   waitedFor.swap(event.pausedTasks);
@@ -60,7 +59,7 @@ bool RkTaskSchedularImpl::IsPauseOver(RkTaskEventImpl& event, uint64_t generatio
   const bool registered = IsRegistered(event);
   const RunningTasks running(event.GetName());
   TaskRefs gone;  // Dropped when the mutex is free.
-  MutexLock pause(pause_mutex);
+  MutexLock pause(pauseMutex);
   if (!registered || event.pauseGeneration != generation) return true;
   const auto firstGone = std::stable_partition(
       event.pausedTasks.begin(), event.pausedTasks.end(),
@@ -74,28 +73,28 @@ bool RkTaskSchedularImpl::IsPauseOver(RkTaskEventImpl& event, uint64_t generatio
 // Ends every PauseEvent that waits for this event.
 void RkTaskSchedularImpl::EndPauseWaits(RkTaskEventImpl& event) {
   {
-    MutexLock pause(pause_mutex);
+    MutexLock pause(pauseMutex);
     ++event.pauseGeneration;
   }
-  drain_condition.NotifyAll();
+  drainCondition.NotifyAll();
 }
 
 void RkTaskSchedularImpl::ResumeEvent(const char* name) {
   EventRef event;
   TaskRefs swept;  // Dropped when the mutexes are free.
   {
-    MutexLock pause(pause_mutex);
-    MutexLock registry(registry_mutex);
+    MutexLock pause(pauseMutex);
+    MutexLock registry(registryMutex);
     const auto entry = eventsByName_.find(name == nullptr ? "" : name);
     if (entry == eventsByName_.end()) return;
     event = entry->second;
-    MutexLock state(state_mutex);
+    MutexLock state(stateMutex);
     SweepEvent(*event, kTaskStatePaused, kTaskStateActive, swept);
     ++event->pauseGeneration;
-    ++resume_count;
-    resume_condition.NotifyAll();
+    ++resumeCount;
+    resumeCondition.NotifyAll();
   }
-  drain_condition.NotifyAll();
+  drainCondition.NotifyAll();
 }
 
 int32_t RkTaskSchedularImpl::PausePoint(RkTask* task) {
@@ -104,7 +103,7 @@ int32_t RkTaskSchedularImpl::PausePoint(RkTask* task) {
   if (impl->State() != kTaskStatePaused) return impl->State();
   const Owners owners = FindOwners(TaskName(impl->Name()));
   if (owners.event) {
-    MutexLock pause(pause_mutex);
+    MutexLock pause(pauseMutex);
     Park(*impl, *owners.event);
   }
   return impl->State();
@@ -119,15 +118,15 @@ int32_t RkTaskSchedularImpl::PausePointLocked(RkTask* task) {
   return impl->State();
 }
 
-// Waits for the next resume of any event. The state is looked at again first: it changes under
-// pause_mutex, so a resume can't fall between the look and the wait.
+// Waits for the next resume of any event. The state is tested again first: it changes under
+// pauseMutex, so no resume can fall between the test and the wait.
 void RkTaskSchedularImpl::Park(RkTaskImpl& task, RkTaskEventImpl& event) {
   if (event.RemovePausedTask(&task) && event.LoadDrainCount() > 0) event.DecrementDrainCount();
-  drain_condition.NotifyAll();
-  const uint64_t seen = resume_count;
+  drainCondition.NotifyAll();
+  const uint64_t seen = resumeCount;
   ++task.parkedCount;
-  resume_condition.Wait(pause_mutex, [&task, seen]() TMV_NO_THREAD_SAFETY_ANALYSIS {
-    return resume_count != seen || task.State() != kTaskStatePaused;
+  resumeCondition.Wait(pauseMutex, [&task, seen]() TMV_NO_THREAD_SAFETY_ANALYSIS {
+    return resumeCount != seen || task.State() != kTaskStatePaused;
   });
   --task.parkedCount;
 }

@@ -1,9 +1,7 @@
 // The registry of events: entries, look-ups and package edits.
-#include <algorithm>
-#include <cstdlib>
-#include <new>
-
 #include "scheduler/task_schedular_impl.h"
+
+#include "tasks/task_list_builder.h"
 
 namespace temvar {
 namespace {
@@ -27,13 +25,13 @@ RkTaskSchedularImpl::Place RkTaskSchedularImpl::FindPlace(const TaskName& name) 
 }
 
 RkTaskSchedularImpl::Owners RkTaskSchedularImpl::FindOwners(const TaskName& name) {
-  MutexLock registry(registry_mutex);
+  MutexLock registry(registryMutex);
   const Place place = FindPlace(name);
   return {EventRef(place.event), Ref<RkTaskPackageImpl>(place.package)};
 }
 
 RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::FindEventRef(const char* name) {
-  MutexLock registry(registry_mutex);
+  MutexLock registry(registryMutex);
   const auto entry = eventsByName_.find(TextOrEmpty(name));
   return entry == eventsByName_.end() ? EventRef() : entry->second;
 }
@@ -69,38 +67,38 @@ bool RkTaskSchedularImpl::HoldsEvent(const RkTaskEventImpl& event) const {
 }
 
 bool RkTaskSchedularImpl::IsRegistered(const RkTaskEventImpl& event) {
-  MutexLock registry(registry_mutex);
+  MutexLock registry(registryMutex);
   return HoldsEvent(event);
 }
 
 void RkTaskSchedularImpl::RegisterEvent(RkTask* event) {
   RkTaskEventImpl* const impl = ToEvent(ToImpl(event));
   if (impl == nullptr) return;
-  MutexLock registry(registry_mutex);
+  MutexLock registry(registryMutex);
   StoreEvent(impl);
 }
 
 void RkTaskSchedularImpl::RemoveEvent(const char* name) {
   EventRef removed;
   {
-    MutexLock registry(registry_mutex);
+    MutexLock registry(registryMutex);
     const auto entry = eventsByName_.find(TextOrEmpty(name));
     if (entry == eventsByName_.end()) return;
     removed = std::move(entry->second);
     eventsByName_.erase(entry);
   }
-  drain_condition.NotifyAll();
+  drainCondition.NotifyAll();
 }
 
 void RkTaskSchedularImpl::RemoveEventLocked(const char* name) {
   const auto entry = eventsByName_.find(TextOrEmpty(name));
   if (entry == eventsByName_.end()) return;
   eventsByName_.erase(entry);
-  drain_condition.NotifyAll();
+  drainCondition.NotifyAll();
 }
 
 RkTask* RkTaskSchedularImpl::FindTask(const char* name) {
-  MutexLock registry(registry_mutex);
+  MutexLock registry(registryMutex);
   return Ref<RkTaskImpl>(FindPlace(TaskName(TextOrEmpty(name))).task).Detach();
 }
 
@@ -113,7 +111,7 @@ RkTask* RkTaskSchedularImpl::FindEventOfTask(const char* taskName) {
 RkTask* RkTaskSchedularImpl::FindEventOfPackage(RkTask* package) {
   const RkTaskImpl* const impl = ToImpl(package);
   if (impl == nullptr) return nullptr;
-  MutexLock registry(registry_mutex);
+  MutexLock registry(registryMutex);
   return FindEventListing(impl).Detach();
 }
 
@@ -124,31 +122,23 @@ RkTaskPackage* RkTaskSchedularImpl::FindPackageOfTask(const char* taskName) {
 TaskListNode* RkTaskSchedularImpl::ListCurrentTasks(RkTask* event) {
   const RkTaskEventImpl* const impl = ToEvent(ToImpl(event));
   if (impl == nullptr) return nullptr;
-  TaskListNode* head = nullptr;
-  TaskListNode** end = &head;
-  MutexLock registry(registry_mutex);
+  TaskListBuilder list;
+  MutexLock registry(registryMutex);
   for (const Ref<RkTaskImpl>& entry : impl->Packages()) {
     const RkTaskPackageImpl* const package = ToPackage(entry.get());
     if (package == nullptr || package->CurrentIndex() >= package->Tasks().size()) continue;
-    auto* const node = static_cast<TaskListNode*>(std::malloc(sizeof(TaskListNode)));
-    if (node == nullptr) {
-      FreeTaskList(head);
-      throw std::bad_alloc();
-    }
-    *node = {Ref(package->Tasks()[package->CurrentIndex()]).Detach(), nullptr};
-    *end = node;
-    end = &node->next;
+    list.Append(package->Tasks()[package->CurrentIndex()]);
   }
-  return head;
+  return list.Finish();
 }
 
-void RkTaskSchedularImpl::FreeTaskList(TaskListNode* list) { TmvTaskPool()->FreeTaskList(list); }
+void RkTaskSchedularImpl::FreeTaskList(TaskListNode* list) { ReleaseTaskList(list); }
 
 bool RkTaskSchedularImpl::InsertTaskAfter(RkTask* newTask, RkTask* existing) {
   if (newTask == nullptr || existing == nullptr) return false;
   const Owners owners = FindOwners(TaskName(TextOrEmpty(existing->GetName())));
   if (!owners.package) return false;
-  MutexLock registry(registry_mutex);
+  MutexLock registry(registryMutex);
   return owners.package->InsertAfter(existing, newTask);
 }
 
@@ -158,7 +148,7 @@ bool RkTaskSchedularImpl::InsertTaskAfterName(RkTask* newTask, const char* exist
 }
 
 uint64_t RkTaskSchedularImpl::GetEventCount() {
-  MutexLock registry(registry_mutex);
+  MutexLock registry(registryMutex);
   return eventsByName_.size();
 }
 

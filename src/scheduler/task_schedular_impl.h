@@ -1,6 +1,7 @@
 #ifndef TEMVAR_SCHEDULER_TASK_SCHEDULAR_IMPL_H_
 #define TEMVAR_SCHEDULER_TASK_SCHEDULAR_IMPL_H_
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <set>
@@ -9,7 +10,6 @@
 #include "frame/mutex.h"
 #include "frame/ref.h"
 #include "frame/subject.h"
-#include "scheduler/sync.h"
 #include "tasks/task_event_impl.h"
 #include "tasks/task_package_impl.h"
 #include "temvar/task_pool.h"
@@ -17,11 +17,30 @@
 
 namespace temvar {
 
+// Parking and resuming: the events' lists of pausing tasks, and the wait at a pause point.
+extern Mutex pauseMutex;
+
+// The registry of events, and the trees below them: sweeps, walks and insertions exclude each
+// other.
+extern Mutex registryMutex TMV_ACQUIRED_AFTER(pauseMutex);
+
+// The states of tasks that the scheduler moves, the advance of packages, the cancelled names.
+extern Mutex stateMutex TMV_ACQUIRED_AFTER(registryMutex);
+
+// Signalled when a running task may have stopped: it parked, it left the pool, or its event is no
+// longer paused. Signalled from inside the pool's locks, so it takes none of the mutexes above.
+extern EventCount& drainCondition;
+
+// Signalled to parked tasks when an event was resumed. Waited on under pauseMutex.
+extern Condition& resumeCondition;
+// Number of resumes so far.
+extern uint64_t resumeCount TMV_GUARDED_BY(pauseMutex);
+
 // Thread-safety:
 // 1. Locks are taken in the order pause, registry, state, and then those of the pool.
 // 2. The pool is asked for running and queued tasks without any of them, since it asks back.
-// 3. References that may be the last are dropped without them: what a sweep or a removal yields is
-//    kept by its caller until the locks are free.
+// 3. References that may be the last are dropped without them: the caller keeps what a sweep or a
+//    removal yields until the locks are free.
 // 4. A plain task moves to paused, back to active, and to cancelled under the registry mutex. So a
 //    task that isn't paused when a completion step looks under that mutex doesn't become so before
 //    its end.
@@ -40,9 +59,9 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   void AddEvent(RkTask* event) override;
   void ScheduleTask(RkTask* task) override;
   void RemoveEvent(const char* name) override;
-  void RemoveEventLocked(const char* name) override TMV_REQUIRES(registry_mutex);
+  void RemoveEventLocked(const char* name) override TMV_REQUIRES(registryMutex);
   int32_t PausePoint(RkTask* task) override;
-  int32_t PausePointLocked(RkTask* task) override TMV_REQUIRES(pause_mutex);
+  int32_t PausePointLocked(RkTask* task) override TMV_REQUIRES(pauseMutex);
   void TaskFinished(RkTask* task) override;
   void TaskFailed(RkTask* task) override;
   RkTask* FindTask(const char* name) override;
@@ -61,7 +80,7 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
  private:
   using EventRef = Ref<RkTaskEventImpl>;
 
-  // Where a plain task stands: the first match of a walk, without references.
+  // Where a plain task is: the first match of a walk, without references.
   struct Place {
     RkTaskEventImpl* event = nullptr;
     RkTaskPackageImpl* package = nullptr;  // The event's own package, also for a nested task.
@@ -73,34 +92,34 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
     Ref<RkTaskPackageImpl> package;
   };
 
-  // registry.cpp
-  Place FindPlace(const TaskName& name) const TMV_REQUIRES(registry_mutex);
-  Owners FindOwners(const TaskName& name) TMV_EXCLUDES(registry_mutex);
-  EventRef FindEventRef(const char* name) TMV_EXCLUDES(registry_mutex);
-  EventRef FindEventListing(const RkTaskImpl* package) const TMV_REQUIRES(registry_mutex);
-  void StoreEvent(RkTaskEventImpl* event) TMV_REQUIRES(registry_mutex);
-  // Takes the entry of this event out, if it is still the one under its name. The result keeps the
+  // task_schedular_impl.cpp
+  Place FindPlace(const TaskName& name) const TMV_REQUIRES(registryMutex);
+  Owners FindOwners(const TaskName& name) TMV_EXCLUDES(registryMutex);
+  EventRef FindEventRef(const char* name) TMV_EXCLUDES(registryMutex);
+  EventRef FindEventListing(const RkTaskImpl* package) const TMV_REQUIRES(registryMutex);
+  void StoreEvent(RkTaskEventImpl* event) TMV_REQUIRES(registryMutex);
+  // Removes the entry of this event, if it is still the one under its name. The result keeps the
   // registry's reference.
-  EventRef ExtractEvent(const RkTaskEventImpl& event) TMV_REQUIRES(registry_mutex);
-  bool HoldsEvent(const RkTaskEventImpl& event) const TMV_REQUIRES(registry_mutex);
-  bool IsRegistered(const RkTaskEventImpl& event) TMV_EXCLUDES(registry_mutex);
+  EventRef ExtractEvent(const RkTaskEventImpl& event) TMV_REQUIRES(registryMutex);
+  bool HoldsEvent(const RkTaskEventImpl& event) const TMV_REQUIRES(registryMutex);
+  bool IsRegistered(const RkTaskEventImpl& event) TMV_EXCLUDES(registryMutex);
 
   // completion.cpp
   void CompletePlain(RkTaskImpl& task, int32_t state);
   void CompletePackage(RkTaskImpl& package);
-  void AwaitResume(RkTaskImpl& task) TMV_REQUIRES(registry_mutex);
+  void AwaitResume(RkTaskImpl& task) TMV_REQUIRES(registryMutex);
   void Advance(RkTaskPackageImpl& package, int32_t lastState)
-      TMV_REQUIRES(registry_mutex, state_mutex);
+      TMV_REQUIRES(registryMutex, stateMutex);
   void EndPackage(RkTaskPackageImpl& package, int32_t state)
-      TMV_REQUIRES(registry_mutex, state_mutex);
+      TMV_REQUIRES(registryMutex, stateMutex);
 
   // pause.cpp
   void SweepEvent(RkTaskEventImpl& event, int32_t fromState, int32_t toState, TaskRefs& swept)
-      TMV_REQUIRES(registry_mutex, state_mutex);
+      TMV_REQUIRES(registryMutex, stateMutex);
   uint64_t BeginPause(RkTaskEventImpl& event);
   bool IsPauseOver(RkTaskEventImpl& event, uint64_t generation);
-  void EndPauseWaits(RkTaskEventImpl& event) TMV_EXCLUDES(pause_mutex);
-  void Park(RkTaskImpl& task, RkTaskEventImpl& event) TMV_REQUIRES(pause_mutex);
+  void EndPauseWaits(RkTaskEventImpl& event) TMV_EXCLUDES(pauseMutex);
+  void Park(RkTaskImpl& task, RkTaskEventImpl& event) TMV_REQUIRES(pauseMutex);
 
   // cancel.cpp
   void RunCancel(RkTaskEventImpl& event);
@@ -109,8 +128,8 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   void RemoveIfRegistered(const RkTaskEventImpl& event);
 
   // Keys order by their bytes taken as unsigned, a shorter key before its continuation.
-  std::map<std::string, EventRef, std::less<>> eventsByName_ TMV_GUARDED_BY(registry_mutex);
-  std::set<std::string, std::less<>> cancelledNames_ TMV_GUARDED_BY(state_mutex);
+  std::map<std::string, EventRef, std::less<>> eventsByName_ TMV_GUARDED_BY(registryMutex);
+  std::set<std::string, std::less<>> cancelledNames_ TMV_GUARDED_BY(stateMutex);
 };
 
 // The running plain tasks of an event as the pool lists them, released at the end of its scope.

@@ -6,10 +6,11 @@
 
 #include "frame/ref.h"
 #include "temvar/task_data.h"
-#include "temvar/task_func.h"
 
 namespace temvar {
 
+// Only the count is shared between threads: payload and releaser are set before the box is, and
+// are only read afterwards.
 class RkTaskDataImpl final : public RkTaskData {
  public:
   void SetPayload(void* payload) override { payload_ = payload; }
@@ -17,6 +18,8 @@ class RkTaskDataImpl final : public RkTaskData {
   void SetReleaser(void (*releaser)(void*)) override { releaser_ = releaser; }
 
   void AddRef() { refCount_.fetch_add(1, std::memory_order_relaxed); }
+
+  // The last one calls the releaser, which is host code: not under a lock of the library.
   void Release();
 
  private:
@@ -25,28 +28,9 @@ class RkTaskDataImpl final : public RkTaskData {
   void (*releaser_)(void*) = nullptr;
 };
 
-class RkTaskFuncImpl final : public RkTaskFunc {
- public:
-  void Bind(void* payload, RkTaskCallback callback, void (*releaser)(void*)) override;
-  void SetCallback(RkTaskCallback callback, RkTaskData* data) override;
-  RkTaskCallback GetCallback() override { return callback_; }
-  RkTaskData* GetData() override { return data_.get(); }
-
-  const Ref<RkTaskDataImpl>& Data() const { return data_; }
-
-  void AddRef() { refCount_.fetch_add(1, std::memory_order_relaxed); }
-  void Release();
-
- private:
-  std::atomic<int32_t> refCount_{1};
-  Ref<RkTaskDataImpl> data_;
-  RkTaskCallback callback_ = nullptr;
-};
-
-// The implementation behind an interface pointer; null for null and for what is not of this
+// The implementation of an interface pointer; null for null and for an object that is not of this
 // library.
 RkTaskDataImpl* ToImpl(RkTaskData* data);
-RkTaskFuncImpl* ToImpl(RkTaskFunc* func);
 
 }  // namespace temvar
 

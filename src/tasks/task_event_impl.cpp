@@ -12,6 +12,8 @@ RkTaskEventImpl::RkTaskEventImpl() {
   SetFunc(MakeBoundFunc([this](RkTask* task) { ReportDone(task); }).get());
 }
 
+// Written out, since releasers are host code that sees the order: packages first to last, then the
+// paused tasks. Vectors promise no order of destruction, and fields go in reverse.
 RkTaskEventImpl::~RkTaskEventImpl() {
   for (Ref<RkTaskImpl>& package : packages_) package = {};
   for (Ref<RkTaskImpl>& task : pausedTasks) task = {};
@@ -37,13 +39,6 @@ void RkTaskEventImpl::SweepTasks(RkTaskImpl* package, int32_t fromState, int32_t
 RkTaskImpl* RkTaskEventImpl::FindInPackage(RkTaskImpl* package, const TaskName& name) {
   const RkTaskPackageImpl* const parent = ToPackage(package);
   return parent == nullptr ? nullptr : parent->FindTask(name);
-}
-
-RkTaskImpl* RkTaskEventImpl::FindTask(const TaskName& name) const {
-  for (const Ref<RkTaskImpl>& package : packages_) {
-    if (RkTaskImpl* const hit = FindInPackage(package.get(), name)) return hit;
-  }
-  return nullptr;
 }
 
 bool RkTaskEventImpl::RemovePausedTask(RkTaskImpl* task) {

@@ -34,14 +34,11 @@ class RkTaskEventImpl final : public RkTaskImpl, public RkTaskEvent {
   // The first plain task of this name below `package`, depth first, or null. No reference is added.
   static RkTaskImpl* FindInPackage(RkTaskImpl* package, const TaskName& name);
 
-  // The same over the packages in order.
-  RkTaskImpl* FindTask(const TaskName& name) const;
-
-  // Takes the task out of pausedTasks, with the list's reference. False if it isn't there.
+  // Removes the task from pausedTasks, with the list's reference. False if it isn't there.
   bool RemovePausedTask(RkTaskImpl* task);
 
   void AddFinishedPackage() { finishedPackages_.fetch_add(1); }
-  // If `expected` packages have ended, sets the count back to 0 and gives true.
+  // If `expected` packages have ended, sets the count back to 0 and returns true.
   bool ResetFinishedIfEqual(int64_t expected);
 
   void StoreDrainCount(int64_t count) { drainCount_.store(count); }
@@ -59,7 +56,7 @@ class RkTaskEventImpl final : public RkTaskImpl, public RkTaskEvent {
   TaskRefs packages_;
 };
 
-// The event behind a task, or null if it is none.
+// The event that this task is, or null.
 RkTaskEventImpl* ToEvent(RkTaskImpl* task);
 
 }  // namespace temvar

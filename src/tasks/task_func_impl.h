@@ -1,16 +1,41 @@
-// Runs a callable of the library's own in the way of a host's function: the callable is a payload,
-// run by one fixed callback and freed by one fixed releaser.
-#ifndef TEMVAR_TASKS_BOUND_CALL_H_
-#define TEMVAR_TASKS_BOUND_CALL_H_
+#ifndef TEMVAR_TASKS_TASK_FUNC_IMPL_H_
+#define TEMVAR_TASKS_TASK_FUNC_IMPL_H_
 
+#include <atomic>
+#include <cstdint>
 #include <functional>
 
 #include "frame/ref.h"
 #include "tasks/task_data_impl.h"
-#include "temvar/task.h"
+#include "temvar/task_func.h"
 
 namespace temvar {
 
+// Set up before it is shared, like RkTaskDataImpl.
+class RkTaskFuncImpl final : public RkTaskFunc {
+ public:
+  void Bind(void* payload, RkTaskCallback callback, void (*releaser)(void*)) override;
+  void SetCallback(RkTaskCallback callback, RkTaskData* data) override;
+  RkTaskCallback GetCallback() override { return callback_; }
+  RkTaskData* GetData() override { return data_.get(); }
+
+  const Ref<RkTaskDataImpl>& Data() const { return data_; }
+
+  void AddRef() { refCount_.fetch_add(1, std::memory_order_relaxed); }
+  void Release();
+
+ private:
+  std::atomic<int32_t> refCount_{1};
+  Ref<RkTaskDataImpl> data_;
+  RkTaskCallback callback_ = nullptr;
+};
+
+// The implementation of an interface pointer; null for null and for an object that is not of this
+// library.
+RkTaskFuncImpl* ToImpl(RkTaskFunc* func);
+
+// A bound call runs a callable of the library's own in the way of a host's function: the callable
+// is the payload, run by one fixed callback and freed by one fixed releaser.
 using BoundCall = std::function<void(RkTask*)>;
 
 // A new holder, with one reference, that runs `call`.
@@ -25,4 +50,4 @@ void DeleteBoundCall(void* payload);
 
 }  // namespace temvar
 
-#endif  // TEMVAR_TASKS_BOUND_CALL_H_
+#endif  // TEMVAR_TASKS_TASK_FUNC_IMPL_H_

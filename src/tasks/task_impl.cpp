@@ -10,11 +10,15 @@
 
 namespace temvar {
 namespace {
-std::atomic<uint64_t> rename_count{0};
+
+std::atomic<uint64_t> renameCount{0};
+
 }  // namespace
 
 RkTaskImpl::RkTaskImpl() { StoreName("0"); }
 
+// The order in which a host sees its releasers run is part of the contract, so it is written out
+// here and doesn't follow from the order of the fields.
 RkTaskImpl::~RkTaskImpl() {
   ClearData();
   ClearFunc();
@@ -29,11 +33,12 @@ void RkTaskImpl::Release() {
       delete this;
       break;
     default:
-      // A host has given the object a kind that nothing is known of.
+      // A host has set a kind that doesn't exist. Documented: such an object is never freed.
       break;
   }
 }
 
+// Through the task's own interface, as a host reports: a pause or a cancel counts here too.
 void RkTaskImpl::ReportDone(RkTask* task) { task->ReportState(task, kTaskStateSucceeded); }
 
 // The order of the tests is part of the contract: a paused task's report is consumed by the pause,
@@ -43,8 +48,8 @@ void RkTaskImpl::ReportState(RkTask* task, int32_t state) {
   if (State() == kTaskStatePaused) {
     scheduler->PausePoint(task);
     while (State() == kTaskStatePaused) {
-      // Woken for another event, or the event has left the registry: there is nothing to park on
-      // then, so look again without spinning.
+      // Woken for another event, or the event has left the registry, which leaves nothing to park
+      // on: look again without spinning.
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
       scheduler->PausePoint(task);
     }
@@ -78,14 +83,14 @@ void RkTaskImpl::SetName(const char* name) { StoreName(name == nullptr ? "" : na
 void RkTaskImpl::StoreName(std::string name) {
   nameHash_ = TaskName(std::string_view(name)).ShortHash();
   name_ = std::move(name);
-  if (inPackage_.load(std::memory_order_relaxed)) rename_count.fetch_add(1);
+  if (inPackage_.load(std::memory_order_relaxed)) renameCount.fetch_add(1);
 }
 
-uint64_t RenameCount() { return rename_count.load(); }
+uint64_t RenameCount() { return renameCount.load(); }
 
 // RkTask is a virtual base, so a static downcast doesn't exist and dynamic_cast walks the
-// hierarchy. The three classes are all there are: the exact type and the address of the whole
-// object do.
+// hierarchy. There are three classes only, so the exact type and the address of the whole object
+// are enough.
 RkTaskImpl* ToImpl(RkTask* task) {
   if (task == nullptr) return nullptr;
   const std::type_info& type = typeid(*task);

@@ -10,6 +10,7 @@
 
 #include "frame/ref.h"
 #include "tasks/task_data_impl.h"
+#include "tasks/task_func_impl.h"
 #include "temvar/task.h"
 
 namespace temvar {
@@ -27,8 +28,8 @@ struct TaskName {
   size_t hash;
 };
 
-// How often a task that stands in a package was renamed, over all packages: what a package has
-// noted of its children's names holds for as long as this stands still.
+// How often a task that is in a package was renamed, over all packages: what a package has noted of
+// its children's names is valid for as long as this does not change.
 uint64_t RenameCount();
 
 // Name, func and data are set up by the host before the task is handed over, and are only read from
@@ -64,18 +65,19 @@ class RkTaskImpl : public virtual RkTask {
   bool HasName(const TaskName& name) const { return name_ == name.text; }
   uint32_t NameHash() const { return nameHash_; }
 
-  // From now on the task stands in a package.
+  // From now on the task is in a package.
   void SetInPackage() { inPackage_.store(true, std::memory_order_relaxed); }
 
   void AddRef() { refCount_.fetch_add(1, std::memory_order_relaxed); }
   void Release();
 
-  // A task of the library itself, such as the one that carries out a cancel. It bears the default
-  // name but belongs to no event, whatever that event's tasks are called.
+  // A task of the library itself, such as the one that carries out a cancel. It has the default
+  // name "0" but belongs to no event, even if a host's task has that name too.
   bool IsInternal() const { return internal_; }
   void SetInternal() { internal_ = true; }
 
-  // How many threads stand at a pause point with this task. Guarded by the scheduler's pause mutex.
+  // Number of threads that wait at a pause point with this task. Guarded by the scheduler's pause
+  // mutex.
   int parkedCount = 0;
 
  private:
@@ -87,15 +89,18 @@ class RkTaskImpl : public virtual RkTask {
   bool internal_ = false;
   std::atomic<bool> inPackage_{false};
   uint32_t nameHash_ = 0;
-  // What a run needs stands together, the name behind it.
+  // Before the name: a run reads the state and these two, which then share a cache line.
   Ref<RkTaskDataImpl> data_;
   Ref<RkTaskFuncImpl> func_;
   std::string name_;
 };
 
-// The implementation behind an interface pointer; null for null and for what is not of this
+// The implementation of an interface pointer; null for null and for an object that is not of this
 // library.
 RkTaskImpl* ToImpl(RkTask* task);
+
+// The task whose function runs on the calling thread or is about to, or null. Not owned.
+inline constinit thread_local RkTaskImpl* currentTask = nullptr;
 
 }  // namespace temvar
 

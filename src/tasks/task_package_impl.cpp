@@ -34,6 +34,8 @@ RkTaskPackageImpl::RkTaskPackageImpl() {
   SetFunc(MakeBoundFunc([this](RkTask* task) { ReportDone(task); }).get());
 }
 
+// Children go first to last, a vector promises no order. Nobody else can hold a reference here; the
+// lock only makes a host that still uses the package's key wait.
 RkTaskPackageImpl::~RkTaskPackageImpl() {
   const KeyedLock lock(this);
   for (Ref<RkTaskImpl>& child : tasks_) child = {};
@@ -47,9 +49,9 @@ void RkTaskPackageImpl::InsertTask(RkTask* task, uint32_t index) {
   Ref<RkTaskImpl> child(ToImpl(task));
   if (child) child->SetInPackage();
   const KeyedLock lock(this);
-  // Beyond the end counts as the end.
+  // An index beyond the end is an error of the caller; it appends.
   const auto position = static_cast<std::ptrdiff_t>(std::min<size_t>(index, tasks_.size()));
-  // Room first, so that a failed allocation leaves both lists alike.
+  // Reserved first, so that a failed allocation leaves both lists with the same length.
   if (nameHashes_.size() == nameHashes_.capacity()) nameHashes_.reserve(2 * tasks_.size() + 8);
   const uint32_t hash = child ? child->NameHash() : 0;
   const bool nested = child && child->Type() == kTaskTypePackage;

@@ -31,7 +31,7 @@ class RkTaskPackageImpl final : public RkTaskImpl, public RkTaskPackage {
   uint32_t GetCurrentIndex() override;
   RkTask* GetNext() override;
 
-  // Inserts `task` behind the first child that is `after`. False if there is none.
+  // Inserts `task` after the first child that is `after`. False if there is none.
   bool InsertAfter(RkTask* after, RkTask* task);
 
   // For the scheduler, see 2.
@@ -49,7 +49,7 @@ class RkTaskPackageImpl final : public RkTaskImpl, public RkTaskPackage {
 
   Children tasks_;
   // The name hash of each child, side by side: a search reads these, and a child only on a hit.
-  // Made anew by the search when a child was renamed since; guarded like tasks_, see 2.
+  // The search refreshes them when a child was renamed since; guarded like tasks_, see 2.
   mutable std::vector<uint32_t> nameHashes_;
   mutable uint64_t hashedAtRename_ = 0;
   mutable bool hasNested_ = false;
@@ -57,7 +57,7 @@ class RkTaskPackageImpl final : public RkTaskImpl, public RkTaskPackage {
   std::atomic<bool> continueOnFailure_{true};
 };
 
-// The package behind a task, or null if it is none.
+// The package that this task is, or null.
 RkTaskPackageImpl* ToPackage(RkTaskImpl* task);
 
 }  // namespace temvar

@@ -10,8 +10,8 @@ namespace temvar {
 namespace {
 
 size_t TableSize() {
-  MutexLock lock(lock_table_guard);
-  return lock_table.size();
+  MutexLock lock(lockTableGuard);
+  return lockTable.size();
 }
 
 TEST(KeyedLocks, LeaveNothingBehind) {

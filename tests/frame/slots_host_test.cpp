@@ -18,12 +18,12 @@ template <typename Member>
 size_t SlotOf(Member member) {
   static_assert(sizeof(Member) == 2 * sizeof(void*));
   uintptr_t words[2];
-  std::memcpy(words, &member, sizeof words);
+  std::memcpy(words, &member, sizeof(words));
   EXPECT_EQ(words[0] % 2, 1u) << "not virtual";
   return (words[0] - 1) / sizeof(void*);
 }
 
-// One more operation behind the last: its slot is the number of operations of the interface.
+// One more operation after the last: its slot is the number of operations of the interface.
 template <typename Interface>
 class WithOneMore : public Interface {
  public:

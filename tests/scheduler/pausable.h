@@ -1,5 +1,5 @@
-#ifndef TEMVAR_TESTS_SCHEDULER_PAUSABLE_H_
-#define TEMVAR_TESTS_SCHEDULER_PAUSABLE_H_
+#ifndef TESTS_SCHEDULER_PAUSABLE_H_
+#define TESTS_SCHEDULER_PAUSABLE_H_
 
 #include "support/host_job.h"
 
@@ -54,4 +54,4 @@ class Pausable {
 
 }  // namespace test
 
-#endif  // TEMVAR_TESTS_SCHEDULER_PAUSABLE_H_
+#endif  // TESTS_SCHEDULER_PAUSABLE_H_

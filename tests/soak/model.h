@@ -109,15 +109,16 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
   // Looks up a task of the event, from any thread.
   void AskAround(const std::string& taskName) const {
     const tmv::Task task = tmv::Task::Adopt(Schedular().FindTask(taskName.c_str()));
-    if (task && taskName != task->GetName())
-      Broken("FindTask gave " + std::string(task->GetName()));
+    if (task && taskName != task->GetName()) {
+      Broken("FindTask returned " + std::string(task->GetName()));
+    }
     const tmv::Task event = tmv::Task::Adopt(Schedular().FindEventOfTask(taskName.c_str()));
-    if (event && name_ != event->GetName()) Broken("FindEventOfTask gave another event");
+    if (event && name_ != event->GetName()) Broken("FindEventOfTask returned another event");
     const tmv::Package package =
         tmv::Package::Adopt(Schedular().FindPackageOfTask(taskName.c_str()));
     if (!package) return;
     const tmv::Task owner = tmv::Task::Adopt(Schedular().FindEventOfPackage(package));
-    if (owner && name_ != owner->GetName()) Broken("FindEventOfPackage gave another event");
+    if (owner && name_ != owner->GetName()) Broken("FindEventOfPackage returned another event");
   }
 
   bool WasCalled() const { return calls_ > 0; }
@@ -348,8 +349,9 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
       }
     }
     if (!stateSeen) Broken("it ended in a state of none of its packages");
-    if (tmv::Task::Adopt(Schedular().FindEvent(name_.c_str())))
+    if (tmv::Task::Adopt(Schedular().FindEvent(name_.c_str()))) {
       Broken("it ended and is registered still");
+    }
   }
 
   bool IsChecked() const { return kind_ != Kind::kWild; }

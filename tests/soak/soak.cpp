@@ -31,7 +31,7 @@ struct Stage {
   std::chrono::steady_clock::time_point end;
   // Whether the last events are left to Stop while they run, or are waited for.
   bool cutOff = false;
-  // An event that stands in the registry all the time. To resume it wakes everything parked.
+  // An event that is in the registry all the time. To resume it wakes everything parked.
   tmv::Event bell;
 };
 
@@ -91,7 +91,7 @@ class Driver {
       if (kind != Kind::kPlain && now > stage_.end) EndIt(*event);
       if (now > std::max(deadline, stage_.end + std::chrono::seconds(30))) {
         activity_.Begin("waits for the end of " + name);
-        std::this_thread::sleep_for(std::chrono::hours(1));  // Until the watchdog tells.
+        std::this_thread::sleep_for(std::chrono::hours(1));  // Until the watchdog fails.
       }
     }
     Publish(nullptr);
@@ -177,11 +177,12 @@ class Driver {
   void Ask(EventModel& event) {
     const tmv::Task found = tmv::Task::Adopt(Schedular().FindEvent(event.name().c_str()));
     if (found) {
-      if (event.name() != found->GetName()) Fail("FindEvent gave " + std::string(found->GetName()));
+      if (event.name() != found->GetName())
+        Fail("FindEvent returned " + std::string(found->GetName()));
       TaskListNode* const list = Schedular().ListCurrentTasks(found);
       for (TaskListNode* node = list; node != nullptr; node = node->next) {
         const std::string name = node->task->GetName();
-        if (name.rfind(event.name(), 0) != 0) Fail("ListCurrentTasks gave " + name);
+        if (name.rfind(event.name(), 0) != 0) Fail("ListCurrentTasks returned " + name);
       }
       Schedular().FreeTaskList(list);
     }
@@ -190,7 +191,7 @@ class Driver {
     uint32_t length = 0;
     for (TaskListNode* node = running; node != nullptr; node = node->next) ++length;
     TmvTaskPool()->FreeTaskList(running);
-    if (length != count) Fail("ListRunning gave a count that isn't the length of its list");
+    if (length != count) Fail("ListRunning returned a count that isn't the length of its list");
     const std::string task = event.SomeTaskName(random_);
     const bool cancelled = Schedular().IsTaskCancelled(task.c_str());
     if (cancelled && event.kind() == Kind::kPlain) Fail(task + " reads as cancelled");

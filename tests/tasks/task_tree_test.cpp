@@ -1,11 +1,11 @@
-// Sweeps, searches and counters of events, and the list of a package.
+// Sweeps of events, the list of a package, and bound calls: steps that no host sees by itself.
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 #include <string>
 
-#include "tasks/task_func_impl.h"
 #include "tasks/task_event_impl.h"
+#include "tasks/task_func_impl.h"
 #include "tasks/task_package_impl.h"
 
 namespace temvar {
@@ -70,13 +70,6 @@ TEST_F(TaskTree, SweepMovesTheLeavesOfOneStateDepthFirst) {
   EXPECT_EQ(sameName->State(), kTaskStateActive);
 }
 
-TEST_F(TaskTree, SearchGivesTheFirstLeafInOrder) {
-  EXPECT_EQ(event->FindTask(TaskName("b")), b.get());
-  EXPECT_EQ(RkTaskEventImpl::FindInPackage(second.get(), TaskName("b")), sameName.get());
-  c->SetName("renamed");
-  EXPECT_EQ(event->FindTask(TaskName("renamed")), c.get());
-}
-
 TEST_F(TaskTree, NullEntriesAreHarmless) {
   first->AddTask(nullptr);
   event->AddPackage(nullptr);
@@ -85,23 +78,7 @@ TEST_F(TaskTree, NullEntriesAreHarmless) {
     RkTaskEventImpl::SweepTasks(package.get(), kTaskStateActive, kTaskStatePaused, swept);
   }
   EXPECT_EQ(Names(swept), "acb");
-  EXPECT_EQ(event->FindTask(TaskName("x")), nullptr);
-}
-
-TEST_F(TaskTree, FinishedPackagesResetOnlyWhenComplete) {
-  EXPECT_FALSE(event->ResetFinishedIfEqual(2));
-  event->AddFinishedPackage();
-  EXPECT_FALSE(event->ResetFinishedIfEqual(2));
-  event->AddFinishedPackage();
-  EXPECT_TRUE(event->ResetFinishedIfEqual(2));
-  EXPECT_TRUE(event->ResetFinishedIfEqual(0));
-}
-
-TEST_F(TaskTree, PausedTasksGiveBackOneReference) {
-  event->pausedTasks = {a, c, a};
-  EXPECT_FALSE(event->RemovePausedTask(b.get()));
-  EXPECT_TRUE(event->RemovePausedTask(a.get()));
-  EXPECT_EQ(Names(event->pausedTasks), "ca");
+  EXPECT_EQ(RkTaskEventImpl::FindInPackage(first.get(), TaskName("x")), nullptr);
 }
 
 TEST_F(TaskTree, PackageKeepsItsOrderAndPosition) {

@@ -1,5 +1,5 @@
-#ifndef TEMVAR_TESTS_FRAME_FOREIGN_HOST_FOREIGN_HOST_H_
-#define TEMVAR_TESTS_FRAME_FOREIGN_HOST_FOREIGN_HOST_H_
+#ifndef TESTS_FRAME_FOREIGN_HOST_FOREIGN_HOST_H_
+#define TESTS_FRAME_FOREIGN_HOST_FOREIGN_HOST_H_
 
 class RkTask;
 class RkTaskFunc;
@@ -20,4 +20,4 @@ struct Library {
 // Uses the library as a host of another compiler family does: null, or what went wrong.
 extern "C" const char* UseLibrary(const Library& library);
 
-#endif  // TEMVAR_TESTS_FRAME_FOREIGN_HOST_FOREIGN_HOST_H_
+#endif  // TESTS_FRAME_FOREIGN_HOST_FOREIGN_HOST_H_
