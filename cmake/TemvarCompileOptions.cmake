@@ -15,6 +15,13 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
 elseif(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   target_compile_options(temvar_compile_options INTERFACE -Wthread-safety)
 endif()
+# 32-bit x86: doubles are computed in SSE registers, so that results are those of 64-bit builds and
+# the same on each thread; x87 registers round later and differently. Hosts may call in with a stack
+# that is aligned to 4 bytes only, as 32-bit Windows allows: functions that spill SSE registers align
+# it themselves.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND NOT MSVC AND CMAKE_SYSTEM_PROCESSOR MATCHES "86|AMD64")
+  target_compile_options(temvar_compile_options INTERFACE -msse2 -mfpmath=sse -mstackrealign)
+endif()
 if(TEMVAR_WERROR)
   target_compile_options(temvar_compile_options INTERFACE -Werror)
 endif()

@@ -44,7 +44,7 @@ TEST(App, ProgressPerMille) {
   } cases[] = {
       {5, 10, 1, 4, 375}, {0, 10, 4, 4, 1000},  {0, 10, 0, 4, 0},     {15, 10, 4, 4, 1375},
       {2, 3, 0, 1, 666},  {-1, 1000, 0, 1, -1}, {-1, 3000, 0, 1, -1}, {7, 0, 1, 4, 0},
-      {7, 10, 1, 0, 0},   {0, -10, 1, 4, 250},
+      {7, 10, 1, 0, 0},   {0, -10, 1, 4, 250},  {1, 125, 0, 1, 8},    {1000, 1000000, 0, 1, 1},
   };
   for (const auto& [done, stepSize, stepIndex, stepCount, result] : cases) {
     EXPECT_EQ(app->ProgressPerMille(done, stepSize, stepIndex, stepCount), result)

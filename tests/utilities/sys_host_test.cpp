@@ -43,9 +43,13 @@ TEST(Sys, BuildYear) {
 TEST(Sys, FormatDuration) {
   const char* const kLongest = "5124095576030431:00:15";
   const std::pair<double, const char*> cases[] = {
-      {0.49, "00:00"},      {0.5, "00:01"},     {59.5, "01:00"},       {3599.4, "59:59"},
-      {3599.5, "01:00:00"}, {3723, "01:02:03"}, {360000, "100:00:00"}, {-5, "00:00"},
-      {-HUGE_VAL, "00:00"}, {NAN, "00:00"},     {1e300, kLongest},     {HUGE_VAL, kLongest},
+      {0.49, "00:00"},      {0.49999999999999994, "00:01"},
+      {0.5, "00:01"},       {59.5, "01:00"},
+      {3599.4, "59:59"},    {3599.5, "01:00:00"},
+      {3723, "01:02:03"},   {360000, "100:00:00"},
+      {-5, "00:00"},        {-HUGE_VAL, "00:00"},
+      {NAN, "00:00"},       {1e300, kLongest},
+      {HUGE_VAL, kLongest},
   };
   for (const auto& [seconds, text] : cases) {
     EXPECT_EQ(Take(sys->FormatDuration(seconds)), text) << seconds;
