@@ -18,10 +18,13 @@
 // Threads: two threads may use two handles of one object, but not one handle at the same time
 // unless both only read it.
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -244,16 +247,80 @@ class TaskList {
   std::unique_ptr<TaskListNode, ListFreer> head_;
 };
 
-// Runs the pool from here to the end of the scope, once in the life of the library. The end waits
-// for the functions that run, those at a pause point too: resume or cancel first. Declare it behind
-// all that the tasks refer to, in a scope of one of the host's own threads; never as a static
-// object, which would stop the pool at unload.
+namespace detail {
+
+// What needs the pool and has to be ended before it stops: a job may be paused, and Stop would wait
+// for it.
+class PoolUser {
+ public:
+  virtual void EndWithPool() = 0;
+
+ protected:
+  ~PoolUser() = default;
+};
+
+// The users of this program or DLL. Never destroyed: a worker may outlive the static objects.
+class PoolUsers {
+ public:
+  static PoolUsers& Get() {
+    static PoolUsers* const users = new PoolUsers;
+    return *users;
+  }
+
+  // False if the pool has ended, and the user with it.
+  bool Add(const std::shared_ptr<PoolUser>& user) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (!poolEnded_) users_[user.get()] = user;
+    return !poolEnded_;
+  }
+
+  void Remove(const PoolUser* user) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    users_.erase(user);
+  }
+
+  void BeginPool() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    poolEnded_ = false;
+  }
+
+  void EndPool() {
+    std::map<const PoolUser*, std::weak_ptr<PoolUser>> users;
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      poolEnded_ = true;
+      users.swap(users_);
+    }
+    for (const auto& [key, weak] : users) {
+      if (const std::shared_ptr<PoolUser> user = weak.lock()) user->EndWithPool();
+    }
+  }
+
+ private:
+  std::mutex mutex_;
+  std::map<const PoolUser*, std::weak_ptr<PoolUser>> users_;
+  bool poolEnded_ = false;
+};
+
+}  // namespace detail
+
+// Runs the pool from here to the end of the scope, once in the life of the library. The end cancels
+// every tmv::Job of this program or DLL that has not ended, then stops the pool and waits for the
+// functions that run. Resume what was paused by PauseEvent before: Stop would wait for it. Declare
+// it after all that the tasks refer to, in a scope of one of the host's own threads; never as a
+// static object, which would stop the pool at unload. Throws as Start does.
 class RunningPool {
  public:
-  explicit RunningPool(uint32_t workers) { TmvTaskPool()->Start(workers); }
+  explicit RunningPool(uint32_t workers) {
+    TmvTaskPool()->Start(workers);
+    detail::PoolUsers::Get().BeginPool();
+  }
   RunningPool(const RunningPool&) = delete;
   RunningPool& operator=(const RunningPool&) = delete;
-  ~RunningPool() { TmvTaskPool()->Stop(); }
+  ~RunningPool() {
+    detail::PoolUsers::Get().EndPool();
+    TmvTaskPool()->Stop();
+  }
 };
 
 namespace detail {
@@ -348,8 +415,10 @@ Task MakeTask(const char* name, Callable&& callable) {
 
 inline Package MakePackage() { return Package::Adopt(CreateRkTaskPackage()); }
 
-// An event with a name and, if given, a callable that runs once on a worker when the event has
-// ended or was cancelled; the task that it gets is the event, whose state tells which.
+// An event with a name and, if given, a callable as MakeFunc takes it. It runs once on a worker,
+// when the event has ended or was cancelled: a cancel that meets the end calls the event's function
+// a second time, and that call is passed over. The task that it gets is the event, whose state says
+// how it ended: the state of the package that ended last, or kTaskStateCancelled.
 inline Event MakeEvent(const char* name) {
   Event event = Event::Adopt(CreateRkTaskEvent());
   event->SetName(name);
@@ -358,7 +427,11 @@ inline Event MakeEvent(const char* name) {
 template <typename Callable>
 Event MakeEvent(const char* name, Callable&& callable) {
   Event event = MakeEvent(name);
-  event->SetFunc(MakeFunc(std::forward<Callable>(callable)));
+  event->SetFunc(MakeFunc(
+      [once = std::make_unique<std::atomic<bool>>(false),
+       stored = std::decay_t<Callable>(std::forward<Callable>(callable))](RkTask* task) mutable {
+        if (!once->exchange(true)) detail::Invoke(stored, task);
+      }));
   return event;
 }
 
