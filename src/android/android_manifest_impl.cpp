@@ -22,9 +22,7 @@ bool TMVAndroidManifestImpl::Decode(const uint8_t* data, int32_t length) {
 char* TMVAndroidManifestImpl::GetAttributeValue(const char* name) {
   const std::string_view text = text_;
   const size_t match = name == nullptr ? text.npos : text.find(name);
-  if (match == text.npos) {
-    return NewNarrowText("");
-  }
+  if (match == text.npos) return NewNarrowText("");
   const size_t start = std::min(match + std::strlen(name) + kValueGap, text.size());
   const size_t end = std::min(text.find('"', start), text.size());
   return NewNarrowText(text.substr(start, end - start));

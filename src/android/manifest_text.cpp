@@ -42,9 +42,7 @@ class Printer {
       } else if (code == kEndTag) {
         offset = PrintEndTag(offset);
       } else {
-        if (code != kEndNamespace) {
-          PrintUnrecognized(code, offset);
-        }
+        if (code != kEndNamespace) PrintUnrecognized(code, offset);
         return;
       }
     }

@@ -1,5 +1,3 @@
-#include "archives/archive_extraction.h"
-
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -8,10 +6,10 @@
 #include "archives/archive_reader.h"
 #include "archives/entry_directories.h"
 #include "archives/entry_name.h"
+#include "archives/utility_unzip_impl.h"
 #include "platform/wide_errors.h"
 #include "platform/win32.h"
 #include "temvar/utility_string.h"
-#include "temvar/utility_unzip.h"
 #include "utilities/file/stream.h"
 #include "utilities/string/text.h"
 #include "utilities/system/system_path.h"
@@ -172,7 +170,7 @@ int Extraction::CopyOut(Stream output, uint64_t* total) {
 
 }  // namespace
 
-bool ExtractArchiveTo(const char* archive_path, const char* destination) {
+bool TMVUtilityUnzipImpl::ExtractArchive(const char* archive_path, const char* destination) {
   const char* const path = TmvUtilityString()->SafeString(archive_path);
   // An empty text would stand for the root of the current drive. Text that is no UTF-8 is empty
   // too.

@@ -1,5 +1,3 @@
-#include "archives/archive_writer.h"
-
 #include <zip.h>
 
 #include <cstdio>
@@ -8,6 +6,7 @@
 #include <vector>
 
 #include "archives/archive_files.h"
+#include "archives/utility_zip_impl.h"
 #include "platform/win32.h"
 #include "temvar/utility_file.h"
 #include "temvar/utility_string.h"
@@ -116,15 +115,14 @@ int Writer::CopyIn(const std::string& path, std::FILE* input) {
 
 }  // namespace
 
-bool WriteArchiveFile(const char* archive_path, const ArchiveEntries& entries,
-                      const char* exclusions) {
+bool TMVUtilityZipImpl::WriteArchive(const char* archive_path, const char* exclusions) {
   ZipHandle archive = CreateArchive(archive_path);
   if (archive == nullptr) {
     std::printf("error opening %s\n", TmvUtilityString()->SafeString(archive_path));
     return false;
   }
   Writer writer(archive.get());
-  for (const auto& [path, name] : entries) {
+  for (const auto& [path, name] : entries_) {
     if (exclusions != nullptr && TmvUtilityFile()->ExtensionInList(path.c_str(), exclusions)) {
       continue;
     }

@@ -1,5 +1,4 @@
-#include "archives/memory_compression.h"
-
+// Compression from memory to memory with zlib; nothing is kept between calls.
 #include <zlib.h>
 
 #include <cstddef>
@@ -7,6 +6,8 @@
 #include <memory>
 #include <string>
 
+#include "archives/utility_unzip_impl.h"
+#include "archives/utility_zip_impl.h"
 #include "utilities/file/binary_data_impl.h"
 
 namespace temvar {
@@ -76,7 +77,8 @@ bool Finish(BinaryDataResult* result, std::unique_ptr<std::string> bytes, int zl
 
 }  // namespace
 
-bool DeflateBytes(BinaryDataResult* result, const void* data, uint32_t size, int32_t level) {
+bool TMVUtilityZipImpl::DeflateBuffer(BinaryDataResult* result, const void* data, uint32_t size,
+                                      int32_t level) {
   if (size == 0) return false;
   ZlibStream stream(deflateEnd);
   if (deflateInit_(stream.get(), level, kZlibVersion, sizeof(z_stream)) != Z_OK) return false;
@@ -89,7 +91,7 @@ bool DeflateBytes(BinaryDataResult* result, const void* data, uint32_t size, int
   return Finish(result, std::move(bytes), last, stream->msg, "compression");
 }
 
-bool InflateBytes(BinaryDataResult* result, const void* data, uint32_t size) {
+bool TMVUtilityUnzipImpl::InflateBuffer(BinaryDataResult* result, const void* data, uint32_t size) {
   if (size == 0) return false;
   ZlibStream stream(inflateEnd);
   if (inflateInit_(stream.get(), kZlibVersion, sizeof(z_stream)) != Z_OK) return false;
@@ -102,7 +104,8 @@ bool InflateBytes(BinaryDataResult* result, const void* data, uint32_t size) {
   return Finish(result, std::move(bytes), last, stream->msg, "decompression");
 }
 
-int32_t GunzipBytes(const void* data, uint32_t size, void* output, uint32_t* capacity) {
+int32_t TMVUtilityUnzipImpl::GunzipBuffer(const void* data, uint32_t size, void* output,
+                                          uint32_t* capacity) {
   static constexpr Bytef kZlibHeader[] = {0x78, 0x01};
   ZlibStream stream(inflateEnd);
   stream->next_in = Input(data);

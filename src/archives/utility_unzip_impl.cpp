@@ -1,33 +1,90 @@
 #include "archives/utility_unzip_impl.h"
-#include "archives/archive_extraction.h"
+
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <string>
+
 #include "archives/archive_reader.h"
-#include "archives/entry_extraction.h"
-#include "archives/memory_compression.h"
+#include "temvar/utility_string.h"
+#include "utilities/file/binary_data_impl.h"
 
 namespace temvar {
 
-bool TMVUtilityUnzipImpl::ExtractArchive(const char* archive, const char* destination) {
-  return ExtractArchiveTo(archive, destination);
+namespace {
+
+void TellError(int code, const char* archive, const char* where) {
+  std::cerr << "Error " << code << " with zipfile " << archive << " in " << where << std::endl;
 }
 
-int32_t TMVUtilityUnzipImpl::GunzipBuffer(const void* data, uint32_t size, void* output,
-                                          uint32_t* capacity) {
-  return GunzipBytes(data, size, output, capacity);
+// Appends the open entry's contents; minizip's result, or UNZ_INTERNALERROR once there is more than
+// a BinaryDataResult can count. The size that the archive states may be a lie and isn't used.
+int AppendEntry(unzFile archive, char* block, std::string* bytes) {
+  for (;;) {
+    const int count = unzReadCurrentFile(archive, block, kReadSize);
+    if (count <= 0) return count;
+    const auto size = static_cast<size_t>(count);
+    if (size > kMaxBinaryDataSize - bytes->size()) return UNZ_INTERNALERROR;
+    bytes->append(block, size);
+  }
 }
 
-bool TMVUtilityUnzipImpl::ExtractEntry(BinaryDataResult* result, const char* archive,
-                                       const char* entry) {
-  return ExtractEntryToMemory(result, archive, entry);
-}
-
-bool TMVUtilityUnzipImpl::InflateBuffer(BinaryDataResult* result, const void* data, uint32_t size) {
-  return InflateBytes(result, data, size);
-}
+}  // namespace
 
 void* TMVUtilityUnzipImpl::OpenArchive(const char* archive) { return OpenForReading(archive); }
 
+bool TMVUtilityUnzipImpl::ExtractEntry(BinaryDataResult* result, const char* archive_path,
+                                       const char* entry_name) {
+  const char* const path = TmvUtilityString()->SafeString(archive_path);
+  const char* const entry = TmvUtilityString()->SafeString(entry_name);
+  const UnzipHandle archive(TmvUtilityUnzip()->OpenArchive(path));
+  if (archive == nullptr) {
+    std::cerr << "Cannot open " << path << std::endl;
+    return false;
+  }
+  constexpr int kCaseSensitive = 1;
+  if (unzLocateFile(archive.get(), entry, kCaseSensitive) != UNZ_OK) {
+    std::cerr << "File " << entry << " not found in " << path << std::endl;
+    return false;
+  }
+  EntryInfo info;
+  int code = ReadEntryInfo(archive.get(), &info);
+  if (code != UNZ_OK) {
+    TellError(code, path, "unzGetCurrentFileInfo.");
+    return false;
+  }
+  const auto block = NewReadBlock();
+  if (block == nullptr) {
+    std::cerr << "Error allocating memory for read buffer" << std::endl;
+    return false;
+  }
+  code = OpenEntry(archive.get(), info);
+  if (code != UNZ_OK) {
+    TellError(code, path, "unzOpenCurrentFilePassword.");
+    return false;
+  }
+  auto bytes = std::make_unique<std::string>();
+  std::cout << "Extracting: " << info.name.c_str() << " from " << path << std::endl;
+  code = AppendEntry(archive.get(), block.get(), bytes.get());
+  if (code < 0) {
+    TellError(code, path, "unzReadCurrentFile");
+    bytes->clear();
+    code = unzCloseCurrentFile(archive.get());
+  } else {
+    code = CloseEntry(archive.get(), info, bytes->size());
+  }
+  if (code != UNZ_OK) {
+    TellError(code, path, "unzCloseCurrentFile");
+    bytes->clear();
+  }
+  FillBinaryData(result, std::move(bytes));
+  return true;
+}
+
 namespace {
+
 constinit TMVUtilityUnzipImpl unzip;
+
 }  // namespace
 
 }  // namespace temvar

@@ -1,14 +1,101 @@
 #include "archives/utility_zip_impl.h"
-#include "archives/directory_walk.h"
-#include "archives/memory_compression.h"
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/links.h"
+#include "platform/win32.h"
 #include "temvar/utility_string.h"
+#include "utilities/string/text.h"
+#include "utilities/system/system_path.h"
 
 namespace temvar {
+
+namespace {
+
+using WideString = std::basic_string<TmvWideChar>;
+using WideView = std::basic_string_view<TmvWideChar>;
+
+// Takes a file's path and the name that it gets in the archive.
+using FileVisitor = std::function<void(const char* path, const char* name)>;
+
+SystemPath InSystemForm(const WideString& path) {
+  return SystemPath(WideText(NewText(WideView(path))));
+}
+
+bool IsSeparator(TmvWideChar unit) { return unit == TMV_WIDE('/') || unit == TMV_WIDE('\\'); }
+
+bool IsSelfOrParent(const TmvWideChar* name) {
+  const WideView text(name);
+  return text == TMV_WIDE(".") || text == TMV_WIDE("..");
+}
+
+// Bytes that a path loses to become a name: the root's and those of a separator behind it.
+size_t CutOf(const char* root) {
+  const size_t length = std::strlen(root);
+  const bool has_separator = length != 0 && (root[length - 1] == '/' || root[length - 1] == '\\');
+  return has_separator ? length : length + 1;
+}
+
+class Walk {
+ public:
+  Walk(size_t cut, const FileVisitor& visit) : cut_(cut), visit_(visit) {}
+
+  void Enter(WideString directory) {
+    if (directory.empty()) return;
+    if (!IsSeparator(directory.back())) directory += TMV_WIDE('/');
+    WIN32_FIND_DATAW data;
+    const HANDLE find = FindFirstFileW(InSystemForm(directory + TMV_WIDE('*')).get(), &data);
+    if (find == INVALID_HANDLE_VALUE) return;
+    const FindCloser closer{find};
+    open_directories_.push_back(directory);
+    do {
+      if (!IsSelfOrParent(data.cFileName)) Visit(directory + data.cFileName, data);
+    } while (FindNextFileW(find, &data));
+    open_directories_.pop_back();
+  }
+
+ private:
+  struct FindCloser {
+    HANDLE find;
+    ~FindCloser() { FindClose(find); }
+  };
+
+  void Visit(const WideString& path, const WIN32_FIND_DATAW& data) {
+    if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+      const bool is_link = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+      if (!is_link || !LeadsBack(path)) Enter(path);
+      return;
+    }
+    const NarrowText text = ToUtf8(path.c_str());
+    visit_(text.get(), text.get() + std::min(cut_, std::strlen(text.get())));
+  }
+
+  // Whether a link leads to a directory that is being walked: such a walk would never end.
+  bool LeadsBack(const WideString& link) const {
+    const SystemPath link_path = InSystemForm(link);
+    return std::any_of(open_directories_.begin(), open_directories_.end(),
+                       [&](const WideString& directory) {
+                         return IsSameFile(link_path.get(), InSystemForm(directory).get());
+                       });
+  }
+
+  const size_t cut_;
+  const FileVisitor& visit_;
+  std::vector<WideString> open_directories_;  // From the first to the one that is listed now.
+};
+
+}  // namespace
 
 void TMVUtilityZipImpl::AddDirectory(const char* directory, const char* root) {
   if (TmvUtilityString()->IsNullOrEmpty(directory)) return;
   if (TmvUtilityString()->IsNullOrEmpty(root)) root = directory;
-  WalkFiles(directory, root, [this](const char* path, const char* name) { AddFile(path, name); });
+  const FileVisitor add = [this](const char* path, const char* name) { AddFile(path, name); };
+  Walk(CutOf(root), add).Enter(ToWide(directory).get());
 }
 
 void TMVUtilityZipImpl::AddFile(const char* path, const char* name) {
@@ -16,19 +103,14 @@ void TMVUtilityZipImpl::AddFile(const char* path, const char* name) {
   entries_[path] = TmvUtilityString()->SafeString(name);
 }
 
-bool TMVUtilityZipImpl::WriteArchive(const char* archive, const char* exclusions) {
-  return WriteArchiveFile(archive, entries_, exclusions);
-}
+namespace {
 
-bool TMVUtilityZipImpl::DeflateBuffer(BinaryDataResult* result, const void* data, uint32_t size,
-                                      int32_t level) {
-  return DeflateBytes(result, data, size, level);
-}
+TMVUtilityZipImpl* ToImpl(TMVUtilityZip* zip) { return dynamic_cast<TMVUtilityZipImpl*>(zip); }
+
+}  // namespace
 
 }  // namespace temvar
 
 TMVUtilityZip* CreateTmvUtilityZip() { return new temvar::TMVUtilityZipImpl; }
 
-void DestroyTmvUtilityZip(TMVUtilityZip* zip) {
-  delete dynamic_cast<temvar::TMVUtilityZipImpl*>(zip);
-}
+void DestroyTmvUtilityZip(TMVUtilityZip* zip) { delete temvar::ToImpl(zip); }

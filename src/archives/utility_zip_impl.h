@@ -1,7 +1,9 @@
 #ifndef TEMVAR_ARCHIVES_UTILITY_ZIP_IMPL_H_
 #define TEMVAR_ARCHIVES_UTILITY_ZIP_IMPL_H_
 
-#include "archives/archive_writer.h"
+#include <map>
+#include <string>
+
 #include "temvar/utility_zip.h"
 
 namespace temvar {
@@ -15,7 +17,8 @@ class TMVUtilityZipImpl final : public TMVUtilityZip {
                      int32_t level) override;
 
  private:
-  ArchiveEntries entries_;
+  // What goes into an archive: a file's path, and its name there, empty for its own.
+  std::map<std::string, std::string> entries_;
 };
 
 }  // namespace temvar

@@ -78,9 +78,7 @@ JsonValue* FindMember(JsonValue& object, const char* key) {
 }
 
 JsonValue PoolText(const char* text, size_t length, JsonPool& pool) {
-  if (length > kMaxTextLength) {
-    throw std::bad_alloc();
-  }
+  if (length > kMaxTextLength) throw std::bad_alloc();
   auto* copy = static_cast<char*>(pool.Malloc(length + 1));
   std::memcpy(copy, text, length);
   copy[length] = '\0';

@@ -94,9 +94,7 @@ const JsonValue* Next(Writer& writer, std::vector<Level>& levels) {
       writer.Key(member.name.GetString(), member.name.GetStringLength());
       return &member.value;
     }
-    if (container->IsArray() && next < container->Size()) {
-      return &container->Begin()[next++];
-    }
+    if (container->IsArray() && next < container->Size()) return &container->Begin()[next++];
     container->IsObject() ? writer.EndObject(next) : writer.EndArray(next);
     levels.pop_back();
   }

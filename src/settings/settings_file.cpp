@@ -17,9 +17,7 @@ constexpr int64_t kMaxFileSize = UINT32_MAX - 1;
 
 std::optional<std::string> ReadSettingsFile(const char* path) {
   const Stream file(TmvUtilityFile()->OpenFile(path, "rb"));
-  if (file == nullptr || std::fseek(file.get(), 0, SEEK_END) != 0) {
-    return std::nullopt;
-  }
+  if (file == nullptr || std::fseek(file.get(), 0, SEEK_END) != 0) return std::nullopt;
   const int64_t size = std::ftell(file.get());
   if (size < 0 || size > kMaxFileSize || std::fseek(file.get(), 0, SEEK_SET) != 0) {
     return std::nullopt;

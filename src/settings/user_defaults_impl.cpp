@@ -41,9 +41,7 @@ const char* TextOf(const JsonValue* value) {
 }
 
 int32_t IntegerOf(const JsonValue* value) {
-  if (value == nullptr || !value->IsNumber() || value->IsDouble()) {
-    return 0;
-  }
+  if (value == nullptr || !value->IsNumber() || value->IsDouble()) return 0;
   const uint64_t bits =
       value->IsUint64() ? value->GetUint64() : static_cast<uint64_t>(value->GetInt64());
   return static_cast<int32_t>(static_cast<uint32_t>(bits));
@@ -63,15 +61,11 @@ TMVUserDefaultsImpl::TMVUserDefaultsImpl(std::string name, std::string path)
     document_ = ParseJson(text->c_str());
     loaded_ = document_ != nullptr;
   }
-  if (!loaded_) {
-    document_ = NewJsonDocument();
-  }
+  if (!loaded_) document_ = NewJsonDocument();
 }
 
 JsonValue* TMVUserDefaultsImpl::ObjectOf(Value* parent) {
-  if (document_ == nullptr) {
-    return nullptr;
-  }
+  if (document_ == nullptr) return nullptr;
   JsonValue* value = parent != nullptr ? FromHandle(parent) : document_.get();
   return value->IsObject() ? value : nullptr;
 }
@@ -127,9 +121,7 @@ IntTriple TMVUserDefaultsImpl::GetIntTriple(const char* key, Value* parent) {
   for (int32_t& number : numbers) {
     number = LeadingNumber(piece);
     piece = std::strchr(piece, ',');
-    if (piece == nullptr) {
-      break;
-    }
+    if (piece == nullptr) break;
     ++piece;
   }
   return {numbers[0], numbers[1], numbers[2]};

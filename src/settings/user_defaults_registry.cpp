@@ -20,23 +20,17 @@ struct Registry {
 Registry* registry = nullptr;
 
 bool Init(const char* name, const char* path) {
-  if (registry == nullptr) {
-    registry = new Registry;
-  }
+  if (registry == nullptr) registry = new Registry;
   auto store = std::make_unique<TMVUserDefaultsImpl>(name != nullptr ? name : "",
                                                      path != nullptr ? path : "");
   TMVUserDefaultsImpl*& entry = registry->stores[name != nullptr ? name : ""];
-  if (entry != nullptr) {
-    registry->replaced.push_back(entry);
-  }
+  if (entry != nullptr) registry->replaced.push_back(entry);
   entry = store.release();
   return entry->IsLoaded();
 }
 
 TMVUserDefaults* Get(const char* name) {
-  if (registry == nullptr) {
-    return nullptr;
-  }
+  if (registry == nullptr) return nullptr;
   const auto found = registry->stores.find(name != nullptr ? name : "");
   return found == registry->stores.end() ? nullptr : found->second;
 }

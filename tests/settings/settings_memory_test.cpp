@@ -1,5 +1,5 @@
 // The stack that parser, writer and document stand on.
-#include "settings/rapidjson_stack.h"
+#include "settings/rapidjson.h"
 
 #include <gtest/gtest.h>
 
