@@ -13,18 +13,18 @@
 
 namespace {
 
-using temvar_test::Bytes;
+using test::Bytes;
 
 Bytes Document() {
   if (const char* path = std::getenv("TEMVAR_BENCH_MANIFEST")) {
     std::ifstream file(path, std::ios::binary);
     return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
   }
-  temvar_test::ManifestBuilder builder({"manifest", "package", "org.example.large", "activity",
-                                        "name", ".ActivityOfTheHost", "exported", "theme"});
+  test::ManifestBuilder builder({"manifest", "package", "org.example.large", "activity", "name",
+                                 ".ActivityOfTheHost", "exported", "theme"});
   builder.Start(0, {{1, 2}});
   for (int i = 0; i < 5000; ++i) {
-    builder.Start(3, {{4, 5}, {6, temvar_test::kNone, 1}, {7, temvar_test::kNone, 0x0103000C}});
+    builder.Start(3, {{4, 5}, {6, test::kNone, 1}, {7, test::kNone, 0x0103000C}});
     builder.End(3);
   }
   return builder.End(0).Build();

@@ -19,6 +19,8 @@ bool TMVAndroidManifestImpl::Decode(const uint8_t* data, int32_t length) {
   return true;
 }
 
+// A search for bytes, not a look-up of a key, as the interface documents: a name that is part of a
+// longer word, or of a value, is found too.
 char* TMVAndroidManifestImpl::GetAttributeValue(const char* name) {
   const std::string_view text = text_;
   const size_t match = name == nullptr ? text.npos : text.find(name);
@@ -28,6 +30,13 @@ char* TMVAndroidManifestImpl::GetAttributeValue(const char* name) {
   return NewNarrowText(text.substr(start, end - start));
 }
 
+namespace {
+
+TMVAndroidManifestImpl* ToImpl(TMVAndroidManifest* manifest) {
+  return dynamic_cast<TMVAndroidManifestImpl*>(manifest);
+}
+
+}  // namespace
 }  // namespace temvar
 
 TMV_API TMVAndroidManifest* CreateTmvAndroidManifest() {
@@ -35,5 +44,5 @@ TMV_API TMVAndroidManifest* CreateTmvAndroidManifest() {
 }
 
 TMV_API void DestroyTmvAndroidManifest(TMVAndroidManifest* manifest) {
-  delete dynamic_cast<temvar::TMVAndroidManifestImpl*>(manifest);
+  delete temvar::ToImpl(manifest);
 }

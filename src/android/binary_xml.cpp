@@ -28,7 +28,8 @@ int32_t BinaryXml::Word(int64_t offset) const {
 
 int64_t BinaryXml::FirstRecord() const {
   const int64_t start = Word(kScanStart);
-  // In front of the buffer there is nothing to find; keep the alignment of the steps.
+  // Before the buffer there is nothing to find, so a negative start moves up to the first step
+  // inside it.
   const int64_t first = start >= 0 ? start : start + (-start + kWord - 1) / kWord * kWord;
   for (int64_t offset = first; offset < length_ - kWord; offset += kWord) {
     if (static_cast<uint32_t>(Word(offset)) == kStartTag) return offset;
@@ -37,6 +38,7 @@ int64_t BinaryXml::FirstRecord() const {
 }
 
 void BinaryXml::AppendString(int32_t index, std::string& out) const {
+  // The index is not compared with the string count: entries beyond it are read like others.
   const int64_t entry = kStringIndex + kWord * index;
   if (index < 0 || entry > std::numeric_limits<int32_t>::max()) return;
   const int64_t start = strings_ + Word(entry);

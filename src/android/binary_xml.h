@@ -1,9 +1,9 @@
 // Reading of Android's binary XML as a table of 32-bit little-endian words and a pool of strings.
 //
-//   offset  0            12 bytes that nobody reads (magic, sizes)
-//          12            scan start: from here the first start tag is searched
+//   offset  0            12 bytes that are not read (magic, sizes)
+//          12            scan start: where the search for the first start tag begins
 //          16            number of entries in the string index
-//          20            16 bytes that nobody reads (styles, flags)
+//          20            16 bytes that are not read (styles, flags: every pool is read as UTF-16)
 //          36            string index: for each string its offset in the string data
 //          36 + 4 * n    string data: each string a 16-bit count and that many 16-bit units
 //
@@ -20,7 +20,8 @@ namespace temvar {
 
 class BinaryXml {
  public:
-  // Looks at `data` and does not keep it alive. A null buffer and a negative length are empty.
+  // Refers to `data`, which must outlive this object. A null buffer and a negative length are
+  // empty.
   BinaryXml(const uint8_t* data, int32_t length);
 
   int64_t length() const { return length_; }
@@ -28,7 +29,7 @@ class BinaryXml {
   // The word at `offset`, read as signed.
   int32_t Word(int64_t offset) const;
 
-  // Offset of the first record: the first start tag at or behind the scan start, in steps of a
+  // Offset of the first record: the first start tag at or after the scan start, in steps of a
   // word, or the scan start itself if there is none.
   int64_t FirstRecord() const;
 

@@ -6,8 +6,8 @@
 namespace temvar {
 namespace {
 
-// Records and attributes are rows of words; these are the rows' sizes and the offsets of what is
-// read of them.
+// Records and attributes are rows of 32-bit words: their sizes, and the offsets of the fields that
+// are read.
 constexpr int64_t kStartTagSize = 36;
 constexpr int64_t kEndTagSize = 24;
 constexpr int64_t kAttributeSize = 20;
@@ -19,12 +19,12 @@ constexpr int64_t kAttributeTyped = 16;
 constexpr int32_t kNoString = -1;
 
 constexpr size_t kIndentStep = 2;
-constexpr size_t kMaxIndent = 45;
+constexpr size_t kMaxIndent = 45;  // odd, and so no multiple of the step: as documented
 
 template <typename Number>
 void AppendNumber(Number value, int base, std::string& out) {
   char digits[24];
-  const auto result = std::to_chars(digits, digits + sizeof digits, value, base);
+  const auto result = std::to_chars(digits, digits + sizeof(digits), value, base);
   out.append(digits, result.ptr);
 }
 
@@ -42,6 +42,7 @@ class Printer {
       } else if (code == kEndTag) {
         offset = PrintEndTag(offset);
       } else {
+        // Reading ends without a message at the first end of a namespace.
         if (code != kEndNamespace) PrintUnrecognized(code, offset);
         return;
       }
@@ -49,7 +50,7 @@ class Printer {
   }
 
  private:
-  // Both give the offset behind the record.
+  // Both return the offset after the record.
   int64_t PrintStartTag(int64_t offset) {
     Indent();
     out_ += '<';
@@ -66,7 +67,7 @@ class Printer {
   }
 
   int64_t PrintEndTag(int64_t offset) {
-    // An end tag with nothing open stays at the left margin.
+    // An end tag without an open element stays at the left margin.
     depth_ -= depth_ > 0 ? 1 : 0;
     Indent();
     out_ += "</";

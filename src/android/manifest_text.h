@@ -7,9 +7,9 @@
 
 namespace temvar {
 
-// What a document of `length` bytes may add to the text, more or less one attribute: far beyond any
-// real manifest (an attribute takes 20 bytes), and a bound for a forged one, each attribute of
-// which names the same string of 65,535 units.
+// The most that a document of `length` bytes adds to the text, give or take one attribute. No real
+// manifest comes near (an attribute takes 20 bytes). A forged one can name the same string of
+// 65,535 units in each attribute, and would otherwise grow with the square of its size.
 inline constexpr size_t MaxManifestText(int64_t length) {
   return (size_t{64} << 20) + 16 * static_cast<size_t>(length);
 }

@@ -15,7 +15,6 @@
 #include "utilities/system/system_path.h"
 
 namespace temvar {
-
 namespace {
 
 constexpr int kOutputError = -1;
@@ -25,7 +24,7 @@ void TellZipError(int code, const char* where) {
 }
 
 // Gives the file its entry's time as creation and last-write time. What fails is left as it is.
-void StampFile(const TmvWideChar* path, uLong dos_date) {
+void StampFile(const TmvWideChar* path, uLong dosDate) {
   const HANDLE file =
       CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
   if (file == INVALID_HANDLE_VALUE) return;
@@ -35,8 +34,7 @@ void StampFile(const TmvWideChar* path, uLong dos_date) {
   FILETIME local;
   FILETIME stamp;
   if (GetFileTime(file, &creation, &access, &write) &&
-      DosDateTimeToFileTime(static_cast<WORD>(dos_date >> 16), static_cast<WORD>(dos_date),
-                            &local) &&
+      DosDateTimeToFileTime(static_cast<WORD>(dosDate >> 16), static_cast<WORD>(dosDate), &local) &&
       LocalFileTimeToFileTime(&local, &stamp)) {
     SetFileTime(file, &stamp, &access, &stamp);
   }
@@ -69,11 +67,11 @@ class Extraction {
 };
 
 bool Extraction::ExtractAll() {
-  unz_global_info64 archive_info;
-  unzGetGlobalInfo64(archive_, &archive_info);
-  for (ZPOS64_T i = 0; i < archive_info.number_entry; ++i) {
+  unz_global_info64 archiveInfo;
+  unzGetGlobalInfo64(archive_, &archiveInfo);
+  for (ZPOS64_T i = 0; i < archiveInfo.number_entry; ++i) {
     if (ExtractCurrent() != UNZ_OK) return false;
-    if (i + 1 == archive_info.number_entry) break;
+    if (i + 1 == archiveInfo.number_entry) break;
     const int result = unzGoToNextFile(archive_);
     if (result != UNZ_OK) {
       TellZipError(result, "unzGoToNextFile");
@@ -95,15 +93,15 @@ int Extraction::ExtractCurrent() {
     return UNZ_INTERNALERROR;
   }
   const std::string path = prefix_ + entry.name;
-  const bool is_directory = LastComponent(path) == path.size();
-  const bool is_inner = IsInnerName(entry.name) && links_.IsFreeOfLinks(entry.name);
-  if (is_directory) {
+  const bool isDirectory = LastComponent(path) == path.size();
+  const bool isInner = IsInnerName(entry.name) && links_.IsFreeOfLinks(entry.name);
+  if (isDirectory) {
     std::printf("creating directory: %s\n", path.c_str());
-    if (!is_inner) return Refuse(path);
+    if (!isInner) return Refuse(path);
     MakeDirectory(path);
     return UNZ_OK;
   }
-  if (!is_inner) {
+  if (!isInner) {
     std::printf(" extracting: %s\n", path.c_str());
     return Refuse(path);
   }
@@ -145,7 +143,7 @@ int Extraction::ExtractFile(const EntryInfo& entry, const std::string& path) {
       unzCloseCurrentFile(archive_);
       return result;
     }
-    StampFile(wide.get(), entry.dos_date);
+    StampFile(wide.get(), entry.dosDate);
     result = CloseEntry(archive_, entry, count);
   }
   if (result != UNZ_OK) TellZipError(result, "unzCloseCurrentFile");
@@ -153,25 +151,25 @@ int Extraction::ExtractFile(const EntryInfo& entry, const std::string& path) {
 }
 
 int Extraction::CopyOut(Stream output, uint64_t* total) {
-  bool is_written = true;
+  bool isWritten = true;
   int count = 0;
-  while (is_written && (count = unzReadCurrentFile(archive_, block_.get(), kReadSize)) > 0) {
+  while (isWritten && (count = unzReadCurrentFile(archive_, block_.get(), kReadSize)) > 0) {
     *total += static_cast<uint64_t>(count);
-    is_written = std::fwrite(block_.get(), static_cast<size_t>(count), 1, output.get()) == 1;
+    isWritten = std::fwrite(block_.get(), static_cast<size_t>(count), 1, output.get()) == 1;
   }
   if (count < 0) TellZipError(count, "unzReadCurrentFile");
   // The last bytes leave for the disk, which may be full, only here.
-  if (std::fclose(output.release()) != 0) is_written = false;
+  if (std::fclose(output.release()) != 0) isWritten = false;
   if (count < 0) return count;
-  if (is_written) return UNZ_OK;
+  if (isWritten) return UNZ_OK;
   std::printf("error in writing extracted file\n");
   return kOutputError;
 }
 
 }  // namespace
 
-bool TMVUtilityUnzipImpl::ExtractArchive(const char* archive_path, const char* destination) {
-  const char* const path = TmvUtilityString()->SafeString(archive_path);
+bool TMVUtilityUnzipImpl::ExtractArchive(const char* archivePath, const char* destination) {
+  const char* const path = TmvUtilityString()->SafeString(archivePath);
   // An empty text would stand for the root of the current drive. Text that is no UTF-8 is empty
   // too.
   std::basic_string<TmvWideChar> prefix = ToWide(destination).get();
@@ -182,9 +180,9 @@ bool TMVUtilityUnzipImpl::ExtractArchive(const char* archive_path, const char* d
     WriteWideErrorLine((std::string("Cannot open ") + path).c_str());
     return false;
   }
-  std::string narrow_prefix = ToUtf8(prefix.c_str()).get();
-  CreateDirectoryW(SystemPath(narrow_prefix.c_str()).get(), nullptr);
-  return Extraction(archive.get(), std::move(narrow_prefix)).ExtractAll();
+  std::string narrowPrefix = ToUtf8(prefix.c_str()).get();
+  CreateDirectoryW(SystemPath(narrowPrefix.c_str()).get(), nullptr);
+  return Extraction(archive.get(), std::move(narrowPrefix)).ExtractAll();
 }
 
 }  // namespace temvar

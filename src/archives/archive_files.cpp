@@ -8,7 +8,6 @@
 #include "platform/archive_files.h"
 
 namespace temvar {
-
 namespace {
 
 constexpr uLong kBlockSize = 4096;
@@ -32,60 +31,60 @@ constexpr char kEndSignature[] = {'P', 'K', 5, 6};
 // none of them throws.
 //
 // Invariants:
-// - The block holds the bytes [block_start, block_start + block_size) of what minizip sees, and
+// - The block holds the bytes [blockStart, blockStart + blockSize) of what minizip sees, and
 //   nothing once something was written.
 // - What minizip sees is `shift` zero bytes (0 or 1), then the file.
-// - file_position is where the file stands, kUnknown after a failure.
-// - file_end is where the file was found to end, kUnknown before that. minizip reads on behind it,
+// - filePosition is where the file stands, kUnknown after a failure.
+// - fileEnd is where the file was found to end, kUnknown before that. minizip reads on behind it,
 //   up to 64 KB byte by byte for a header that claims them, and must not reach the system for each.
 struct BlockFile {
   static constexpr ZPOS64_T kUnknown = ~ZPOS64_T{0};
 
   voidpf file;
   ZPOS64_T position = 0;
-  ZPOS64_T file_position = 0;
-  ZPOS64_T file_end = kUnknown;
+  ZPOS64_T filePosition = 0;
+  ZPOS64_T fileEnd = kUnknown;
   ZPOS64_T shift = 0;
-  ZPOS64_T block_start = 0;
-  uLong block_size = 0;
+  ZPOS64_T blockStart = 0;
+  uLong blockSize = 0;
   char block[kBlockSize] = {};
 
   bool MoveTo(ZPOS64_T target) {
-    if (file_position == target) return true;
+    if (filePosition == target) return true;
     const auto& system = SystemFiles();
     if (system.zseek64_file(system.opaque, file, target, ZLIB_FILEFUNC_SEEK_SET) != 0) {
-      file_position = kUnknown;
+      filePosition = kUnknown;
       return false;
     }
-    file_position = target;
+    filePosition = target;
     return true;
   }
 
   // Reads from the file's own position `start` on.
   uLong ReadAt(ZPOS64_T start, void* data, uLong size) {
-    if (start >= file_end || !MoveTo(start)) return 0;
+    if (start >= fileEnd || !MoveTo(start)) return 0;
     const auto& system = SystemFiles();
     const uLong moved = system.zread_file(system.opaque, file, data, size);
-    if (moved < size) file_end = start + moved;
-    file_position = moved == size ? start + moved : kUnknown;
+    if (moved < size) fileEnd = start + moved;
+    filePosition = moved == size ? start + moved : kUnknown;
     return moved;
   }
 
   void FillBlock() {
-    block_start = position;
+    blockStart = position;
     if (position < shift) {
       block[0] = 0;
-      block_size = 1;
+      blockSize = 1;
     } else {
-      block_size = ReadAt(position - shift, block, kBlockSize);
+      blockSize = ReadAt(position - shift, block, kBlockSize);
     }
   }
 
   // Copies what the block holds from `position` on.
   uLong TakeFromBlock(char* data, uLong size) {
-    if (position < block_start || position - block_start >= block_size) return 0;
-    const auto offset = static_cast<uLong>(position - block_start);
-    const uLong count = std::min(size, block_size - offset);
+    if (position < blockStart || position - blockStart >= blockSize) return 0;
+    const auto offset = static_cast<uLong>(position - blockStart);
+    const uLong count = std::min(size, blockSize - offset);
     std::memcpy(data, block + offset, count);
     position += count;
     return count;
@@ -103,10 +102,10 @@ voidpf Open(voidpf, const void* path, int mode) noexcept {
   }
   if ((mode & ZLIB_FILEFUNC_MODE_WRITE) == 0) {
     stream->FillBlock();
-    if (stream->block_size >= sizeof(kEndSignature) &&
+    if (stream->blockSize >= sizeof(kEndSignature) &&
         std::memcmp(stream->block, kEndSignature, sizeof(kEndSignature)) == 0) {
       stream->shift = 1;
-      stream->block_size = 0;
+      stream->blockSize = 0;
     }
   }
   return stream;
@@ -134,13 +133,13 @@ uLong Read(voidpf, voidpf handle, void* data, uLong size) noexcept {
 
 uLong Write(voidpf, voidpf handle, const void* data, uLong size) noexcept {
   auto* stream = static_cast<BlockFile*>(handle);
-  stream->block_size = 0;
-  stream->file_end = BlockFile::kUnknown;
+  stream->blockSize = 0;
+  stream->fileEnd = BlockFile::kUnknown;
   if (!stream->MoveTo(stream->position)) return 0;
   const auto& system = SystemFiles();
   const uLong moved = system.zwrite_file(system.opaque, stream->file, data, size);
   stream->position += moved;
-  stream->file_position = stream->position;
+  stream->filePosition = stream->position;
   return moved;
 }
 
@@ -155,10 +154,10 @@ long Seek(voidpf, voidpf handle, ZPOS64_T offset, int origin) noexcept {
     start = stream->position;
   } else if (origin == ZLIB_FILEFUNC_SEEK_END) {
     const auto& system = SystemFiles();
-    stream->file_position = BlockFile::kUnknown;
+    stream->filePosition = BlockFile::kUnknown;
     if (system.zseek64_file(system.opaque, stream->file, 0, ZLIB_FILEFUNC_SEEK_END) != 0) return -1;
-    stream->file_position = system.ztell64_file(system.opaque, stream->file);
-    start = stream->file_position + stream->shift;
+    stream->filePosition = system.ztell64_file(system.opaque, stream->file);
+    start = stream->filePosition + stream->shift;
   }
   const ZPOS64_T target = start + offset;  // An offset back wraps around, as it is meant to.
   if (target > static_cast<ZPOS64_T>(INT64_MAX)) return -1;

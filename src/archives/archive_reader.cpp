@@ -27,7 +27,7 @@ int ReadEntryInfo(unzFile archive, EntryInfo* info) {
     result = unzGetCurrentFileInfo(archive, &raw, info->name.data(), raw.size_filename, nullptr, 0,
                                    nullptr, 0);
   }
-  info->dos_date = raw.dosDate;
+  info->dosDate = raw.dosDate;
   info->method = raw.compression_method;
   info->size = raw.uncompressed_size;
   return result;

@@ -26,7 +26,7 @@ unzFile OpenForReading(const char* archive);
 // What is needed of the current entry. `name` has all its bytes, also a NUL.
 struct EntryInfo {
   std::string name;
-  uLong dos_date;
+  uLong dosDate;
   uLong method;
   uLong size;  // Of the contents as the archive states it, in as many bits as a uLong has.
 };

@@ -15,7 +15,6 @@
 #include "utilities/system/system_path.h"
 
 namespace temvar {
-
 namespace {
 
 constexpr size_t kWriteSize = 16384;
@@ -115,10 +114,10 @@ int Writer::CopyIn(const std::string& path, std::FILE* input) {
 
 }  // namespace
 
-bool TMVUtilityZipImpl::WriteArchive(const char* archive_path, const char* exclusions) {
-  ZipHandle archive = CreateArchive(archive_path);
+bool TMVUtilityZipImpl::WriteArchive(const char* archivePath, const char* exclusions) {
+  ZipHandle archive = CreateArchive(archivePath);
   if (archive == nullptr) {
-    std::printf("error opening %s\n", TmvUtilityString()->SafeString(archive_path));
+    std::printf("error opening %s\n", TmvUtilityString()->SafeString(archivePath));
     return false;
   }
   Writer writer(archive.get());
@@ -129,7 +128,7 @@ bool TMVUtilityZipImpl::WriteArchive(const char* archive_path, const char* exclu
     writer.Add(path, name);
   }
   if (zipClose(archive.release(), nullptr) != ZIP_OK) {
-    std::printf("error in closing %s\n", archive_path);
+    std::printf("error in closing %s\n", archivePath);
     return false;
   }
   return true;

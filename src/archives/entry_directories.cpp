@@ -7,7 +7,6 @@
 #include "utilities/system/folders.h"
 
 namespace temvar {
-
 namespace {
 
 bool IsSeparator(char character) { return character == '/' || character == '\\'; }

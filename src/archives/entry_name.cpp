@@ -6,7 +6,6 @@
 #include "utilities/system/system_path.h"
 
 namespace temvar {
-
 namespace {
 
 constexpr std::string_view kSeparators = "/\\";
@@ -76,7 +75,7 @@ PathKind LinkGuard::KindBelow(std::string_view name) const {
 
 bool LinkGuard::IsFreeOfLinks(std::string_view name) {
   const std::string_view directory = name.substr(0, LastComponent(name));
-  if (directory != known_directory_) {
+  if (directory != knownDirectory_) {
     for (size_t end = 0; (end = directory.find_first_of(kSeparators, end)) != directory.npos;
          ++end) {
       const PathKind kind = KindBelow(directory.substr(0, end));
@@ -84,7 +83,7 @@ bool LinkGuard::IsFreeOfLinks(std::string_view name) {
       // What is missing will be made, and nothing lies below it.
       if (kind == PathKind::kMissing) return true;
     }
-    known_directory_ = directory;
+    knownDirectory_ = directory;
   }
   return directory.size() == name.size() || KindBelow(name) != PathKind::kLink;
 }

@@ -32,7 +32,7 @@ class LinkGuard {
   PathKind KindBelow(std::string_view name) const;
 
   const std::string destination_;
-  std::string known_directory_;  // Holds no link; empty or with its separator at the end.
+  std::string knownDirectory_;  // Holds no link; empty or with its separator at the end.
 };
 
 }  // namespace temvar

@@ -11,7 +11,6 @@
 #include "utilities/file/binary_data_impl.h"
 
 namespace temvar {
-
 namespace {
 
 constexpr char kZlibVersion[] = "1.2.5";
@@ -63,13 +62,13 @@ int AppendAll(ZlibStream& stream, std::string& bytes, Step step) {
 }
 
 // Hands the bytes over after a stream's regular end; anything else is told in a line.
-bool Finish(BinaryDataResult* result, std::unique_ptr<std::string> bytes, int zlib_result,
+bool Finish(BinaryDataResult* result, std::unique_ptr<std::string> bytes, int zlibResult,
             const char* message, const char* operation) {
-  if (zlib_result == Z_STREAM_END) {
+  if (zlibResult == Z_STREAM_END) {
     FillBinaryData(result, std::move(bytes));
     return true;
   }
-  std::cout << "Exception during zlib " << operation << ": (" << zlib_result << ") ";
+  std::cout << "Exception during zlib " << operation << ": (" << zlibResult << ") ";
   if (message != nullptr) std::cout << message;
   std::cout << std::endl;
   return false;

@@ -10,7 +10,6 @@
 #include "utilities/file/binary_data_impl.h"
 
 namespace temvar {
-
 namespace {
 
 void TellError(int code, const char* archive, const char* where) {
@@ -33,10 +32,10 @@ int AppendEntry(unzFile archive, char* block, std::string* bytes) {
 
 void* TMVUtilityUnzipImpl::OpenArchive(const char* archive) { return OpenForReading(archive); }
 
-bool TMVUtilityUnzipImpl::ExtractEntry(BinaryDataResult* result, const char* archive_path,
-                                       const char* entry_name) {
-  const char* const path = TmvUtilityString()->SafeString(archive_path);
-  const char* const entry = TmvUtilityString()->SafeString(entry_name);
+bool TMVUtilityUnzipImpl::ExtractEntry(BinaryDataResult* result, const char* archivePath,
+                                       const char* entryName) {
+  const char* const path = TmvUtilityString()->SafeString(archivePath);
+  const char* const entry = TmvUtilityString()->SafeString(entryName);
   const UnzipHandle archive(TmvUtilityUnzip()->OpenArchive(path));
   if (archive == nullptr) {
     std::cerr << "Cannot open " << path << std::endl;
@@ -86,7 +85,6 @@ namespace {
 constinit TMVUtilityUnzipImpl unzip;
 
 }  // namespace
-
 }  // namespace temvar
 
 TMVUtilityUnzip* TmvUtilityUnzip() { return &temvar::unzip; }

@@ -14,7 +14,6 @@
 #include "utilities/system/system_path.h"
 
 namespace temvar {
-
 namespace {
 
 using WideString = std::basic_string<TmvWideChar>;
@@ -37,8 +36,8 @@ bool IsSelfOrParent(const TmvWideChar* name) {
 // Bytes that a path loses to become a name: the root's and those of a separator behind it.
 size_t CutOf(const char* root) {
   const size_t length = std::strlen(root);
-  const bool has_separator = length != 0 && (root[length - 1] == '/' || root[length - 1] == '\\');
-  return has_separator ? length : length + 1;
+  const bool hasSeparator = length != 0 && (root[length - 1] == '/' || root[length - 1] == '\\');
+  return hasSeparator ? length : length + 1;
 }
 
 class Walk {
@@ -52,11 +51,11 @@ class Walk {
     const HANDLE find = FindFirstFileW(InSystemForm(directory + TMV_WIDE('*')).get(), &data);
     if (find == INVALID_HANDLE_VALUE) return;
     const FindCloser closer{find};
-    open_directories_.push_back(directory);
+    openDirectories_.push_back(directory);
     do {
       if (!IsSelfOrParent(data.cFileName)) Visit(directory + data.cFileName, data);
     } while (FindNextFileW(find, &data));
-    open_directories_.pop_back();
+    openDirectories_.pop_back();
   }
 
  private:
@@ -67,8 +66,8 @@ class Walk {
 
   void Visit(const WideString& path, const WIN32_FIND_DATAW& data) {
     if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-      const bool is_link = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-      if (!is_link || !LeadsBack(path)) Enter(path);
+      const bool isLink = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+      if (!isLink || !LeadsBack(path)) Enter(path);
       return;
     }
     const NarrowText text = ToUtf8(path.c_str());
@@ -77,16 +76,16 @@ class Walk {
 
   // Whether a link leads to a directory that is being walked: such a walk would never end.
   bool LeadsBack(const WideString& link) const {
-    const SystemPath link_path = InSystemForm(link);
-    return std::any_of(open_directories_.begin(), open_directories_.end(),
+    const SystemPath linkPath = InSystemForm(link);
+    return std::any_of(openDirectories_.begin(), openDirectories_.end(),
                        [&](const WideString& directory) {
-                         return IsSameFile(link_path.get(), InSystemForm(directory).get());
+                         return IsSameFile(linkPath.get(), InSystemForm(directory).get());
                        });
   }
 
   const size_t cut_;
   const FileVisitor& visit_;
-  std::vector<WideString> open_directories_;  // From the first to the one that is listed now.
+  std::vector<WideString> openDirectories_;  // From the first to the one that is listed now.
 };
 
 }  // namespace
@@ -108,7 +107,6 @@ namespace {
 TMVUtilityZipImpl* ToImpl(TMVUtilityZip* zip) { return dynamic_cast<TMVUtilityZipImpl*>(zip); }
 
 }  // namespace
-
 }  // namespace temvar
 
 TMVUtilityZip* CreateTmvUtilityZip() { return new temvar::TMVUtilityZipImpl; }

@@ -11,7 +11,7 @@ using rapidjson::SizeType;
 // RapidJSON counts in 32 bits.
 constexpr size_t kMaxTextLength = std::numeric_limits<SizeType>::max() - 1;
 
-// Takes what the parser reads and hands it to the document.
+// Passes what the parser reads on to the document.
 class DocumentBuilder {
  public:
   explicit DocumentBuilder(JsonDocument& document) : document_(document) {}
@@ -23,8 +23,8 @@ class DocumentBuilder {
   bool Int64(int64_t value) { return document_.Int64(value); }
   bool Uint64(uint64_t value) { return document_.Uint64(value); }
 
-  // The parser refuses 1e309 and lets 1.8e308 through as infinity. Written back, that would be a
-  // file that nobody can read: both are refused.
+  // The parser refuses 1e309 but accepts 1.8e308 as infinity, which would be written as a file that
+  // no parser accepts. Both are refused.
   bool Double(double value) { return std::isfinite(value) && document_.Double(value); }
 
   bool RawNumber(const char*, SizeType, bool) { return false; }
@@ -56,8 +56,8 @@ std::unique_ptr<JsonDocument> ParseJson(const char* text) {
     DocumentBuilder builder(target);
     rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, JsonHeap> reader;
     rapidjson::StringStream stream(text);
-    // Iterative: the recursive parser, which gives the same results, would let a file of some
-    // 10,000 opening brackets overflow the thread's stack.
+    // Iterative: with the recursive parser, whose results are the same, a file of some 10,000
+    // opening brackets would overflow the thread's stack.
     return !reader.Parse<rapidjson::kParseIterativeFlag>(stream, builder).IsError();
   };
   document->Populate(parse);
@@ -65,6 +65,8 @@ std::unique_ptr<JsonDocument> ParseJson(const char* text) {
   return valid ? std::move(document) : nullptr;
 }
 
+// A linear scan for the first match, as documented. No index: it would have to follow every member
+// that a host reaches and edits through handles.
 JsonValue* FindMember(JsonValue& object, const char* key) {
   const size_t length = std::strlen(key);
   auto member = object.MemberBegin();
@@ -87,13 +89,13 @@ JsonValue PoolText(const char* text, size_t length, JsonPool& pool) {
 
 void AppendMember(JsonValue& object, JsonValue& name, JsonValue& value, JsonPool& pool) {
   // RapidJSON raises the capacity of the object before it allocates; without the larger array, the
-  // next member would be written behind the old one. So the object is put back by its bytes.
+  // next member would be written past the end of the old one. So the object's bytes are restored.
   char before[sizeof(JsonValue)];
-  std::memcpy(before, static_cast<const void*>(&object), sizeof before);
+  std::memcpy(before, static_cast<const void*>(&object), sizeof(before));
   try {
     object.AddMember(name, value, pool);
   } catch (...) {
-    std::memcpy(static_cast<void*>(&object), before, sizeof before);
+    std::memcpy(static_cast<void*>(&object), before, sizeof(before));
     throw;
   }
 }

@@ -1,8 +1,8 @@
 // Reading and changing a settings document.
 //
 // Texts (names and strings) are blocks of the pool that values refer to, also the shortest ones,
-// which RapidJSON by itself would keep inside the value: so a text stays where and what it is when
-// its value is overwritten or moved.
+// which RapidJSON by itself would keep inside the value: so a text keeps its address and content
+// when its value is overwritten or moved.
 #ifndef TEMVAR_SETTINGS_JSON_DOCUMENT_H_
 #define TEMVAR_SETTINGS_JSON_DOCUMENT_H_
 
@@ -16,7 +16,7 @@ namespace temvar {
 std::unique_ptr<JsonDocument> NewJsonDocument();
 
 // The document of a NUL-terminated text in strict JSON whose root is an object or an array; null if
-// the text is anything else. A NUL ends the text wherever it stands.
+// the text is anything else. The first NUL ends the text.
 std::unique_ptr<JsonDocument> ParseJson(const char* text);
 
 // The value of the first member called `key`, null if there is none.

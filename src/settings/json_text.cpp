@@ -22,15 +22,15 @@ void AppendEscape(char byte, JsonText& out) {
   const size_t place = kNamed.find(byte);
   if (place != kNamed.npos) {
     const char escape[] = {'\\', kNames[place]};
-    Append({escape, sizeof escape}, out);
+    Append({escape, sizeof(escape)}, out);
   } else {
     const auto code = static_cast<unsigned char>(byte);
     const char escape[] = {'\\', 'u', '0', '0', kDigits[code >> 4], kDigits[code & 15]};
-    Append({escape, sizeof escape}, out);
+    Append({escape, sizeof(escape)}, out);
   }
 }
 
-// A string between quotation marks: runs of bytes that stand for themselves go in one piece.
+// A string between quotation marks: runs of bytes that need no escape are copied in one piece.
 void AppendQuoted(std::string_view text, JsonText& out) {
   out.Put('"');
   size_t begin = 0;
@@ -52,18 +52,18 @@ class TextWriter : public Base {
  public:
   explicit TextWriter(JsonText& out) : Base(out) {}
 
-  // As printf does it for "%g", but with a decimal point whatever the host's locale is.
+  // The format of "%g", but always with a decimal point: printf takes it from the host's locale.
   bool Double(double value) {
     char text[32];
     const auto end =
-        std::to_chars(text, text + sizeof text, value, std::chars_format::general, 6).ptr;
+        std::to_chars(text, text + sizeof(text), value, std::chars_format::general, 6).ptr;
     return Base::RawValue(text, static_cast<size_t>(end - text), rapidjson::kNumberType);
   }
 
-  // RapidJSON writes byte by byte and reserves six bytes for each, a product that it makes in 32
-  // bits.
+  // RapidJSON's own writes byte by byte and reserves six bytes for each, a product that it computes
+  // in 32 bits and that overflows.
   bool String(const char* text, SizeType length, bool /*copy*/ = false) {
-    Base::RawValue("", 0, rapidjson::kStringType);  // what stands in front of a value
+    Base::RawValue("", 0, rapidjson::kStringType);  // Comma, line end and indentation before it.
     AppendQuoted({text, length}, *Base::os_);
     return true;
   }

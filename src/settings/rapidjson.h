@@ -25,7 +25,7 @@ class BoundedAllocator {
 
   void* Malloc(size_t size) { return Realloc(nullptr, 0, size); }
 
-  void* Realloc(void* block, size_t /*old_size*/, size_t size) {
+  void* Realloc(void* block, size_t /*oldSize*/, size_t size) {
     if (size == 0) {
       std::free(block);
       return nullptr;
@@ -47,7 +47,7 @@ class Stack<temvar::BoundedAllocator<kLimit>> {
  public:
   using Allocator = temvar::BoundedAllocator<kLimit>;
 
-  Stack(Allocator* /*stateless*/, size_t initial_capacity) : initial_capacity_(initial_capacity) {}
+  Stack(Allocator* /*stateless*/, size_t initialCapacity) : initialCapacity_(initialCapacity) {}
   Stack(const Stack&) = delete;
   Stack& operator=(const Stack&) = delete;
   ~Stack() { std::free(data_); }
@@ -101,12 +101,12 @@ class Stack<temvar::BoundedAllocator<kLimit>> {
     return reinterpret_cast<T*>(data_ + offset);
   }
 
-  void Grow(size_t count, size_t element_size) {
-    if (count > (std::numeric_limits<size_t>::max() / 2 - size_) / element_size) {
+  void Grow(size_t count, size_t elementSize) {
+    if (count > (std::numeric_limits<size_t>::max() / 2 - size_) / elementSize) {
       throw std::bad_alloc();
     }
-    const size_t grown = data_ == nullptr ? initial_capacity_ : capacity_ + (capacity_ + 1) / 2;
-    const size_t capacity = std::max(grown, size_ + count * element_size);
+    const size_t grown = data_ == nullptr ? initialCapacity_ : capacity_ + (capacity_ + 1) / 2;
+    const size_t capacity = std::max(grown, size_ + count * elementSize);
     data_ = static_cast<char*>(Allocator().Realloc(data_, capacity_, capacity));
     capacity_ = capacity;
   }
@@ -114,7 +114,7 @@ class Stack<temvar::BoundedAllocator<kLimit>> {
   char* data_ = nullptr;
   size_t size_ = 0;
   size_t capacity_ = 0;
-  const size_t initial_capacity_;
+  const size_t initialCapacity_;
 };
 
 }  // namespace rapidjson::internal

@@ -1,13 +1,12 @@
 #include "settings/user_defaults_impl.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 #include "settings/json_document.h"
 #include "settings/json_text.h"
 #include "settings/settings_file.h"
+#include "utilities/string/numbers.h"
 #include "utilities/string/text.h"
 
 namespace temvar {
@@ -29,8 +28,7 @@ TMVUserDefaults::Member* ToHandle(JsonMember* member) {
   return reinterpret_cast<TMVUserDefaults::Member*>(member);
 }
 
-// Stands for every value that is not there. Nothing ever changes it: it is no object, so that the
-// setters leave it alone.
+// The value of every absent member. It never changes: setters accept objects only, and it is none.
 JsonValue* SharedNull() {
   static auto* const null = new JsonValue;
   return null;
@@ -45,12 +43,6 @@ int32_t IntegerOf(const JsonValue* value) {
   const uint64_t bits =
       value->IsUint64() ? value->GetUint64() : static_cast<uint64_t>(value->GetInt64());
   return static_cast<int32_t>(static_cast<uint32_t>(bits));
-}
-
-// As atoi, which leaves open what a number of more than 32 bits gives.
-int32_t LeadingNumber(const char* text) {
-  const long long number = std::strtoll(text, nullptr, 10);
-  return static_cast<int32_t>(std::clamp<long long>(number, INT32_MIN, INT32_MAX));
 }
 
 }  // namespace
@@ -115,11 +107,11 @@ int32_t TMVUserDefaultsImpl::GetInt(const char* key, Value* parent) {
 }
 
 IntTriple TMVUserDefaultsImpl::GetIntTriple(const char* key, Value* parent) {
-  // strtoll stops at a comma, so that the text need not be cut into pieces.
+  // The number ends at the comma by itself, so the text need not be copied and cut.
   int32_t numbers[3] = {};
   const char* piece = GetString(key, parent);
   for (int32_t& number : numbers) {
-    number = LeadingNumber(piece);
+    number = ParseInt32(piece);
     piece = std::strchr(piece, ',');
     if (piece == nullptr) break;
     ++piece;

@@ -38,7 +38,7 @@ class TMVUserDefaultsImpl final : public TMVUserDefaults {
   char* StringifyValue(Value* value) override;
 
  private:
-  // The object that `parent` stands for; null if it is none.
+  // `parent`, or the root if that is null; null if it is no object.
   JsonValue* ObjectOf(Value* parent);
   // The member's value; null if there is none.
   JsonValue* Find(const char* key, Value* parent);

@@ -12,7 +12,8 @@ constexpr char kStandardName[] = "UserDefault";
 
 struct Registry {
   std::map<std::string, TMVUserDefaultsImpl*> stores;
-  // Stores that a later one of the same name has taken the place of: hosts may still use them.
+  // Stores that a later one of the same name has replaced: hosts may still hold pointers to them,
+  // and a list keeps leak checkers quiet.
   std::vector<TMVUserDefaultsImpl*> replaced;
 };
 

@@ -9,9 +9,7 @@
 
 namespace {
 
-using temvar_test::Bytes;
-using temvar_test::kNone;
-using temvar_test::ManifestBuilder;
+using namespace test;
 
 class ManifestLookup : public testing::Test {
  protected:
@@ -19,9 +17,7 @@ class ManifestLookup : public testing::Test {
     EXPECT_TRUE(manifest_->Decode(document.data(), static_cast<int32_t>(document.size())));
   }
 
-  std::string Value(const char* name) {
-    return temvar_test::Take(manifest_->GetAttributeValue(name));
-  }
+  std::string Value(const char* name) { return Take(manifest_->GetAttributeValue(name)); }
 
   const std::unique_ptr<TMVAndroidManifest, decltype(&DestroyTmvAndroidManifest)> manifest_{
       CreateTmvAndroidManifest(), &DestroyTmvAndroidManifest};
@@ -64,7 +60,7 @@ TEST_F(ManifestLookup, LetsTheFirstDocumentAnswer) {
   Decode(Example());
   Decode(ManifestBuilder({"manifest", "package", "c.d", "last"})
              .Start(0, {{1, 2}, {3, 2}})
-             .Words({temvar_test::kTextCode})
+             .Words({kTextCode})
              .Build());
   EXPECT_EQ(Value("package"), "a.b");
   EXPECT_EQ(Value("last"), "c.d");

@@ -12,10 +12,7 @@
 
 namespace {
 
-using temvar_test::Bytes;
-using temvar_test::kNone;
-using temvar_test::ManifestBuilder;
-using temvar_test::SetWord;
+using namespace test;
 
 // The decoder's text. The bytes stand in a block of their own size, for the sanitizers.
 std::string Decode(const Bytes& document) {
@@ -50,8 +47,8 @@ TEST(ManifestText, PrintsElementsOnLinesOfTheirOwn) {
 }
 
 TEST(ManifestText, ShowsWhatThePackagerCompiled) {
-  EXPECT_EQ(Decode({std::begin(k_application_bin), std::end(k_application_bin)}),
-            std::string(std::begin(k_application_txt), std::end(k_application_txt)));
+  EXPECT_EQ(Decode({std::begin(kApplicationBin), std::end(kApplicationBin)}),
+            std::string(std::begin(kApplicationTxt), std::end(kApplicationTxt)));
 }
 
 TEST(ManifestText, KeepsTheLowByteOfEachUnit) {
@@ -81,20 +78,20 @@ TEST(ManifestText, IndentsByTwoBlanksUpTo45) {
 
 TEST(ManifestText, StopsAtWhatIsNoTag) {
   ManifestBuilder builder({"e"});
-  builder.Start(0).Words({temvar_test::kTextCode, 28, 1, kNone, 0, 8, 0});
+  builder.Start(0).Words({kTextCode, 28, 1, kNone, 0, 8, 0});
   const size_t offset = builder.FirstRecord() + 36;
   EXPECT_EQ(Decode(builder.Build()),
             "<e>\n  Unrecognized tag code '100104' at offset " + std::to_string(offset));
 
   // A document without any tag begins at the scan start, whatever stands there.
-  Bytes no_tag = ManifestBuilder({"e"}).Build();
-  SetWord(no_tag, 12, 4);
-  EXPECT_EQ(Decode(no_tag).substr(0, 25), "  Unrecognized tag code '");
-  SetWord(no_tag, 12, static_cast<uint32_t>(no_tag.size()));
-  EXPECT_EQ(Decode(no_tag), "");
-  SetWord(no_tag, 12, static_cast<uint32_t>(no_tag.size() - 3));
-  EXPECT_EQ(Decode(no_tag),
-            "  Unrecognized tag code '0' at offset " + std::to_string(no_tag.size() - 3));
+  Bytes noTag = ManifestBuilder({"e"}).Build();
+  SetWord(noTag, 12, 4);
+  EXPECT_EQ(Decode(noTag).substr(0, 25), "  Unrecognized tag code '");
+  SetWord(noTag, 12, static_cast<uint32_t>(noTag.size()));
+  EXPECT_EQ(Decode(noTag), "");
+  SetWord(noTag, 12, static_cast<uint32_t>(noTag.size() - 3));
+  EXPECT_EQ(Decode(noTag),
+            "  Unrecognized tag code '0' at offset " + std::to_string(noTag.size() - 3));
 }
 
 // One word of the plain document changed.
@@ -103,8 +100,8 @@ TEST(ManifestText, HarmsNothingOnForgedDocuments) {
   const std::string rest =
       " package=\"a.b\">\n  <uses-sdk minSdkVersion=\"resourceID 0x9\">\n  "
       "</uses-sdk>\n</manifest>\n";
-  const std::string last_unnamed = "<" + rest.substr(0, rest.size() - 12) + "</>\n";
-  const std::string no_strings = "< =\"\">\n  < =\"resourceID 0x9\">\n  </>\n</>\n";
+  const std::string lastUnnamed = "<" + rest.substr(0, rest.size() - 12) + "</>\n";
+  const std::string noStrings = "< =\"\">\n  < =\"resourceID 0x9\">\n  </>\n</>\n";
   const struct {
     const char* what;
     size_t offset;
@@ -123,12 +120,12 @@ TEST(ManifestText, HarmsNothingOnForgedDocuments) {
       {"negative value", first + 36 + 8, 0xFFFFFFFE, "<manifest package=\"\"" + rest.substr(14)},
       {"string count of none puts the strings over the index", 16, 0,
        "< =\"t\">\n  <ckage =\"resourceID 0x9\">\n  </ckage>\n</>\n"},
-      {"string count of the most", 16, 0x7FFFFFFF, no_strings},
-      {"string count of the least", 16, 0x80000000, no_strings},
-      {"string far behind", 36, 0x7FFFFFFF, last_unnamed},
+      {"string count of the most", 16, 0x7FFFFFFF, noStrings},
+      {"string count of the least", 16, 0x80000000, noStrings},
+      {"string far behind", 36, 0x7FFFFFFF, lastUnnamed},
       {"string at the last byte", 36, static_cast<uint32_t>(Plain().Build().size() - 1 - 60),
-       last_unnamed},
-      {"string far in front", 36, 0x80000000, last_unnamed},
+       lastUnnamed},
+      {"string far in front", 36, 0x80000000, lastUnnamed},
       {"scan from far in front", 12, 0x80000000, "<manifest" + rest},
       {"scan from in front, off the words", 12, 0xFFFFFFFF,
        "  Unrecognized tag code '0' at offset -1"},
@@ -178,7 +175,7 @@ TEST(ManifestText, BoundsWhatAForgedDocumentCosts) {
   // 4,000 attributes name one string of 65,535 units twice: 500 MB if nothing stopped it.
   const std::string longest(65535, 'x');
   ManifestBuilder builder({longest});
-  builder.Words({temvar_test::kStartTagCode, 0, 0, 0, 0, 0, 0, 4000, 0});
+  builder.Words({kStartTagCode, 0, 0, 0, 0, 0, 0, 4000, 0});
   for (int i = 0; i < 4000; ++i) builder.Words({0, 0, 0, 0, 0});
   const Bytes document = builder.Build();
   const size_t text = Decode(document).size();

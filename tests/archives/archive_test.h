@@ -1,6 +1,6 @@
 // What the tests of archives share.
-#ifndef TEMVAR_TESTS_ARCHIVES_ARCHIVE_TEST_H_
-#define TEMVAR_TESTS_ARCHIVES_ARCHIVE_TEST_H_
+#ifndef TESTS_ARCHIVES_ARCHIVE_TEST_H_
+#define TESTS_ARCHIVES_ARCHIVE_TEST_H_
 
 #include <gmock/gmock.h>
 #include <temvar/handles.h>
@@ -13,7 +13,7 @@
 #include "support/work_folder.h"
 #include "support/zip_file.h"
 
-namespace temvar_test {
+namespace test {
 
 // What a call prints on standard output and standard error, to the byte.
 struct Output {
@@ -74,7 +74,7 @@ class ArchiveTest : public WorkFolderTest {
     std::error_code error;
     for (const auto& item : std::filesystem::recursive_directory_iterator(top, error)) {
       std::u8string name = item.path().lexically_relative(top).generic_u8string();
-      if (item.is_directory()) name += u8'/';
+      if (item.isDirectory()) name += u8'/';
       names.insert(std::string(name.begin(), name.end()));
     }
     std::filesystem::rename(top, place);
@@ -100,6 +100,6 @@ inline std::string NoisyBytes(size_t size, uint32_t seed = 1) {
   return bytes;
 }
 
-}  // namespace temvar_test
+}  // namespace test
 
-#endif  // TEMVAR_TESTS_ARCHIVES_ARCHIVE_TEST_H_
+#endif  // TESTS_ARCHIVES_ARCHIVE_TEST_H_

@@ -5,20 +5,17 @@
 
 namespace {
 
-using temvar_test::NoisyBytes;
-using temvar_test::Output;
-using temvar_test::OutputOf;
-using temvar_test::ZipEntry;
+using namespace test;
 using testing::ElementsAre;
 using testing::Field;
 
-class CreationTest : public temvar_test::ArchiveTest {
+class CreationTest : public ArchiveTest {
  protected:
   // Writes "a.zip" and gives its entries.
   std::vector<ZipEntry> Write(const char* exclusions = nullptr) {
     output_ = OutputOf([&] { result_ = zip_->WriteArchive(Archive().c_str(), exclusions); });
     EXPECT_EQ(output_.err, "");
-    return temvar_test::ReadZip(GetFile("a.zip"));
+    return ReadZip(GetFile("a.zip"));
   }
 
   std::vector<std::string> Names(const char* exclusions = nullptr) {
@@ -62,13 +59,13 @@ TEST_P(CreationTest, EntriesHoldWhatTheFormatAsks) {
   ASSERT_THAT(entries, ElementsAre(Field(&ZipEntry::name, "in/large.bin"),
                                    Field(&ZipEntry::name, "nothing")));
   EXPECT_EQ(entries[0].data, large);
-  EXPECT_EQ(entries[0].packed, temvar_test::Deflated(large, -15));
+  EXPECT_EQ(entries[0].packed, Deflated(large, -15));
   EXPECT_EQ(entries[1].data, "");
   for (const ZipEntry& entry : entries) {
     EXPECT_EQ(entry.method, 8);
     EXPECT_EQ(entry.flags, 0);
-    EXPECT_EQ(entry.external_attributes, 0u);
-    EXPECT_EQ(entry.central_extra, "");
+    EXPECT_EQ(entry.externalAttributes, 0u);
+    EXPECT_EQ(entry.centralExtra, "");
   }
 }
 
@@ -136,7 +133,7 @@ TEST_P(CreationTest, AnArchiveInItsOwnTreeStandsEmptyInIt) {
   const Output output = OutputOf([&] { result = zip_->WriteArchive(own.c_str(), nullptr); });
   EXPECT_TRUE(result);
   EXPECT_EQ(output.out, "error in opening " + Path("data") + "/own.zip for reading\n");
-  EXPECT_EQ(temvar_test::ReadZip(GetFile("data/own.zip")).size(), 4u);
+  EXPECT_EQ(ReadZip(GetFile("data/own.zip")).size(), 4u);
 }
 
 TEST_P(CreationTest, AnArchiveThatCantBeMadeIsFalse) {
@@ -152,7 +149,7 @@ TEST_P(CreationTest, AnArchiveThatCantBeMadeIsFalse) {
 
 TEST_P(CreationTest, AddDirectoryNamesFilesRelativeToTheRoot) {
   MakeTree();
-  const auto names_with = [&](const std::string& directory, const char* root) {
+  const auto namesWith = [&](const std::string& directory, const char* root) {
     zip_ = tmv::MakeZip();
     zip_->AddDirectory(directory.c_str(), root);
     return Names();
@@ -160,25 +157,25 @@ TEST_P(CreationTest, AddDirectoryNamesFilesRelativeToTheRoot) {
   const std::string data = Path("data");
   const std::string parent = Path();
   const std::string longer = data + std::string(1000, 'x');
-  EXPECT_THAT(names_with(data, ""), ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
+  EXPECT_THAT(namesWith(data, ""), ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
   for (const char* ending : {"", "/", "\\"}) {
-    EXPECT_THAT(names_with(data + ending, nullptr),
+    EXPECT_THAT(namesWith(data + ending, nullptr),
                 ElementsAre("b.txt", "sub/a.txt", "sub/deeper/c.txt"));
   }
-  EXPECT_THAT(names_with(data, parent.c_str()),
+  EXPECT_THAT(namesWith(data, parent.c_str()),
               ElementsAre("data/b.txt", "data/sub/a.txt", "data/sub/deeper/c.txt"));
   // A root that no path goes beyond leaves the bare names.
-  EXPECT_THAT(names_with(Slashed(data), longer.c_str()), ElementsAre("b.txt", "a.txt", "c.txt"));
+  EXPECT_THAT(namesWith(Slashed(data), longer.c_str()), ElementsAre("b.txt", "a.txt", "c.txt"));
   for (const std::string& nothing : {std::string(), Path("missing"), Path("data/b.txt")}) {
-    EXPECT_THAT(names_with(nothing, nullptr), ElementsAre());
+    EXPECT_THAT(namesWith(nothing, nullptr), ElementsAre());
   }
 }
 
 TEST_P(CreationTest, LinksThatLeadBackEndTheWalk) {
   MakeTree();
-  std::error_code no_links;
-  std::filesystem::create_directory_symlink(FilePath("data"), FilePath("data/sub/back"), no_links);
-  if (no_links) GTEST_SKIP() << "this system lets the user make no links: " << no_links.message();
+  std::error_code noLinks;
+  std::filesystem::create_directory_symlink(FilePath("data"), FilePath("data/sub/back"), noLinks);
+  if (noLinks) GTEST_SKIP() << "this system lets the user make no links: " << noLinks.message();
   std::filesystem::create_directory_symlink(FilePath("data/sub"), FilePath("data/sub/self"));
   MakeFolder("elsewhere");
   PutFile("elsewhere/d.txt", "d");

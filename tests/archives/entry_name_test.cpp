@@ -5,9 +5,10 @@
 
 namespace {
 
+using namespace test;
 using testing::UnorderedElementsAre;
 
-class EntryNameTest : public temvar_test::ArchiveTest {
+class EntryNameTest : public ArchiveTest {
  protected:
   // What an archive with a hostile entry between two good ones may do: all up to it, and nothing
   // outside of "out".
@@ -18,10 +19,10 @@ class EntryNameTest : public temvar_test::ArchiveTest {
     const Extraction run = Extract();
     EXPECT_FALSE(run.result);
     const std::string shown = Full(name.c_str());
-    const bool is_directory = name.back() == '/' || name.back() == '\\';
+    const bool isDirectory = name.back() == '/' || name.back() == '\\';
     EXPECT_EQ(run.output.out, " extracting: " + Full("good") + "\n" +
-                                  (is_directory ? "creating directory: " : " extracting: ") +
-                                  shown + "\nerror opening " + shown + "\n");
+                                  (isDirectory ? "creating directory: " : " extracting: ") + shown +
+                                  "\nerror opening " + shown + "\n");
     EXPECT_THAT(Tree("out"), UnorderedElementsAre("good"));
     std::filesystem::remove_all(FilePath("out"));
     EXPECT_EQ(Tree(""), before);
@@ -71,9 +72,9 @@ TEST_P(EntryNameTest, LinksInTheDestinationAreNotFollowed) {
   MakeFolder("out/real");
   MakeFolder("outside");
   PutFile("outside/kept.txt", "kept");
-  std::error_code no_links;
-  std::filesystem::create_directory_symlink(FilePath("outside"), FilePath("out/link"), no_links);
-  if (no_links) GTEST_SKIP() << "this system lets the user make no links: " << no_links.message();
+  std::error_code noLinks;
+  std::filesystem::create_directory_symlink(FilePath("outside"), FilePath("out/link"), noLinks);
+  if (noLinks) GTEST_SKIP() << "this system lets the user make no links: " << noLinks.message();
   std::filesystem::create_directory_symlink(FilePath("outside"), FilePath("out/real/deep"));
   std::filesystem::create_symlink(FilePath("outside/kept.txt"), FilePath("out/file.txt"));
   std::filesystem::create_symlink(FilePath("outside/new.txt"), FilePath("out/dangling.txt"));
@@ -92,9 +93,9 @@ TEST_P(EntryNameTest, LinksInTheDestinationAreNotFollowed) {
 
 TEST_P(EntryNameTest, ADestinationThatIsALinkItselfIsTheHostsChoice) {
   MakeFolder("real");
-  std::error_code no_links;
-  std::filesystem::create_directory_symlink(FilePath("real"), FilePath("out"), no_links);
-  if (no_links) GTEST_SKIP() << "this system lets the user make no links: " << no_links.message();
+  std::error_code noLinks;
+  std::filesystem::create_directory_symlink(FilePath("real"), FilePath("out"), noLinks);
+  if (noLinks) GTEST_SKIP() << "this system lets the user make no links: " << noLinks.message();
   PutArchive({{.name = "a/b", .data = "x"}});
   EXPECT_TRUE(Extract().result);
   EXPECT_EQ(GetFile("real/a/b"), "x");

@@ -10,12 +10,12 @@
 
 namespace {
 
+using namespace test;
 using namespace std::chrono_literals;
 using std::chrono::sys_days;
 using std::chrono::sys_seconds;
-using temvar_test::DosDate;
 
-class EntryTimesTest : public temvar_test::ArchiveTest {
+class EntryTimesTest : public ArchiveTest {
  protected:
   sys_seconds TimeOf(std::string_view file) const {
     const auto time = std::filesystem::last_write_time(FilePath(file));
@@ -41,7 +41,7 @@ class EntryTimesTest : public temvar_test::ArchiveTest {
 TEMVAR_IN_A_PLAIN_PLACE(EntryTimesTest);
 
 struct Moment {
-  uint32_t dos_date;
+  uint32_t dosDate;
   sys_seconds local;
 };
 
@@ -67,15 +67,15 @@ TEST_P(EntryTimesTest, TheOffsetIsThatOfTheZone) {
 
 TEST_P(EntryTimesTest, UnpackedFilesGetTheEntrysTime) {
   for (const Moment& moment : kMoments) {
-    PutArchive({{.name = "f", .data = "x", .dos_date = moment.dos_date}});
+    PutArchive({{.name = "f", .data = "x", .dosDate = moment.dosDate}});
     EXPECT_TRUE(Extract().result);
     EXPECT_EQ(TimeOf("out/f"), moment.local - OffsetNow());
   }
 }
 
 TEST_P(EntryTimesTest, ADateThatNoCalendarHasLeavesTheTimeOfUnpacking) {
-  PutArchive({{.name = "f", .data = "x", .dos_date = 0},
-              {.name = "g", .data = "x", .dos_date = 0xFFFFFFFF}});
+  PutArchive({{.name = "f", .data = "x", .dosDate = 0},
+              {.name = "g", .data = "x", .dosDate = 0xFFFFFFFF}});
   EXPECT_TRUE(Extract().result);
   const auto now = std::chrono::system_clock::now();
   EXPECT_LT(now - TimeOf("out/f"), 1h);
@@ -90,9 +90,9 @@ TEST_P(EntryTimesTest, PackedFilesKeepTheirTime) {
     const sys_seconds time = moment.local - OffsetNow();
     SetTime("f", time);
     ASSERT_TRUE(zip->WriteArchive(Archive().c_str(), nullptr));
-    const auto entries = temvar_test::ReadZip(GetFile("a.zip"));
+    const auto entries = ReadZip(GetFile("a.zip"));
     ASSERT_EQ(entries.size(), 1u);
-    EXPECT_EQ(entries[0].dos_date, moment.dos_date);
+    EXPECT_EQ(entries[0].dosDate, moment.dosDate);
     EXPECT_TRUE(Extract().result);
     EXPECT_EQ(TimeOf("out/f"), time);
     // The format counts in twos; Windows rounds an odd second up and Wine 8 rounds it down.

@@ -3,14 +3,14 @@
 
 namespace {
 
-using temvar_test::NoisyBytes;
+using namespace test;
 
-class ExtractEntryTest : public temvar_test::ArchiveTest {
+class ExtractEntryTest : public ArchiveTest {
  protected:
   // Unpacks the entry into `result_`, which a test begins with as it wants it.
   bool Take(const std::string& entry) {
     bool result = false;
-    output_ = temvar_test::OutputOf([&] {
+    output_ = OutputOf([&] {
       result = TmvUtilityUnzip()->ExtractEntry(&record_, Archive().c_str(), entry.c_str());
     });
     return result;
@@ -33,7 +33,7 @@ class ExtractEntryTest : public temvar_test::ArchiveTest {
 
   static constexpr BinaryDataResult kUntouched = {nullptr, nullptr, 77, 78};
   BinaryDataResult record_ = kUntouched;
-  temvar_test::Output output_;
+  Output output_;
 };
 TEMVAR_IN_EVERY_PLACE(ExtractEntryTest);
 
@@ -55,13 +55,13 @@ TEST_P(ExtractEntryTest, GivesTheContents) {
 TEST_P(ExtractEntryTest, WhatIsNotThereIsToldOnStandardError) {
   EXPECT_FALSE(Take("x"));
   EXPECT_EQ(output_.err, "Cannot open " + Archive() + "\n");
-  const std::string long_name(255, 'n');
+  const std::string longName(255, 'n');
   PutArchive({{.name = "Dir/Name", .data = "1"},
-              {.name = long_name, .data = "2"},
-              {.name = long_name + "n", .data = "3"},
+              {.name = longName, .data = "2"},
+              {.name = longName + "n", .data = "3"},
               {.name = "../up", .data = "nothing is written, so this is no danger"}});
   for (const std::string& name : {std::string("dir/name"), std::string("Dir\\Name"),
-                                  std::string("Dir/Nam"), long_name + "n", std::string()}) {
+                                  std::string("Dir/Nam"), longName + "n", std::string()}) {
     EXPECT_FALSE(Take(name));
     EXPECT_EQ(output_.err, "File " + name + " not found in " + Archive() + "\n");
     EXPECT_EQ(output_.out, "");
@@ -69,7 +69,7 @@ TEST_P(ExtractEntryTest, WhatIsNotThereIsToldOnStandardError) {
     EXPECT_EQ(record_.Size, 77u);
     EXPECT_EQ(record_.Reserved, 78u);
   }
-  ASSERT_TRUE(Take(long_name));
+  ASSERT_TRUE(Take(longName));
   EXPECT_EQ(TakenBytes(), "2");
   ASSERT_TRUE(Take("../up"));
   TakenBytes();

@@ -3,11 +3,10 @@
 
 namespace {
 
-using temvar_test::ErrorLine;
-using temvar_test::NoisyBytes;
+using namespace test;
 using testing::UnorderedElementsAre;
 
-using ExtractionTest = temvar_test::ArchiveTest;
+using ExtractionTest = ArchiveTest;
 TEMVAR_IN_EVERY_PLACE(ExtractionTest);
 
 TEST_P(ExtractionTest, UnpacksFilesAndDirectoriesAndTellsEach) {
@@ -53,10 +52,9 @@ TEST_P(ExtractionTest, TheDestinationIsMadeAndMayEndInASeparator) {
 }
 
 TEST_P(ExtractionTest, AnArchiveThatCantBeOpenedIsToldOnStandardError) {
-  const std::string no_archives[] = {
-      "", "no archive at all", std::string(100, 'P'),
-      temvar_test::ZipBytes({{.name = "f", .data = "x"}}).substr(40)};
-  for (const std::string& bytes : no_archives) {
+  const std::string noArchives[] = {"", "no archive at all", std::string(100, 'P'),
+                                    ZipBytes({{.name = "f", .data = "x"}}).substr(40)};
+  for (const std::string& bytes : noArchives) {
     if (bytes.empty()) {
       std::filesystem::remove(FilePath("a.zip"));
     } else {
@@ -68,9 +66,9 @@ TEST_P(ExtractionTest, AnArchiveThatCantBeOpenedIsToldOnStandardError) {
       EXPECT_FALSE(run.result);
       EXPECT_EQ(run.output.out, "");
       // The line goes to the wide stream, which may know no letters beyond ASCII.
-      const bool is_ascii = GetParam() != temvar_test::FolderKind::kInternational;
+      const bool isAscii = GetParam() != FolderKind::kInternational;
       EXPECT_THAT(run.output.err,
-                  testing::StartsWith("Cannot open " + (is_ascii ? Archive() + "\n" : "")));
+                  testing::StartsWith("Cannot open " + (isAscii ? Archive() + "\n" : "")));
       EXPECT_FALSE(Exists("out"));
       EXPECT_EQ(TmvUtilityUnzip()->OpenArchive(Archive().c_str()), nullptr);
     }
@@ -112,7 +110,7 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
   const std::string text = std::string(9999, 'x') + "y";
   const struct {
     const char* what;
-    temvar_test::ZipEntry entry;
+    ZipEntry entry;
     int code;
     const char* where;
   } damages[] = {
@@ -120,7 +118,7 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
       {"a wrong CRC of deflated data", {.data = "data", .method = 8, .crc = 1}, -105, kClose},
       {"no deflated data", {.data = "data", .method = 8, .packed = "\xFF\xFF\xFF"}, -3, kRead},
       {"deflated data cut short",
-       {.data = text, .method = 8, .packed = temvar_test::Deflated(text, -15).substr(0, 9)},
+       {.data = text, .method = 8, .packed = Deflated(text, -15).substr(0, 9)},
        -5,
        kRead},
       {"stored data longer than stated", {.data = "data", .size = 2}, -105, kClose},
@@ -130,7 +128,7 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
   };
   for (const auto& damage : damages) {
     SCOPED_TRACE(damage.what);
-    temvar_test::ZipEntry bad = damage.entry;
+    ZipEntry bad = damage.entry;
     bad.name = "bad";
     PutArchive({{.name = "before", .data = "b"}, bad, {.name = "behind", .data = "b"}});
     const Extraction run = Extract();
@@ -161,12 +159,12 @@ TEST_P(ExtractionTest, ADamagedDirectoryEndsTheExtraction) {
 TEST_P(ExtractionTest, ReadsArchivesInOtherShapes) {
   const std::string name = "\xC3\xA9t\xC3\xA9 \xE6\xBC\xA2.txt";
   const std::string extra("\x55\x54\x05\0\1TIME", 9);
-  const temvar_test::ZipFrame frames[] = {{.zip64_end = true}, {.prefix = NoisyBytes(5000)}};
+  const ZipFrame frames[] = {{.zip64End = true}, {.prefix = NoisyBytes(5000)}};
   for (const auto& frame : frames) {
-    SCOPED_TRACE(frame.zip64_end);
+    SCOPED_TRACE(frame.zip64End);
     PutArchive({{.name = name, .flags = 0x800},
-                {.name = "extra", .central_extra = extra, .comment = std::string(3000, 'c')},
-                {.name = "broken extra", .central_extra = "\x01\x02\xFF\xFFx"},
+                {.name = "extra", .centralExtra = extra, .comment = std::string(3000, 'c')},
+                {.name = "broken extra", .centralExtra = "\x01\x02\xFF\xFFx"},
                 {.name = "last", .data = "2"}},
                frame);
     EXPECT_TRUE(Extract().result);

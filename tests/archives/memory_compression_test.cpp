@@ -3,9 +3,7 @@
 
 namespace {
 
-using temvar_test::Deflated;
-using temvar_test::NoisyBytes;
-using temvar_test::OutputOf;
+using namespace test;
 
 constexpr BinaryDataResult kUntouched = {nullptr, nullptr, 77, 78};
 
@@ -73,13 +71,13 @@ TEST(MemoryCompression, OtherLevelsAndEmptyInputAreRefusedWithoutALine) {
 
 TEST(MemoryCompression, BadInputIsToldInALine) {
   const std::string packed = Deflated(NoisyBytes(5000), 15);
-  std::string wrong_sum = packed;
-  wrong_sum.back() ^= 1;
+  std::string wrongSum = packed;
+  wrongSum.back() ^= 1;
   const std::string dictionary("\x78\xBB\0\0\0\0", 6);
   const std::string start = "Exception during zlib decompression: (";
   const std::pair<std::string, std::string> cases[] = {
       {"not a zlib stream", "-3) incorrect header check"},
-      {wrong_sum, "-3) incorrect data check"},
+      {wrongSum, "-3) incorrect data check"},
       {packed.substr(0, 1), "-5) "},
       {packed.substr(0, 2500), "-5) "},
       {packed.substr(0, packed.size() - 1), "-5) "},
@@ -127,10 +125,10 @@ TEST(Gunzip, StopsWhereTheCapacityTheInputOrTheMemberEnds) {
 }
 
 TEST(Gunzip, WhatIsNoGzipMemberIsRefused) {
-  std::string wrong_sum = Deflated("data", 31);
-  wrong_sum[wrong_sum.size() - 6] ^= 1;
+  std::string wrongSum = Deflated("data", 31);
+  wrongSum[wrongSum.size() - 6] ^= 1;
   for (const std::string& input :
-       {Deflated("zlib", 15), std::string("\x1F\x8B no"), wrong_sum, std::string(50, '\0')}) {
+       {Deflated("zlib", 15), std::string("\x1F\x8B no"), wrongSum, std::string(50, '\0')}) {
     const Gunzipped gunzipped = Gunzip(input, 100);
     EXPECT_EQ(gunzipped.result, -1);
     EXPECT_EQ(gunzipped.capacity, 100u);

@@ -7,9 +7,9 @@
 
 namespace {
 
-using temvar_test::NoisyBytes;
+using namespace test;
 
-class PeersTest : public temvar_test::ArchiveTest {
+class PeersTest : public ArchiveTest {
  protected:
   // Runs a shell command in the work folder; its exit status is 0.
   bool Shell(const std::string& command) const {

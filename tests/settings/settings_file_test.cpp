@@ -8,10 +8,12 @@
 
 namespace {
 
-class SettingsFile : public temvar_test::SettingsTest {};
+using namespace test;
+
+class SettingsFile : public SettingsTest {};
 TEMVAR_IN_A_PLAIN_PLACE(SettingsFile);
 
-class SettingsPlace : public temvar_test::SettingsTest {};
+class SettingsPlace : public SettingsTest {};
 TEMVAR_IN_EVERY_PLACE(SettingsPlace);
 
 struct Text {

@@ -7,7 +7,8 @@
 
 namespace {
 
-using SettingsHandles = temvar_test::SettingsTest;
+using namespace test;
+using SettingsHandles = SettingsTest;
 TEMVAR_IN_A_PLAIN_PLACE(SettingsHandles);
 
 TEST_P(SettingsHandles, WalksMembersInTheirOrder) {

@@ -11,7 +11,8 @@
 
 namespace {
 
-using SettingsLimits = temvar_test::SettingsTest;
+using namespace test;
+using SettingsLimits = SettingsTest;
 TEMVAR_IN_A_PLAIN_PLACE(SettingsLimits);
 
 void SetLimit(int resource, rlim_t value) {
@@ -51,13 +52,13 @@ TEST_P(SettingsLimits, StaysWholeWhenMemoryIsShort) {
   std::string text = "{\"0\":0";
   for (int i = 1; i < 300000; ++i) text.append(",\"").append(std::to_string(i)).append("\":0");
   TMVUserDefaults* store = Load(text + "}");
-  const std::string long_text(50 << 20, 'x');
+  const std::string longText(50 << 20, 'x');
 
   // The array of members is full: the next one needs a larger array, for which there is no room.
   SetLimit(RLIMIT_AS, AddressSpace() + (4 << 20));
   EXPECT_THROW(store->SetInt("new", 1, nullptr), std::bad_alloc);
   EXPECT_THROW(store->SetInt("new", 1, nullptr), std::bad_alloc);
-  EXPECT_THROW(store->SetString("1", long_text.c_str(), nullptr), std::bad_alloc);
+  EXPECT_THROW(store->SetString("1", longText.c_str(), nullptr), std::bad_alloc);
   EXPECT_THROW(store->Save(), std::bad_alloc);
   EXPECT_THROW(store->StringifyValue(store->GetRootValue()), std::bad_alloc);
   EXPECT_THROW(InitUserDefaults("other", Path(kFile).c_str()), std::bad_alloc);

@@ -8,7 +8,8 @@
 
 namespace {
 
-using SettingsMembers = temvar_test::SettingsTest;
+using namespace test;
+using SettingsMembers = SettingsTest;
 TEMVAR_IN_A_PLAIN_PLACE(SettingsMembers);
 
 constexpr char kAllTypes[] =
@@ -104,7 +105,7 @@ TEST_P(SettingsMembers, ComparesKeysByTheirBytes) {
 
 TEST_P(SettingsMembers, SplitsTriples) {
   TMVUserDefaults* store = Load("{\"number\":789}");
-  const auto triple_of = [store](const char* text) {
+  const auto tripleOf = [store](const char* text) {
     store->SetString("key", text, nullptr);
     const IntTriple triple = store->GetIntTriple("key", nullptr);
     EXPECT_STREQ(store->GetString("key", nullptr), text);
@@ -116,8 +117,8 @@ TEST_P(SettingsMembers, SplitsTriples) {
       {"1,2,3,4", {1, 2, 3}}, {"1,2,3 4", {1, 2, 3}},      {",5", {0, 5, 0}},
       {"1", {1, 0, 0}},       {"1.9,0x10,1e3", {1, 0, 1}}, {"", {0, 0, 0}},
   };
-  for (const auto& [text, numbers] : table) EXPECT_EQ(triple_of(text), numbers) << text;
-  EXPECT_EQ(triple_of("2147483648,-2147483649,99999999999999999999"),
+  for (const auto& [text, numbers] : table) EXPECT_EQ(tripleOf(text), numbers) << text;
+  EXPECT_EQ(tripleOf("2147483648,-2147483649,99999999999999999999"),
             (Numbers{INT32_MAX, INT32_MIN, INT32_MAX}));
   EXPECT_EQ(store->GetIntTriple("number", nullptr).First, 0);
   EXPECT_EQ(store->GetIntTriple("absent", nullptr).Third, 0);

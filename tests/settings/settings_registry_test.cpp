@@ -6,7 +6,8 @@
 
 namespace {
 
-using SettingsRegistry = temvar_test::SettingsTest;
+using namespace test;
+using SettingsRegistry = SettingsTest;
 TEMVAR_IN_A_PLAIN_PLACE(SettingsRegistry);
 
 TEST_P(SettingsRegistry, KnowsStoresByName) {

@@ -9,7 +9,8 @@
 
 namespace {
 
-using SettingsSave = temvar_test::SettingsTest;
+using namespace test;
+using SettingsSave = SettingsTest;
 TEMVAR_IN_A_PLAIN_PLACE(SettingsSave);
 
 TEST_P(SettingsSave, IndentsByFourBlanksALevel) {

@@ -1,14 +1,14 @@
 // Builds compiled manifests from words and strings, the well-formed ones as Android's packager lays
 // them out, and the forged ones by changing words afterwards.
-#ifndef TEMVAR_TESTS_SUPPORT_MANIFEST_BUILDER_H_
-#define TEMVAR_TESTS_SUPPORT_MANIFEST_BUILDER_H_
+#ifndef TESTS_SUPPORT_MANIFEST_BUILDER_H_
+#define TESTS_SUPPORT_MANIFEST_BUILDER_H_
 
 #include <cstdint>
 #include <initializer_list>
 #include <string_view>
 #include <vector>
 
-namespace temvar_test {
+namespace test {
 
 using Bytes = std::vector<uint8_t>;
 
@@ -91,6 +91,6 @@ class ManifestBuilder {
   Bytes records_;
 };
 
-}  // namespace temvar_test
+}  // namespace test
 
-#endif  // TEMVAR_TESTS_SUPPORT_MANIFEST_BUILDER_H_
+#endif  // TESTS_SUPPORT_MANIFEST_BUILDER_H_

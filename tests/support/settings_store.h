@@ -1,6 +1,6 @@
 // A settings store over a file of the test's own.
-#ifndef TEMVAR_TESTS_SUPPORT_SETTINGS_STORE_H_
-#define TEMVAR_TESTS_SUPPORT_SETTINGS_STORE_H_
+#ifndef TESTS_SUPPORT_SETTINGS_STORE_H_
+#define TESTS_SUPPORT_SETTINGS_STORE_H_
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 #include "support/work_folder.h"
 #include "temvar/temvar.h"
 
-namespace temvar_test {
+namespace test {
 
 class SettingsTest : public WorkFolderTest {
  protected:
@@ -46,6 +46,6 @@ class SettingsTest : public WorkFolderTest {
   }
 };
 
-}  // namespace temvar_test
+}  // namespace test
 
-#endif  // TEMVAR_TESTS_SUPPORT_SETTINGS_STORE_H_
+#endif  // TESTS_SUPPORT_SETTINGS_STORE_H_

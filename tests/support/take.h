@@ -1,12 +1,12 @@
 // Takes over text that the library hands out, and releases it as a host must.
-#ifndef TEMVAR_TESTS_SUPPORT_TAKE_H_
-#define TEMVAR_TESTS_SUPPORT_TAKE_H_
+#ifndef TESTS_SUPPORT_TAKE_H_
+#define TESTS_SUPPORT_TAKE_H_
 
 #include <temvar/utility_string.h>
 
 #include <string>
 
-namespace temvar_test {
+namespace test {
 
 // The text of a block, which is released. A null block gives "<null>", which no operation returns.
 inline std::string Take(char* block) {
@@ -22,6 +22,13 @@ inline std::basic_string<TmvWideChar> TakeWide(TmvWideChar* block) {
   return text;
 }
 
+}  // namespace test
+
+// For the tests that still use the old name.
+namespace temvar_test {
+
+using namespace test;
+
 }  // namespace temvar_test
 
-#endif  // TEMVAR_TESTS_SUPPORT_TAKE_H_
+#endif  // TESTS_SUPPORT_TAKE_H_

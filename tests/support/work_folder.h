@@ -1,7 +1,7 @@
 // A fresh folder for each test that touches files, in three kinds of place: a plain one, one with
 // Greek, CJK and an emoji in its name, and one whose path is longer than 260 characters.
 //
-//   using SettingsFileTest = temvar_test::WorkFolderTest;
+//   using SettingsFileTest = test::WorkFolderTest;
 //   TEMVAR_IN_EVERY_PLACE(SettingsFileTest);
 //
 //   TEST_P(SettingsFileTest, KeepsWhatItWasGiven) {
@@ -13,8 +13,8 @@
 // The folder goes with everything in it when the test ends. What can't be removed fails the test:
 // on Windows that is a file somebody forgot to close. A test that needs one kind of place only
 // says TEMVAR_IN_A_PLAIN_PLACE instead, or makes a WorkFolder of its own.
-#ifndef TEMVAR_TESTS_SUPPORT_WORK_FOLDER_H_
-#define TEMVAR_TESTS_SUPPORT_WORK_FOLDER_H_
+#ifndef TESTS_SUPPORT_WORK_FOLDER_H_
+#define TESTS_SUPPORT_WORK_FOLDER_H_
 
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace temvar_test {
+namespace test {
 
 enum class FolderKind { kPlain, kInternational, kLong };
 
@@ -147,19 +147,26 @@ inline std::string NameOfFolderKind(const testing::TestParamInfo<FolderKind>& in
   }
 }
 
+}  // namespace test
+
+// For the tests that still use the old name.
+namespace temvar_test {
+
+using namespace test;
+
 }  // namespace temvar_test
 
 // Runs each TEST_P of `suite`, a class that derives from WorkFolderTest, in every kind of place.
-#define TEMVAR_IN_EVERY_PLACE(suite)                                                            \
-  INSTANTIATE_TEST_SUITE_P(                                                                     \
-      InEveryPlace, suite,                                                                      \
-      testing::Values(temvar_test::FolderKind::kPlain, temvar_test::FolderKind::kInternational, \
-                      temvar_test::FolderKind::kLong),                                          \
-      temvar_test::NameOfFolderKind)
+#define TEMVAR_IN_EVERY_PLACE(suite)                                              \
+  INSTANTIATE_TEST_SUITE_P(                                                       \
+      InEveryPlace, suite,                                                        \
+      testing::Values(test::FolderKind::kPlain, test::FolderKind::kInternational, \
+                      test::FolderKind::kLong),                                   \
+      test::NameOfFolderKind)
 
 // Runs each TEST_P of `suite` in a plain place alone, where the place can make no difference.
-#define TEMVAR_IN_A_PLAIN_PLACE(suite)                                                             \
-  INSTANTIATE_TEST_SUITE_P(InAPlainPlace, suite, testing::Values(temvar_test::FolderKind::kPlain), \
-                           temvar_test::NameOfFolderKind)
+#define TEMVAR_IN_A_PLAIN_PLACE(suite)                                                      \
+  INSTANTIATE_TEST_SUITE_P(InAPlainPlace, suite, testing::Values(test::FolderKind::kPlain), \
+                           test::NameOfFolderKind)
 
-#endif  // TEMVAR_TESTS_SUPPORT_WORK_FOLDER_H_
+#endif  // TESTS_SUPPORT_WORK_FOLDER_H_

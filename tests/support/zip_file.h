@@ -1,7 +1,7 @@
 // A second implementation of the ZIP format for the tests: writes archives as odd or hostile as a
 // test asks for, and reads the central directory of those that the library writes.
-#ifndef TEMVAR_TESTS_SUPPORT_ZIP_FILE_H_
-#define TEMVAR_TESTS_SUPPORT_ZIP_FILE_H_
+#ifndef TESTS_SUPPORT_ZIP_FILE_H_
+#define TESTS_SUPPORT_ZIP_FILE_H_
 
 #include <zlib.h>
 
@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace temvar_test {
+namespace test {
 
 // A DOS date with its time: years from 1980, even seconds.
 constexpr uint32_t DosDate(uint32_t year, uint32_t month, uint32_t day, uint32_t hour,
@@ -25,19 +25,19 @@ struct ZipEntry {
   std::string data = {};
   uint16_t method = 0;  // 0 stored, 8 deflated; another number is told over stored data.
   uint16_t flags = 0;
-  uint32_t dos_date = DosDate(2024, 1, 31, 17, 5, 8);
+  uint32_t dosDate = DosDate(2024, 1, 31, 17, 5, 8);
   std::optional<uint32_t> crc = {};
   std::optional<uint32_t> size = {};  // Of the contents, as both headers tell it.
   std::optional<std::string> packed = {};
-  std::string central_extra = {};
+  std::string centralExtra = {};
   std::string comment = {};
-  uint32_t external_attributes = 0;  // Only read.
+  uint32_t externalAttributes = 0;  // Only read.
 };
 
 // What surrounds the entries.
 struct ZipFrame {
   std::optional<uint16_t> count = {};  // Entries, as the end record tells it.
-  bool zip64_end = false;              // With the two 64-bit records before the end record.
+  bool zip64End = false;               // With the two 64-bit records before the end record.
   std::string prefix = {};             // Bytes before the archive, as in a self-extracting one.
 };
 
@@ -65,9 +65,9 @@ inline uint32_t Crc32(std::string_view data) {
 }
 
 // Packs with zlib; window bits -15 for what stands in a ZIP entry, 15 for zlib, 31 for gzip.
-inline std::string Deflated(std::string_view data, int window_bits, int level = 6) {
+inline std::string Deflated(std::string_view data, int windowBits, int level = 6) {
   z_stream stream = {};
-  deflateInit2(&stream, level, Z_DEFLATED, window_bits, 8, Z_DEFAULT_STRATEGY);
+  deflateInit2(&stream, level, Z_DEFLATED, windowBits, 8, Z_DEFAULT_STRATEGY);
   std::string packed(deflateBound(&stream, static_cast<uLong>(data.size())) + 64, '\0');
   stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
   stream.avail_in = static_cast<uInt>(data.size());
@@ -84,7 +84,7 @@ inline std::string SharedFields(const ZipEntry& entry, const std::string& packed
   return Bytes()
       .Put(entry.flags, 2)
       .Put(entry.method, 2)
-      .Put(entry.dos_date, 4)
+      .Put(entry.dosDate, 4)
       .Put(entry.crc.value_or(Crc32(entry.data)), 4)
       .Put(packed.size(), 4)
       .Put(entry.size.value_or(static_cast<uint32_t>(entry.data.size())), 4)
@@ -101,23 +101,23 @@ inline std::string ZipBytes(const std::vector<ZipEntry>& entries, const ZipFrame
     const std::string fields = SharedFields(entry, packed);
     const size_t offset = archive.text().size();
     archive.Put(0x04034b50, 4).Put(20, 2).Put(fields).Put(0, 2).Put(entry.name).Put(packed);
-    central.Put(0x02014b50, 4).Put(20, 2).Put(20, 2).Put(fields).Put(entry.central_extra.size(), 2);
+    central.Put(0x02014b50, 4).Put(20, 2).Put(20, 2).Put(fields).Put(entry.centralExtra.size(), 2);
     central.Put(entry.comment.size(), 2).Put(0, 2).Put(0, 2).Put(0, 4).Put(offset, 4);
-    central.Put(entry.name).Put(entry.central_extra).Put(entry.comment);
+    central.Put(entry.name).Put(entry.centralExtra).Put(entry.comment);
   }
-  const size_t central_start = archive.text().size();
-  const size_t central_size = central.text().size();
+  const size_t centralStart = archive.text().size();
+  const size_t centralSize = central.text().size();
   archive.Put(central.text());
-  if (frame.zip64_end) {
+  if (frame.zip64End) {
     const size_t record = archive.text().size();
     archive.Put(0x06064b50, 4).Put(44, 8).Put(45, 2).Put(45, 2).Put(0, 4).Put(0, 4);
-    archive.Put(entries.size(), 8).Put(entries.size(), 8).Put(central_size, 8);
-    archive.Put(central_start, 8);
+    archive.Put(entries.size(), 8).Put(entries.size(), 8).Put(centralSize, 8);
+    archive.Put(centralStart, 8);
     archive.Put(0x07064b50, 4).Put(0, 4).Put(record, 8).Put(1, 4);
   }
   const uint16_t count = frame.count.value_or(static_cast<uint16_t>(entries.size()));
   archive.Put(0x06054b50, 4).Put(0, 4).Put(count, 2).Put(count, 2);
-  archive.Put(central_size, 4).Put(central_start, 4).Put(0, 2);
+  archive.Put(centralSize, 4).Put(centralStart, 4).Put(0, 2);
   return frame.prefix + archive.text();
 }
 
@@ -140,14 +140,14 @@ inline std::vector<ZipEntry> ReadZip(const std::string& archive) {
     const size_t local = number(at + 42, 4);
     entry.flags = static_cast<uint16_t>(number(at + 8, 2));
     entry.method = static_cast<uint16_t>(number(at + 10, 2));
-    entry.dos_date = number(at + 12, 4);
+    entry.dosDate = number(at + 12, 4);
     entry.crc = number(at + 16, 4);
-    entry.external_attributes = number(at + 38, 4);
+    entry.externalAttributes = number(at + 38, 4);
     entry.name = archive.substr(at + 46, number(at + 28, 2));
-    entry.central_extra = archive.substr(at + 46 + entry.name.size(), number(at + 30, 2));
-    const size_t packed_size = number(at + 20, 4);
+    entry.centralExtra = archive.substr(at + 46 + entry.name.size(), number(at + 30, 2));
+    const size_t packedSize = number(at + 20, 4);
     entry.packed =
-        archive.substr(local + 30 + number(local + 26, 2) + number(local + 28, 2), packed_size);
+        archive.substr(local + 30 + number(local + 26, 2) + number(local + 28, 2), packedSize);
     entry.data.resize(number(at + 24, 4));
     if (entry.method == 8) {
       z_stream stream = {};
@@ -170,6 +170,6 @@ inline std::vector<ZipEntry> ReadZip(const std::string& archive) {
   return entries;
 }
 
-}  // namespace temvar_test
+}  // namespace test
 
-#endif  // TEMVAR_TESTS_SUPPORT_ZIP_FILE_H_
+#endif  // TESTS_SUPPORT_ZIP_FILE_H_
