@@ -74,7 +74,7 @@ class ArchiveTest : public WorkFolderTest {
     std::error_code error;
     for (const auto& item : std::filesystem::recursive_directory_iterator(top, error)) {
       std::u8string name = item.path().lexically_relative(top).generic_u8string();
-      if (item.isDirectory()) name += u8'/';
+      if (item.is_directory()) name += u8'/';
       names.insert(std::string(name.begin(), name.end()));
     }
     std::filesystem::rename(top, place);
