@@ -7,7 +7,7 @@ class RkTask;
 // it. Each node owns a reference on its task. Release a list only with FreeTaskList of either of
 // them.
 struct TaskListNode {
-  RkTask* task;
+  RkTask* task;        // With a reference of its own.
   TaskListNode* next;  // Null at the end.
 };
 

@@ -6,9 +6,9 @@
 
 // Three numbers that stand in one text, as in "7,8,9".
 struct IntTriple {
-  int32_t First;
-  int32_t Second;
-  int32_t Third;
+  int32_t First;   // Up to the first comma.
+  int32_t Second;  // Between the first two commas.
+  int32_t Third;   // After the second comma.
 };
 
 // An application's settings: a JSON document in memory, backed by one UTF-8 file. Its members are
