@@ -4,9 +4,11 @@
 
 #include <algorithm>
 
+#include "stored_names.h"
 #include "support/text.h"
 
 namespace backup {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -23,25 +25,39 @@ class Lister {
       : source_(source), destination_(destination), exclusions_(exclusions) {}
 
   std::vector<Folder> List() {
-    const std::vector<fs::directory_entry> entries = Entries(source_);
     Folder own = MakeFolder(NameForOwnFiles());
+    own.holdsOwnFiles = true;
     std::vector<Folder> folders;
-    for (const fs::directory_entry& entry : entries) {
+    fs::directory_iterator check(source_);  // Throws: without the source there is nothing to do.
+    for (const fs::directory_entry& entry : Entries(own, source_)) {
       if (IsFolder(entry)) {
-        Folder folder = MakeFolder(support::Utf8FromPath(entry.path().filename()));
-        if (!IsLeftOut(entry.path())) AddBelow(folder, entry.path(), entry.path());
-        if (!folder.files.empty()) folders.push_back(std::move(folder));
+        AddFolder(folders, own, entry.path());
       } else {
         AddFile(own, entry, source_);
       }
     }
-    if (!own.files.empty()) folders.push_back(std::move(own));
+    if (HasContent(own)) folders.push_back(std::move(own));
     return folders;
   }
 
  private:
-  static std::vector<fs::directory_entry> Entries(const fs::path& folder) {
-    std::vector<fs::directory_entry> entries(fs::directory_iterator(folder), {});
+  static bool HasContent(const Folder& folder) {
+    return !folder.files.empty() || !folder.passedOver.empty();
+  }
+
+  static void PassOver(Folder& folder, const fs::path& path, const std::string& reason) {
+    folder.passedOver.push_back({support::Utf8FromPath(path), reason});
+  }
+
+  // In the order of their names, as far as the folder can be read.
+  static std::vector<fs::directory_entry> Entries(Folder& folder, const fs::path& directory) {
+    std::vector<fs::directory_entry> entries;
+    std::error_code error;
+    for (fs::directory_iterator it(directory, error), end; !error && it != end;
+         it.increment(error)) {
+      entries.push_back(*it);
+    }
+    if (error) PassOver(folder, directory, error.message());
     std::sort(entries.begin(), entries.end());
     return entries;
   }
@@ -53,8 +69,9 @@ class Lister {
     return name;
   }
 
-  bool IsFolder(const fs::directory_entry& entry) const {
-    return entry.symlink_status().type() == fs::file_type::directory;
+  static bool IsFolder(const fs::directory_entry& entry) {
+    std::error_code error;
+    return entry.symlink_status(error).type() == fs::file_type::directory;
   }
 
   bool IsLeftOut(const fs::path& folder) const {
@@ -69,11 +86,24 @@ class Lister {
     folder.archive = base + ".zip";
     folder.unfinished = base + ".zip.unfinished";
     folder.unpacked = base + ".zip.unpacked";
+    folder.namesFile = base + ".zip.names";
     return folder;
   }
 
+  void AddFolder(std::vector<Folder>& folders, Folder& own, const fs::path& path) const {
+    try {
+      if (IsLeftOut(path)) return;
+      Folder folder = MakeFolder(support::Utf8FromPath(path.filename()));
+      AddBelow(folder, path, path);
+      if (HasContent(folder)) folders.push_back(std::move(folder));
+    } catch (const std::exception& error) {
+      // On Windows a name can be no UTF-16, and then it has no UTF-8 form.
+      PassOver(own, path.parent_path(), std::string("a folder in it: ") + error.what());
+    }
+  }
+
   void AddBelow(Folder& folder, const fs::path& directory, const fs::path& root) const {
-    for (const fs::directory_entry& entry : Entries(directory)) {
+    for (const fs::directory_entry& entry : Entries(folder, directory)) {
       if (IsFolder(entry)) {
         if (!IsLeftOut(entry.path())) AddBelow(folder, entry.path(), root);
       } else {
@@ -83,14 +113,19 @@ class Lister {
   }
 
   void AddFile(Folder& folder, const fs::directory_entry& entry, const fs::path& root) const {
-    if (entry.symlink_status().type() != fs::file_type::regular) return;
-    File file;
-    file.path = LibraryPath(entry.path());
-    if (TmvUtilityFile()->ExtensionInList(file.path.c_str(), exclusions_.c_str())) return;
-    file.name = support::Utf8FromPath(entry.path().lexically_relative(root));
-    file.bytes = entry.file_size();
-    folder.bytes += file.bytes;
-    folder.files.push_back(std::move(file));
+    try {
+      if (entry.symlink_status().type() != fs::file_type::regular) return;
+      File file;
+      file.path = LibraryPath(entry.path());
+      if (TmvUtilityFile()->ExtensionInList(file.path.c_str(), exclusions_.c_str())) return;
+      file.name = support::Utf8FromPath(entry.path().lexically_relative(root));
+      file.stored = IsStorableName(file.name) ? file.name : NumberedName(folder.files.size());
+      file.bytes = entry.file_size();
+      folder.bytes += file.bytes;
+      folder.files.push_back(std::move(file));
+    } catch (const std::exception& error) {
+      PassOver(folder, entry.path().parent_path(), std::string("a file in it: ") + error.what());
+    }
   }
 
   const fs::path& source_;
@@ -108,6 +143,7 @@ std::vector<Folder> ListFolders(const fs::path& source, const fs::path& destinat
 void RemoveLeftovers(const Folder& folder) {
   TMVUtilityFile* const files = TmvUtilityFile();
   files->RemoveFile(folder.unfinished.c_str());
+  files->RemoveFile(folder.namesFile.c_str());
   if (files->PathExists(folder.unpacked.c_str())) {
     files->DeleteDirectoryTree(folder.unpacked.c_str());
   }

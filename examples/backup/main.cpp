@@ -1,6 +1,6 @@
 // A host that uses most of the library: backs up each folder of a tree into an archive of its own,
 // as a job that runs on a pool of workers and is paused, resumed and cancelled from the keyboard.
-#include <temvar/handles.h>
+#include <temvar/job.h>
 
 #include <algorithm>
 #include <chrono>
@@ -8,10 +8,11 @@
 #include <exception>
 
 #include "folder.h"
-#include "job.h"
 #include "options.h"
+#include "progress_line.h"
+#include "restore.h"
 #include "settings.h"
-#include "support/job_control.h"
+#include "steps.h"
 #include "support/terminal.h"
 #include "support/text.h"
 #include "support/watch.h"
@@ -31,46 +32,46 @@ std::string SettingsPath(const Options& options) {
   return support::Utf8FromPath(support::PathFromFolder(folder.c_str()) / "temvar-backup.json");
 }
 
+fs::path FolderOf(const std::string& setting, const char* missing) {
+  if (setting.empty()) throw UsageError(missing);
+  return support::PathFromUtf8(setting);
+}
+
 fs::path SourceOf(const Settings& settings) {
-  const std::string source = settings.source();
-  const fs::path path = support::PathFromUtf8(source.empty() ? BACKUP_OWN_TREE : source);
-  return fs::canonical(path);
+  return fs::canonical(FolderOf(settings.source(), "no folder was backed up before: name one"));
 }
 
 fs::path DestinationOf(const Settings& settings) {
-  fs::path path = support::PathFromUtf8(settings.destination());
-  if (path.empty()) path = fs::temp_directory_path() / "temvar-backup";
+  const fs::path path = FolderOf(settings.destination(), "say with --to where the archives go");
   fs::create_directories(path);
   return fs::canonical(path);
 }
 
 // Runs on the crashing thread, so it does as little as can be.
-void TellCrash(const TmvWideChar*) {
-  std::fputs("backup has crashed; the report lies in the folder crashes of the backup\n", stderr);
+void ReportCrash(const TmvWideChar*) {
+  std::fputs("backup has crashed; the report is in the folder crashes of the backup\n", stderr);
 }
 
 void InstallCrashReport(const fs::path& destination) {
   const fs::path folder = destination / "crashes" / "";
   fs::create_directories(folder);
   const tmv::WideText wide(TmvUtilityString()->Utf8ToWide(support::Utf8FromPath(folder).c_str()));
-  tmv::MakeDbgReport()->Install(wide.c_str(), TellCrash, nullptr);
+  tmv::MakeDbgReport()->Install(wide.c_str(), ReportCrash, nullptr);
 }
 
-// Key of a folder in the settings: the same name may stand in two sources.
+// Key of a folder in the settings: the same name may be in two sources.
 std::string FolderKey(const fs::path& source, const Folder& folder) {
   return support::Utf8FromPath(source / support::PathFromUtf8(folder.name));
 }
 
-std::string Describe(const Progress& progress) {
-  const int32_t perMille = TmvUtilityApp()->ProgressPerMille(
-      static_cast<int64_t>(progress.done), static_cast<int64_t>(progress.total), 0, 1);
-  return std::to_string(perMille) + " per mille of " + support::FormatBytes(progress.total / 3);
-}
-
-void RunJob(Job& job, uint32_t workers, support::Terminal& terminal, std::FILE* screen) {
+void Run(tmv::Job& job, uint32_t workers, support::Terminal& terminal, std::FILE* screen,
+         const Progress& progress) {
+  ProgressLine line(3);
   tmv::RunningPool pool(workers);
-  support::RunningJob running(job.control());
-  support::WatchJob(job.control(), terminal, screen, [&job] { return Describe(job.progress()); });
+  job.Start();
+  support::WatchJob(job, terminal, screen, [&](const std::string& state, size_t columns) {
+    return line.Make(progress.done, progress.total, state, columns);
+  });
 }
 
 void Remember(Settings& settings, const fs::path& source, const std::vector<Folder>& folders,
@@ -81,7 +82,7 @@ void Remember(Settings& settings, const fs::path& source, const std::vector<Fold
     }
   }
   char now[32];
-  TmvUtilitySys()->FormatCurrentTime(now, sizeof now, "%Y-%m-%d %H:%M:%S");
+  TmvUtilitySys()->FormatCurrentTime(now, sizeof(now), "%Y-%m-%d %H:%M:%S");
   settings.AddRun(std::string(now) + "  " + support::Utf8FromPath(source) + ": " + summary);
   if (!settings.Save()) {
     std::fputs("backup: the settings can't be saved; the next run packs all of this again\n",
@@ -104,11 +105,14 @@ ExitStatus BackUp(Settings& settings) {
     RemoveLeftovers(folder);
   }
   const Clock::time_point start = Clock::now();
-  Job job(folders);
-  if (!folders.empty()) RunJob(job, settings.workers(), terminal, screen);
+  Progress progress;
+  tmv::Job job("backup");
+  AddFolders(job, folders, progress);
+  if (!folders.empty()) Run(job, settings.workers(), terminal, screen, progress);
   for (const Folder& folder : folders) RemoveLeftovers(folder);
 
-  const Totals totals = PrintTable(screen, folders);
+  NoteFailures(job, folders);
+  const Totals totals = PrintTable(screen, folders, job.Failures());
   const std::string summary = Summary(totals);
   const std::chrono::duration<double> elapsed = Clock::now() - start;
   std::fprintf(screen, "%s; in %s with %u workers, to %s\n", summary.c_str(),
@@ -116,10 +120,46 @@ ExitStatus BackUp(Settings& settings) {
                static_cast<unsigned>(settings.workers()),
                support::Utf8FromPath(destination).c_str());
   Remember(settings, source, folders, summary);
-  const bool cancelled = job.control().IsCancelled() && totals.unfinished > 0;
+  const bool cancelled = job.GetState() == tmv::JobState::kCancelled;
   if (cancelled) std::fputs("cancelled\n", screen);
   std::fclose(screen);
-  return cancelled ? kCancelled : totals.failed > 0 ? kSomeFailed : kDone;
+  if (cancelled) return kCancelled;
+  return totals.failed + totals.passedOver > 0 ? kSomeFailed : kDone;
+}
+
+// The target must be new or empty, so that nothing is replaced or mixed with what is there.
+ExitStatus Restore(const Options& options) {
+  const fs::path backup = fs::canonical(support::PathFromUtf8(*options.restore));
+  const fs::path wanted = support::PathFromUtf8(*options.destination);
+  fs::create_directories(wanted);
+  if (!fs::is_empty(wanted)) throw std::runtime_error(*options.destination + " is not empty");
+  const fs::path target = fs::canonical(wanted);
+
+  support::Terminal terminal;
+  const fs::path log = WorkFolder(target) / "restore.log";
+  fs::create_directories(WorkFolder(target));
+  std::FILE* const screen = support::DivertOutput(log);
+  if (screen == nullptr) throw std::runtime_error("restore.log can't be written");
+  tmv::Job job("restore");
+  const size_t count = AddArchives(job, backup, target);
+  {
+    tmv::RunningPool pool(static_cast<uint32_t>(options.workers.value_or(2)));
+    job.Start();
+    support::WatchJob(job, terminal, screen, [&](const std::string& state, size_t) {
+      return std::to_string(static_cast<int>(job.GetProgress().fraction * 100)) + " %  " + state;
+    });
+  }
+  const size_t failed = job.Failures().size();
+  PrintFailures(screen, job.Failures());
+  std::fprintf(screen, "%lu archives restored, %lu failed, to %s\n",
+               static_cast<unsigned long>(count - failed), static_cast<unsigned long>(failed),
+               support::Utf8FromPath(target).c_str());
+  std::fclose(screen);
+  std::fclose(stdout);  // The log in the folder that is removed now.
+  std::error_code ignored;
+  fs::remove_all(WorkFolder(target), ignored);
+  if (job.GetState() == tmv::JobState::kCancelled) return kCancelled;
+  return failed > 0 ? kSomeFailed : kDone;
 }
 
 // The settings must mean the same wherever the next run is started.
@@ -131,6 +171,7 @@ ExitStatus Run(Options options) {
   MakeAbsolute(options.source);
   MakeAbsolute(options.destination);
   MakeAbsolute(options.settingsFile);
+  if (options.restore) return Restore(options);
   const std::string path = SettingsPath(options);
   fs::create_directories(support::PathFromUtf8(path).parent_path());
   std::string notice;
@@ -148,7 +189,12 @@ ExitStatus Run(Options options) {
 
 int main(int argc, char** argv) {
   try {
-    const Options options = ParseOptions(support::Utf8Arguments(argc, argv));
+    const std::vector<std::string> arguments = support::Utf8Arguments(argc, argv);
+    if (arguments.empty()) {
+      std::fputs(kUsage, stderr);
+      return kWrongUsage;
+    }
+    const Options options = ParseOptions(arguments);
     if (options.help) {
       std::fputs(kUsage, stdout);
       return kDone;

@@ -5,19 +5,27 @@
 namespace backup {
 
 const char kUsage[] =
-    "usage: backup [OPTION]... [FOLDER]\n"
+    "usage: backup [OPTION]... FOLDER\n"
+    "       backup [OPTION]... --again\n"
+    "       backup --restore BACKUP --to FOLDER\n"
     "Packs each folder in FOLDER into an archive of its own, and checks the archives. A folder "
-    "whose\n"
-    "files have not changed since its last backup is passed over.\n"
-    "  --to FOLDER        where the archives go\n"
+    "that\n"
+    "has not changed since its last backup is left as it is. What can't be read is passed over, "
+    "and\n"
+    "listed at the end. Empty folders and links are not part of a backup.\n"
+    "  --to FOLDER        where the archives go, or the restored files: a new or empty folder\n"
+    "  --again            back up the folder of the last time\n"
+    "  --restore BACKUP   unpack the archives of a backup, with the names that the files had\n"
     "  --workers N        number of folders that are packed side by side\n"
     "  --exclude LIST     extensions and folders that are left out, as in \";.tmp;build;\"\n"
     "  --settings FILE    settings file (default: in the user's application data)\n"
     "  --history          list the last runs\n"
-    "FOLDER and the first three options are kept in the settings for the next time.\n"
+    "  --help             this text\n"
+    "FOLDER, --to, --workers and --exclude are kept in the settings for the next time.\n"
     "Keys while it runs: p pauses, r resumes, c or Ctrl-C cancels.\n"
-    "Exit status: 0 all is backed up, 1 some folders are not, 2 wrong usage, 3 no backup could be\n"
-    "made, 130 cancelled.\n";
+    "Exit status: 0 all is done, 1 some folders or files are not, 2 wrong usage, 3 nothing could "
+    "be\n"
+    "done, 130 cancelled.\n";
 
 namespace {
 
@@ -49,6 +57,10 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
       options.exclusions = value();
     } else if (argument == "--settings") {
       options.settingsFile = value();
+    } else if (argument == "--again") {
+      options.again = true;
+    } else if (argument == "--restore") {
+      options.restore = value();
     } else if (argument == "--history") {
       options.history = true;
     } else if (argument == "--help" || argument == "-h") {
@@ -61,6 +73,10 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
       options.source = argument;
     }
   }
+  const int tasks = (options.source ? 1 : 0) + (options.again ? 1 : 0) + (options.restore ? 1 : 0);
+  if (options.help || options.history) return options;
+  if (tasks != 1) throw UsageError("name one folder to back up, or --again, or --restore");
+  if (options.restore && !options.destination) throw UsageError("--restore needs --to");
   return options;
 }
 

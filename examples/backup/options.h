@@ -11,6 +11,8 @@ namespace backup {
 
 // What the command line says; what it leaves open comes from the settings.
 struct Options {
+  bool again = false;                  // Back up the folder of the last time.
+  std::optional<std::string> restore;  // Unpack the archives of this folder instead.
   std::optional<std::string> source;
   std::optional<std::string> destination;
   std::optional<std::string> exclusions;

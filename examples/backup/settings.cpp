@@ -7,6 +7,7 @@
 #include <thread>
 
 namespace backup {
+
 namespace {
 
 constexpr char kStore[] = "backup";
@@ -82,7 +83,7 @@ std::vector<std::string> Settings::Runs() const {
 }
 
 // Save writes into the file itself, so the last good one is put by first. It has no result either:
-// what stands in the file is read again.
+// what the file holds is read again.
 bool Settings::Save() {
   const std::string path = store_->GetFilePath();
   if (TmvUtilityFile()->PathExists(path.c_str())) {

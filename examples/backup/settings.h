@@ -15,11 +15,11 @@ namespace backup {
 class Settings {
  public:
   // Opens the settings file, or starts a new one. A file that is no settings file is kept under
-  // another name, which `notice` tells. Throws std::runtime_error if it can't be moved
+  // another name, which `notice` says. Throws std::runtime_error if it can't be moved
   // or is a folder.
   Settings(const std::string& path, std::string& notice);
 
-  // Takes over what the command line gave.
+  // Takes over what the command line says.
   void Apply(const Options& options);
 
   std::string source() const;

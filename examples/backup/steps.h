@@ -1,13 +1,13 @@
 #ifndef EXAMPLES_BACKUP_STEPS_H_
 #define EXAMPLES_BACKUP_STEPS_H_
 
-#include <temvar/temvar.h>
+#include <temvar/job.h>
 
 #include <atomic>
 #include <cstdint>
+#include <vector>
 
 #include "folder.h"
-#include "support/job_control.h"
 
 namespace backup {
 
@@ -17,31 +17,12 @@ struct Progress {
   uint64_t total = 0;
 };
 
-// The three steps of a folder's backup, each the body of one task. They throw what went wrong, and
-// return early when the job is cancelled.
-class Steps {
- public:
-  Steps(Folder& folder, Progress& progress, const support::JobControl& job)
-      : folder_(folder), progress_(progress), job_(job) {}
+// A lane for each folder, with a callable for each step. The folders and the progress must outlive
+// the job.
+void AddFolders(tmv::Job& job, std::vector<Folder>& folders, Progress& progress);
 
-  // Takes the digest of each file. If none has changed since the last backup, that is all.
-  void Digest(RkTask* task);
-
-  // Packs the files into an archive that doesn't have its name yet.
-  void Pack(RkTask* task);
-
-  // Unpacks that archive, compares the digests, and gives it its name.
-  void Verify(RkTask* task);
-
- private:
-  bool IsUnchanged() const;
-  void CompareUnpacked(RkTask* task);
-  void GiveName();
-
-  Folder& folder_;
-  Progress& progress_;
-  const support::JobControl& job_;
-};
+// After the end of the job: a folder whose lane has a failure has failed.
+void NoteFailures(const tmv::Job& job, std::vector<Folder>& folders);
 
 }  // namespace backup
 

@@ -5,6 +5,7 @@
 #include "support/text.h"
 
 namespace backup {
+
 namespace {
 
 constexpr size_t kNameWidth = 30;
@@ -31,7 +32,14 @@ const char* Describe(Folder::Outcome outcome, Totals& totals) {
 
 }  // namespace
 
-Totals PrintTable(std::FILE* out, const std::vector<Folder>& folders) {
+void PrintFailures(std::FILE* out, const std::vector<tmv::JobFailure>& failures) {
+  for (const tmv::JobFailure& failure : failures) {
+    std::fprintf(out, "failed: %s: %s\n", failure.lane.c_str(), failure.Message().c_str());
+  }
+}
+
+Totals PrintTable(std::FILE* out, const std::vector<Folder>& folders,
+                  const std::vector<tmv::JobFailure>& failures) {
   Totals totals;
   std::fprintf(out, "%s %7s %12s %12s  %s\n", support::FitColumns("folder", kNameWidth).c_str(),
                "files", "size", "archive", "state");
@@ -43,10 +51,12 @@ Totals PrintTable(std::FILE* out, const std::vector<Folder>& folders) {
                  static_cast<unsigned long>(folder.files.size()), Size(folder.bytes).c_str(),
                  Size(static_cast<uint64_t>(archive)).c_str(), state);
   }
+  PrintFailures(out, failures);
   for (const Folder& folder : folders) {
-    if (folder.outcome != Folder::Outcome::kFailed) continue;
-    std::fprintf(out, "failed: %s: %s\n", folder.name.c_str(),
-                 support::MessageOf(folder.error).c_str());
+    totals.passedOver += folder.passedOver.size();
+    for (const PassedOver& item : folder.passedOver) {
+      std::fprintf(out, "passed over: %s: %s\n", item.path.c_str(), item.reason.c_str());
+    }
   }
   return totals;
 }
@@ -54,7 +64,8 @@ Totals PrintTable(std::FILE* out, const std::vector<Folder>& folders) {
 std::string Summary(const Totals& totals) {
   return std::to_string(totals.packed) + " packed, " + std::to_string(totals.unchanged) +
          " unchanged, " + std::to_string(totals.failed) + " failed, " +
-         std::to_string(totals.unfinished) + " left";
+         std::to_string(totals.unfinished) + " left" +
+         (totals.passedOver > 0 ? ", " + std::to_string(totals.passedOver) + " passed over" : "");
 }
 
 }  // namespace backup

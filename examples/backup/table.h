@@ -1,6 +1,8 @@
 #ifndef EXAMPLES_BACKUP_TABLE_H_
 #define EXAMPLES_BACKUP_TABLE_H_
 
+#include <temvar/job.h>
+
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -14,12 +16,17 @@ struct Totals {
   size_t unchanged = 0;
   size_t failed = 0;
   size_t unfinished = 0;
+  size_t passedOver = 0;  // Files and folders that could not be read.
 };
 
-// Prints what became of each folder, and why not.
-Totals PrintTable(std::FILE* out, const std::vector<Folder>& folders);
+// Prints what became of each folder, what failed and what was passed over.
+Totals PrintTable(std::FILE* out, const std::vector<Folder>& folders,
+                  const std::vector<tmv::JobFailure>& failures);
 
-// "3 packed, 10 unchanged, 0 failed, 0 left"
+// One line for each failure: "failed: LANE: message".
+void PrintFailures(std::FILE* out, const std::vector<tmv::JobFailure>& failures);
+
+// "3 packed, 10 unchanged, 0 failed, 0 left", and ", 2 passed over" if there are some.
 std::string Summary(const Totals& totals);
 
 }  // namespace backup

@@ -1,15 +1,14 @@
-// A host of the library: reads a tree of files as a job of packages and tasks, and is paused,
+// A host of the library: reads a tree of files as a job with a lane for each folder, and is paused,
 // resumed and cancelled from the keyboard. It uses the exports of the library alone.
-#include <temvar/handles.h>
+#include <temvar/job.h>
 
 #include <chrono>
 #include <exception>
 #include <iostream>
 #include <sstream>
 
-#include "job.h"
 #include "options.h"
-#include "support/job_control.h"
+#include "reading.h"
 #include "support/terminal.h"
 #include "support/text.h"
 #include "support/watch.h"
@@ -27,21 +26,22 @@ double SecondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-std::string Describe(const Progress& progress, size_t fileCount, Clock::time_point start) {
+std::string Describe(const tmv::JobProgress& files, const Progress& progress,
+                     Clock::time_point start) {
   const double rate = static_cast<double>(progress.bytes) / std::max(SecondsSince(start), 1e-3);
   std::ostringstream line;
-  line << progress.filesDone + progress.filesFailed << '/' << fileCount << " files, "
-       << progress.filesFailed << " failed, " << support::FormatBytes(progress.bytes) << ", "
+  line << files.done + files.failed << '/' << files.total << " files, " << files.failed
+       << " failed, " << support::FormatBytes(progress.bytes) << ", "
        << support::FormatBytes(static_cast<uint64_t>(rate)) << "/s";
   return line.str();
 }
 
 ExitStatus PrintResult(const Options& options, const std::vector<PackageWork>& packages,
-                       bool cancelled, double seconds) {
-  const Totals totals = PrintTable(std::cout, packages, options.listFiles);
+                       const tmv::Job& job, double seconds) {
+  const Totals totals = PrintTable(std::cout, packages, job.Failures(), options.listFiles);
   std::cout << support::FormatBytes(totals.bytes) << " in " << seconds << " s with "
             << options.workers << " workers\n";
-  if (cancelled && totals.notRun > 0) {
+  if (job.GetState() == tmv::JobState::kCancelled) {
     std::cout << "cancelled\n";
     return kCancelled;
   }
@@ -50,25 +50,25 @@ ExitStatus PrintResult(const Options& options, const std::vector<PackageWork>& p
 
 ExitStatus RunJob(const Options& options) {
   std::vector<PackageWork> packages = CollectWork(options.paths);
-  size_t fileCount = 0;
-  for (const PackageWork& package : packages) fileCount += package.files.size();
-  if (fileCount == 0) {
+  Progress progress;
+  tmv::Job job("job_runner");
+  AddReading(job, packages, progress);
+  if (job.GetProgress().total == 0) {
     std::cout << "no files\n";
     return kAllRead;
   }
-
-  Progress progress;
-  Job job(packages, progress);
   const Clock::time_point start = Clock::now();
   {
     // In this order: every way out ends the job, stops the pool and gives the terminal back.
     support::Terminal terminal;
     tmv::RunningPool pool(options.workers);
-    support::RunningJob running(job.control());
-    support::WatchJob(job.control(), terminal, stdout,
-                      [&] { return Describe(progress, fileCount, start); });
+    job.Start();
+    support::WatchJob(job, terminal, stdout, [&](const std::string& state, size_t) {
+      return Describe(job.GetProgress(), progress, start) + ", " + state +
+             "  [p]ause [r]esume [c]ancel";
+    });
   }
-  return PrintResult(options, packages, job.control().IsCancelled(), SecondsSince(start));
+  return PrintResult(options, packages, job, SecondsSince(start));
 }
 
 }  // namespace

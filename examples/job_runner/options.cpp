@@ -7,6 +7,7 @@
 #include "support/text.h"
 
 namespace job_runner {
+
 namespace {
 
 constexpr uint32_t kMostWorkers = 256;
@@ -26,9 +27,11 @@ uint32_t ParseWorkers(const std::string& text) {
 
 const char kUsage[] =
     "usage: job_runner [--workers N] [--files] [--] [FOLDER | FILE]...\n"
-    "Reads every file of the folders and tells its size, lines and CRC-32.\n"
+    "Reads every file of the folders and reports its size, lines and CRC-32.\n"
     "  --workers N  number of files that are read side by side (default: the processors)\n"
     "  --files      list each file, not only each folder\n"
+    "  --help       this text\n"
+    "Without a folder it reads the tree of this project.\n"
     "Keys while it runs: p pauses, r resumes, c or Ctrl-C cancels.\n"
     "Exit status: 0 all files read, 1 some not, 2 wrong usage, 3 the job couldn't run,\n"
     "130 cancelled.\n";

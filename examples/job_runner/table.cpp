@@ -8,11 +8,12 @@
 #include "support/text.h"
 
 namespace job_runner {
+
 namespace {
 
 constexpr size_t kNameWidth = 34;
 
-// The CRC-32 of two texts one behind the other. zlib takes the second length as a signed long,
+// The CRC-32 of two texts one after the other. zlib takes the second length as a signed long,
 // which has 32 bits on some systems, so a long one goes in pieces.
 uint32_t JoinCrcs(uint32_t first, uint32_t second, uint64_t secondBytes) {
   constexpr uint64_t kPiece = uint64_t{1} << 30;
@@ -36,13 +37,9 @@ void PrintRow(std::ostream& out, const std::string& name, const Totals& totals) 
       << totals.crc << std::dec << std::setfill(' ') << '\n';
 }
 
-void PrintFailures(std::ostream& out, const std::vector<PackageWork>& packages) {
-  for (const PackageWork& package : packages) {
-    for (const FileWork& file : package.files) {
-      if (file.outcome != FileWork::Outcome::kFailed) continue;
-      out << "failed: " << support::Utf8FromPath(file.path) << ": "
-          << support::MessageOf(file.error) << '\n';
-    }
+void PrintFailures(std::ostream& out, const std::vector<tmv::JobFailure>& failures) {
+  for (const tmv::JobFailure& failure : failures) {
+    out << "failed: " << failure.label << ": " << failure.Message() << '\n';
   }
 }
 
@@ -65,7 +62,8 @@ void Totals::Add(const FileWork& file) {
   }
 }
 
-Totals PrintTable(std::ostream& out, const std::vector<PackageWork>& packages, bool listFiles) {
+Totals PrintTable(std::ostream& out, const std::vector<PackageWork>& packages,
+                  const std::vector<tmv::JobFailure>& failures, bool listFiles) {
   Totals all;
   PrintHeading(out);
   for (const PackageWork& package : packages) {
@@ -83,7 +81,7 @@ Totals PrintTable(std::ostream& out, const std::vector<PackageWork>& packages, b
     }
   }
   PrintRow(out, "total", all);
-  PrintFailures(out, packages);
+  PrintFailures(out, failures);
   return all;
 }
 

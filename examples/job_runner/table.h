@@ -1,6 +1,8 @@
 #ifndef EXAMPLES_JOB_RUNNER_TABLE_H_
 #define EXAMPLES_JOB_RUNNER_TABLE_H_
 
+#include <temvar/job.h>
+
 #include <iosfwd>
 #include <vector>
 
@@ -8,7 +10,7 @@
 
 namespace job_runner {
 
-// Sums over files. `crc` is the CRC-32 of the read files' bytes, one file behind the other.
+// Sums over files. `crc` is the CRC-32 of the read files' bytes, one file after the other.
 struct Totals {
   uint64_t files = 0;
   uint64_t failed = 0;
@@ -21,8 +23,9 @@ struct Totals {
 };
 
 // Prints one row for each package, with `listFiles` one for each file too, and then what failed.
-// Gives the sums over everything.
-Totals PrintTable(std::ostream& out, const std::vector<PackageWork>& packages, bool listFiles);
+// Returns the sums over everything.
+Totals PrintTable(std::ostream& out, const std::vector<PackageWork>& packages,
+                  const std::vector<tmv::JobFailure>& failures, bool listFiles);
 
 }  // namespace job_runner
 

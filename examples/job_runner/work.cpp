@@ -7,6 +7,7 @@
 #include "support/text.h"
 
 namespace job_runner {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -61,6 +62,8 @@ class Collector {
 };
 
 }  // namespace
+
+std::string NameOf(const FileWork& file) { return support::Utf8FromPath(file.path); }
 
 std::vector<PackageWork> CollectWork(const std::vector<fs::path>& paths) {
   Collector collector;

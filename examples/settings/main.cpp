@@ -1,23 +1,28 @@
 // Reads, changes and walks a settings file.
-//   settings FILE              prints every member
-//   settings FILE KEY          prints one member
-//   settings FILE KEY VALUE    changes it and saves; a whole number is stored as a number
 //
 // Save writes straight into the file, so a host that cares keeps two promises of its own, as here:
 // the last good file is kept beside the new one as FILE.last, and a file that exists but cannot be
-// read as settings is set aside under a name that is told, never overwritten.
+// read as settings is set aside under a name that is printed, never overwritten.
 #include <temvar/handles.h>
 
 #include <charconv>
 #include <cstdio>
-#include <cstring>
 #include <string>
+#include <vector>
+
+#include "support/terminal.h"
 
 namespace {
 
 using Value = TMVUserDefaults::Value;
 
 constexpr char kStore[] = "settings";
+constexpr char kUsage[] =
+    "usage: settings FILE              prints every member\n"
+    "       settings FILE KEY          prints one member\n"
+    "       settings FILE KEY VALUE    changes it and saves; a whole number is stored as a number\n"
+    "       settings --help            prints this text\n"
+    "Exit status: 0 done, 1 not set or not saved, 2 wrong usage.\n";
 
 // Moves a file that did not load to the first free name of FILE.damaged, FILE.damaged2, ... A move
 // fails on a taken name, so nobody's file is lost even if two programs do this at once.
@@ -63,14 +68,10 @@ bool Save(TMVUserDefaults* store) {
   TMVUserDefaults* written = GetUserDefaults("written");
   const tmv::Text found(written->StringifyValue(written->GetRootValue()));
   written->ReleaseDocument();
-  if (!readable || wanted.View() != found.View()) {
-    std::printf("%s could not be written\n", path.c_str());
-    if (hasLast) {
-      std::printf("the last good settings are in %s\n", last.c_str());
-    }
-    return false;
-  }
-  return true;
+  if (readable && wanted.View() == found.View()) return true;
+  std::printf("%s could not be written\n", path.c_str());
+  if (hasLast) std::printf("the last good settings are in %s\n", last.c_str());
+  return false;
 }
 
 void Print(TMVUserDefaults* store, const char* name, Value* value) {
@@ -88,39 +89,41 @@ void PrintAll(TMVUserDefaults* store) {
   }
 }
 
-void Change(TMVUserDefaults* store, const char* key, const char* text) {
+void Change(TMVUserDefaults* store, const char* key, const std::string& text) {
   int32_t number = 0;
-  const char* end = text + std::strlen(text);
-  const auto [stop, error] = std::from_chars(text, end, number);
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
   if (error == std::errc() && stop == end) {
     store->SetInt(key, number, nullptr);
   } else {
-    store->SetString(key, text, nullptr);
+    store->SetString(key, text.c_str(), nullptr);
   }
 }
 
 }  // namespace
 
-int main(int count, char** arguments) {
-  if (count < 2 || count > 4) {
-    std::printf("usage: settings FILE [KEY [VALUE]]\n");
-    return 2;
+int main(int argc, char** argv) {
+  const std::vector<std::string> arguments = support::Utf8Arguments(argc, argv);
+  const size_t count = arguments.size();
+  if (count < 1 || count > 3 || arguments[0] == "--help") {
+    std::fputs(kUsage, stdout);
+    return count == 1 ? 0 : 2;
   }
-  TMVUserDefaults* store = Open(arguments[1]);
-  if (!store) {
-    return 1;
-  }
-  if (count == 2) {
+  TMVUserDefaults* const store = Open(arguments[0]);
+  if (store == nullptr) return 1;
+  if (count == 1) {
     PrintAll(store);
-  } else if (count == 3) {
-    if (!store->HasKey(arguments[2], nullptr)) {
-      std::printf("%s is not set\n", arguments[2]);
-      return 1;
-    }
-    Print(store, arguments[2], store->GetValue(arguments[2], nullptr));
-  } else {
-    Change(store, arguments[2], arguments[3]);
+    return 0;
+  }
+  const std::string& key = arguments[1];
+  if (count == 3) {
+    Change(store, key.c_str(), arguments[2]);
     return Save(store) ? 0 : 1;
   }
+  if (!store->HasKey(key.c_str(), nullptr)) {
+    std::printf("%s is not set\n", key.c_str());
+    return 1;
+  }
+  Print(store, key.c_str(), store->GetValue(key.c_str(), nullptr));
   return 0;
 }

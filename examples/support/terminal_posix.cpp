@@ -1,14 +1,17 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <thread>
 
 #include "support/terminal.h"
 
 namespace support {
+
 namespace {
 
 volatile sig_atomic_t interrupted = 0;
@@ -38,6 +41,7 @@ std::FILE* DivertOutput(const std::filesystem::path& log) {
 
 Terminal::Terminal() {
   outputIsTerminal_ = isatty(STDOUT_FILENO) != 0;
+  screen_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
   struct sigaction action = {};
   action.sa_handler = NoteInterrupt;
   action.sa_flags = static_cast<int>(SA_RESETHAND);
@@ -54,6 +58,13 @@ Terminal::Terminal() {
 
 Terminal::~Terminal() {
   if (inputIsTerminal_) tcsetattr(STDIN_FILENO, TCSANOW, &savedSettings);
+  if (screen_ >= 0) close(static_cast<int>(screen_));
+}
+
+size_t Terminal::Columns() const {
+  winsize size = {};
+  if (ioctl(static_cast<int>(screen_), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return 79;
+  return std::clamp<size_t>(size.ws_col, 40, 200) - 1;
 }
 
 char Terminal::WaitForKey(std::chrono::milliseconds timeout) {

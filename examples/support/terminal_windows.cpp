@@ -1,17 +1,19 @@
 #include <windows.h>
-// Behind windows.h, on which it depends.
+// After windows.h, on which it depends.
 #include <shellapi.h>
 
 #include <fcntl.h>
 #include <io.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
 #include "support/terminal.h"
 
 namespace support {
+
 namespace {
 
 std::atomic<bool> interrupted{false};
@@ -33,7 +35,7 @@ std::string ToUtf8(const wchar_t* text) {
   return utf8;
 }
 
-// A console tells all its events, of which only the press of a character key is a key here.
+// A console reports all its events, of which only the press of a character key is a key here.
 char ReadConsoleKey() {
   INPUT_RECORD record = {};
   DWORD count = 0;
@@ -57,6 +59,7 @@ std::vector<std::string> Utf8Arguments(int, char**) {
   std::vector<std::string> arguments;
   for (int i = 1; i < count; ++i) arguments.push_back(ToUtf8(wide[i]));
   LocalFree(wide);
+  SetConsoleOutputCP(CP_UTF8);
   return arguments;
 }
 
@@ -75,9 +78,14 @@ std::FILE* DivertOutput(const std::filesystem::path& log) {
 
 Terminal::Terminal() {
   DWORD outputMode = 0;
-  outputIsTerminal_ = GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &outputMode) != 0;
+  const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+  outputIsTerminal_ = GetConsoleMode(output, &outputMode) != 0;
+  // The C library closes its handle when the output is diverted.
+  HANDLE screen = INVALID_HANDLE_VALUE;
+  DuplicateHandle(GetCurrentProcess(), output, GetCurrentProcess(), &screen, 0, FALSE,
+                  DUPLICATE_SAME_ACCESS);
+  screen_ = reinterpret_cast<std::intptr_t>(screen);
   SetConsoleCtrlHandler(NoteInterrupt, TRUE);
-  SetConsoleOutputCP(CP_UTF8);
   inputIsTerminal_ = GetConsoleMode(Input(), &savedMode) != 0;
   if (inputIsTerminal_) {
     SetConsoleMode(Input(), savedMode & ~static_cast<DWORD>(ENABLE_LINE_INPUT | ENABLE_ECHO_INPUT));
@@ -87,6 +95,13 @@ Terminal::Terminal() {
 Terminal::~Terminal() {
   if (inputIsTerminal_) SetConsoleMode(Input(), savedMode);
   SetConsoleCtrlHandler(NoteInterrupt, FALSE);
+  if (screen_ != -1) CloseHandle(reinterpret_cast<HANDLE>(screen_));
+}
+
+size_t Terminal::Columns() const {
+  CONSOLE_SCREEN_BUFFER_INFO info = {};
+  if (!GetConsoleScreenBufferInfo(reinterpret_cast<HANDLE>(screen_), &info)) return 79;
+  return static_cast<size_t>(std::clamp(info.srWindow.Right - info.srWindow.Left + 1, 40, 200)) - 1;
 }
 
 char Terminal::WaitForKey(std::chrono::milliseconds timeout) {

@@ -2,8 +2,8 @@
 #define EXAMPLES_SUPPORT_TEXT_H_
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <filesystem>
 #include <string>
 
@@ -13,7 +13,7 @@ namespace support {
 inline std::filesystem::path PathFromUtf8(const std::string& text) {
   return std::filesystem::path(std::u8string(text.begin(), text.end()));
 }
-// A folder that the library tells: it stands with backslashes on every system.
+// A folder that the library reports: with backslashes on every system.
 inline std::filesystem::path PathFromFolder(std::string text) {
   std::replace(text.begin(), text.end(), '\\', '/');
   return PathFromUtf8(text);
@@ -26,10 +26,11 @@ inline std::string Utf8FromPath(const std::filesystem::path& path) {
 // A number of bytes for people: "812 B", "3.4 MB".
 std::string FormatBytes(uint64_t bytes);
 
-// The message of what was thrown; empty for null.
-std::string MessageOf(const std::exception_ptr& error);
+// The columns that a terminal takes for a text: two for a character of East Asia or an emoji, none
+// for an accent that joins the character before it.
+size_t Columns(const std::string& text);
 
-// `text` in exactly `width` columns, one for each character: padded, or with its front cut off.
+// `text` in exactly `width` columns: padded, or with its front cut off and "..." in its place.
 std::string FitColumns(const std::string& text, size_t width);
 
 }  // namespace support

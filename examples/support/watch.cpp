@@ -5,58 +5,74 @@
 #include "support/text.h"
 
 namespace support {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kKeyWait{20};
 constexpr std::chrono::milliseconds kRedraw{100};
-constexpr size_t kLineWidth = 78;
 
-const char* StateWord(const JobControl& job) {
-  if (job.IsCancelled()) return "cancelling";
-  return job.IsPaused() ? "paused" : "running";
+const char* StateWord(tmv::JobState state) {
+  switch (state) {
+    case tmv::JobState::kPausing:
+      return "pausing";
+    case tmv::JobState::kPaused:
+      return "paused";
+    case tmv::JobState::kCancelling:
+      return "cancelling";
+    default:
+      return "running";
+  }
 }
 
-void DrawLine(std::FILE* out, const std::string& text) {
-  std::fprintf(out, "\r%s", FitColumns(text, kLineWidth).c_str());
+void DrawLine(std::FILE* out, const std::string& text, size_t columns) {
+  std::fprintf(out, "\r%s", FitColumns(text, columns).c_str());
   std::fflush(out);
 }
 
-// True if the key changed something.
-bool ObeyKey(char key, JobControl& job) {
-  if (job.IsCancelled()) return false;
-  if (key == 'p' && !job.IsPaused()) {
-    job.Pause();
-  } else if (key == 'r' && job.IsPaused()) {
-    job.Resume();
-  } else if (key == 'c' || Terminal::Interrupted()) {
+// What the key did, or null if it did nothing.
+const char* ObeyKey(char key, tmv::Job& job) {
+  const tmv::JobState state = job.GetState();
+  if (state == tmv::JobState::kCancelling || HasEnded(state)) return nullptr;
+  const bool isRunning = state == tmv::JobState::kRunning;
+  if (key == 'c' || Terminal::Interrupted()) {
     job.Cancel();
-  } else {
-    return false;
+    return "cancelling";
   }
-  return true;
+  if (key == 'p' && isRunning) {
+    job.Pause();
+    return "paused";
+  }
+  if (key == 'r' && !isRunning) {
+    job.Resume();
+    return "running";
+  }
+  return nullptr;
 }
 
 }  // namespace
 
-void WatchJob(JobControl& job, Terminal& terminal, std::FILE* out,
-              const std::function<std::string()>& describe) {
+void WatchJob(
+    tmv::Job& job, Terminal& terminal, std::FILE* out,
+    const std::function<std::string(const std::string& state, size_t columns)>& describe) {
   const bool live = terminal.HasLiveOutput();
   Clock::time_point nextDraw = Clock::now();
-  while (!job.HasEnded()) {
-    const bool changed = ObeyKey(terminal.WaitForKey(kKeyWait), job);
-    if (!live && changed) {
-      std::fprintf(out, "%s\n", StateWord(job));
+  while (!HasEnded(job.GetState())) {
+    const char* const done = ObeyKey(terminal.WaitForKey(kKeyWait), job);
+    if (!live && done != nullptr) {
+      std::fprintf(out, "%s\n", done);
       std::fflush(out);
     }
-    if (live && (changed || Clock::now() >= nextDraw)) {
-      DrawLine(out, describe() + ", " + StateWord(job) + "  [p]ause [r]esume [c]ancel");
+    if (live && (done != nullptr || Clock::now() >= nextDraw)) {
+      const size_t columns = terminal.Columns();
+      DrawLine(out, describe(StateWord(job.GetState()), columns), columns);
       nextDraw = Clock::now() + kRedraw;
     }
   }
+  // A key that came with the end has ended the job too: the caller looks at the state of the job.
   if (live) {
-    DrawLine(out, "");
+    DrawLine(out, "", terminal.Columns());
     std::fputs("\r", out);
   }
 }

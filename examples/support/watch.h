@@ -1,20 +1,21 @@
 #ifndef EXAMPLES_SUPPORT_WATCH_H_
 #define EXAMPLES_SUPPORT_WATCH_H_
 
+#include <temvar/job.h>
+
 #include <cstdio>
 #include <functional>
 #include <string>
 
-#include "support/job_control.h"
 #include "support/terminal.h"
 
 namespace support {
 
 // Follows a started job to its end: p pauses, r resumes, c and Ctrl-C cancel. On a screen it shows
-// `describe`'s text and the state in one line that it writes over and clears at the end; elsewhere
-// it only tells what the keys did.
-void WatchJob(JobControl& job, Terminal& terminal, std::FILE* out,
-              const std::function<std::string()>& describe);
+// what `describe` returns for the state and the columns that there are, in one line that it
+// overwrites and clears at the end; elsewhere it only says what the keys did.
+void WatchJob(tmv::Job& job, Terminal& terminal, std::FILE* out,
+              const std::function<std::string(const std::string& state, size_t columns)>& describe);
 
 }  // namespace support
 

@@ -21,6 +21,15 @@ foreach(name app.json.damaged app.json.damaged2)
   expect_file(app.json "{\n    \"width\": 900\n}")
 endforeach()
 
+# Names and values of any script, also on a command line of Windows.
+settings(0 "" "ä 写真.json" "größe" "😀 θ")
+settings(0 "größe = \"😀 θ\"\n" "ä 写真.json" "größe")
+expect_file("ä 写真.json" "{\n    \"größe\": \"😀 θ\"\n}")
+
+run(0 "" --help)
+run(2 "")
+expect("^usage: settings ")
+
 # A folder is never moved away.
 file(MAKE_DIRECTORY "${FOLDER}/folder")
 settings(1 "folder is a folder\n" folder width 1)

@@ -1,4 +1,4 @@
-#include "file_task.h"
+#include "reading.h"
 
 #include <zlib.h>
 
@@ -7,11 +7,9 @@
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
-#include <vector>
-
-#include "support/report.h"
 
 namespace job_runner {
+
 namespace {
 
 // Between two pause points lies one chunk.
@@ -36,11 +34,11 @@ void CountChunk(FileWork& work, const std::vector<char>& chunk, size_t size) {
 }
 
 // False if the job was cancelled on the way.
-bool ReadFile(RkTask* task, FileWork& work, Progress& progress, const support::JobControl& job) {
+bool ReadFile(tmv::JobContext& context, FileWork& work, Progress& progress) {
   std::ifstream file = OpenFile(work.path);
   std::vector<char> chunk(kChunk);
   do {
-    if (!job.KeepGoing(task)) return false;
+    if (!context.KeepGoing()) return false;
     file.read(chunk.data(), static_cast<std::streamsize>(chunk.size()));
     CountChunk(work, chunk, static_cast<size_t>(file.gcount()));
     progress.bytes += static_cast<uint64_t>(file.gcount());
@@ -49,18 +47,23 @@ bool ReadFile(RkTask* task, FileWork& work, Progress& progress, const support::J
   return true;
 }
 
+void Read(tmv::JobContext& context, FileWork& work, Progress& progress) {
+  try {
+    if (ReadFile(context, work, progress)) work.outcome = FileWork::Outcome::kDone;
+  } catch (...) {
+    work.outcome = FileWork::Outcome::kFailed;
+    throw;  // The job keeps the reason.
+  }
+}
+
 }  // namespace
 
-void RunFileTask(RkTask* task, FileWork& work, Progress& progress, const support::JobControl& job) {
-  work.error = support::RunReported(task, [&] {
-    if (!ReadFile(task, work, progress, job)) return false;
-    work.outcome = FileWork::Outcome::kDone;
-    ++progress.filesDone;
-    return true;
-  });
-  if (work.error) {
-    work.outcome = FileWork::Outcome::kFailed;
-    ++progress.filesFailed;
+void AddReading(tmv::Job& job, std::vector<PackageWork>& packages, Progress& progress) {
+  for (PackageWork& package : packages) {
+    tmv::JobLane lane = job.AddLane(package.name);
+    for (FileWork& file : package.files) {
+      lane.Then(NameOf(file), [&](tmv::JobContext& context) { Read(context, file, progress); });
+    }
   }
 }
 
