@@ -7,7 +7,7 @@
 
 function group_of(file) {
   sub(/.*\//, "", file)
-  if (file ~ /^(handles|job|version)\.h$/) return "cpp"
+  if (file ~ /^(handles|job)\.h$/) return "cpp"
   if (file ~ /^(task|lock)/) return "jobs"
   if (file ~ /^user_defaults/) return "settings"
   if (file ~ /^android/) return "android"
@@ -72,12 +72,16 @@ function put_comment(text) {
   comment_line(indent "/// " escaped(text))
 }
 
-FNR == 1 { print "/// @addtogroup " group_of(FILENAME) "\n/// @{\n" }
+function open_group() { print "/// @addtogroup " group_of(FILENAME) "\n/// @{\n" }
+
+FNR == 1 && group_of(FILENAME) != "cpp" { open_group(); opened = 1 }
 
 /^ *\/\// {
   match($0, /^ */)
   if (!was_comment) { block = ""; in_span = 0 }
   indent = substr($0, 1, RLENGTH)
+  # What these headers say at their head describes the whole group.
+  if (!opened) { print "/// @addtogroup cpp\n///"; opened = 2 }
   put_comment(substr($0, RLENGTH + 3))
   was_comment = 1
   ended = 0
@@ -87,6 +91,7 @@ FNR == 1 { print "/// @addtogroup " group_of(FILENAME) "\n/// @{\n" }
 {
   end_code()
   was_comment = 0
+  if (opened == 2) { print ""; open_group(); opened = 1 }
   match($0, /^ */)
   if ($0 == "" || RLENGTH < length(indent) || $0 ~ /^ *(}|#|public:|private:|protected:)/) {
     if ($0 == "" || RLENGTH < length(indent)) block = ""

@@ -62,6 +62,7 @@ struct StringFreer {
 template <typename Interface>
 class Ref {
  public:
+  // An empty handle.
   Ref() = default;
   Ref(std::nullptr_t) {}
 
@@ -82,6 +83,7 @@ class Ref {
     return Adopt(object);
   }
 
+  // A copy adds a reference; a move takes it over and leaves an empty handle.
   Ref(const Ref& other) : Ref(Share(other.object_)) {}
   Ref(Ref&& other) noexcept : object_(other.Release()) {}
   ~Ref() { Reset(); }
@@ -92,11 +94,13 @@ class Ref {
                                         std::is_convertible_v<Derived*, Interface*>>>
   Ref(Ref<Derived> other) : object_(other.Release()) {}
 
+  // Drops what it holds and takes over the argument's reference.
   Ref& operator=(Ref other) noexcept {
     std::swap(object_, other.object_);
     return *this;
   }
 
+  // The plain pointer, borrowed: it is valid for as long as somebody holds a reference.
   Interface* Get() const { return object_; }
   Interface* operator->() const { return object_; }
   Interface& operator*() const { return *object_; }
@@ -116,6 +120,7 @@ class Ref {
   Interface* object_ = nullptr;
 };
 
+// A counted reference on each kind of object.
 using Task = Ref<RkTask>;
 using Event = Ref<RkTaskEvent>;
 using Package = Ref<RkTaskPackage>;
@@ -128,6 +133,7 @@ using Zip = std::unique_ptr<TMVUtilityZip, detail::Destroyer<DestroyTmvUtilityZi
 using DbgReport = std::unique_ptr<TMVDbgReport, detail::Destroyer<DestroyTmvDbgReport>>;
 using Thread = std::unique_ptr<RkTaskThread, detail::Destroyer<DestroyRkTaskThread>>;
 
+// A new object of each kind. Throws std::bad_alloc.
 inline Manifest MakeManifest() { return Manifest(CreateTmvAndroidManifest()); }
 inline Zip MakeZip() { return Zip(CreateTmvUtilityZip()); }
 inline DbgReport MakeDbgReport() { return DbgReport(CreateTmvDbgReport()); }
@@ -138,9 +144,12 @@ inline Thread MakeThread() { return Thread(CreateRkTaskThread()); }
 template <typename Char>
 class BasicText {
  public:
+  // Null: no text.
   BasicText() = default;
+  // Takes over the block; null is allowed.
   explicit BasicText(Char* block) : block_(block) {}
 
+  // Whether there is a text, be it empty.
   explicit operator bool() const { return block_ != nullptr; }
 
   // The text; the empty text for null.
@@ -152,6 +161,7 @@ class BasicText {
   std::unique_ptr<Char, detail::StringFreer> block_;
 };
 
+// UTF-8 and UTF-16.
 using Text = BasicText<char>;
 using WideText = BasicText<TmvWideChar>;
 
@@ -160,7 +170,9 @@ using WideText = BasicText<TmvWideChar>;
 //   if (TmvUtilityFile()->ReadWholeFile(file.Out(), path)) { use file.View(); }
 class Bytes {
  public:
+  // No bytes.
   Bytes() = default;
+  // A move takes the bytes over.
   Bytes(Bytes&& other) noexcept : record_(std::exchange(other.record_, {})) {}
   Bytes& operator=(Bytes&& other) noexcept {
     std::swap(record_, other.record_);
@@ -175,6 +187,7 @@ class Bytes {
     return &record_;
   }
 
+  // The bytes, valid until Out() or the end of the object; Data() is null for no bytes.
   const char* Data() const { return record_.Data; }
   uint32_t Size() const { return record_.Size; }
   std::string_view View() const { return {record_.Data, record_.Size}; }
@@ -186,6 +199,7 @@ class Bytes {
 // The parts of a path: "c:\logs\run.txt" gives "c:\logs\", "run" and ".txt".
 class PathPieces {
  public:
+  // Splits a path, UTF-8.
   explicit PathPieces(const char* path) : parts_(TmvUtilityFile()->SplitPath(path)) {}
   PathPieces(const PathPieces&) = delete;
   PathPieces& operator=(const PathPieces&) = delete;
@@ -233,11 +247,15 @@ class TaskList {
     const TaskListNode* node_ = nullptr;
   };
 
+  // An empty list.
   TaskList() = default;
+  // Takes over the list; null is the empty one.
   explicit TaskList(TaskListNode* head) : head_(head) {}
 
+  // Walks the tasks in the order of the list.
   Iterator begin() const { return Iterator(head_.get()); }
   Iterator end() const { return Iterator(); }
+  // Whether there is no task.
   bool Empty() const { return !head_; }
 
  private:
@@ -311,6 +329,7 @@ class PoolUsers {
 // static object, which would stop the pool at unload. Throws as Start does.
 class RunningPool {
  public:
+  // Starts the pool with that many workers. Throws as Start does.
   explicit RunningPool(uint32_t workers) {
     TmvTaskPool()->Start(workers);
     detail::PoolUsers::Get().BeginPool();
@@ -413,6 +432,7 @@ Task MakeTask(const char* name, Callable&& callable) {
   return task;
 }
 
+// A new package without tasks. Throws std::bad_alloc.
 inline Package MakePackage() { return Package::Adopt(CreateRkTaskPackage()); }
 
 // An event with a name and, if given, a callable as MakeFunc takes it. It runs once on a worker,

@@ -60,23 +60,24 @@ enum class JobState {
   kCancelled,   // Ended: a cancel kept at least one callable from its end.
 };
 
+// Whether it is one of the three last.
 inline bool HasEnded(JobState state) { return state >= JobState::kSucceeded; }
 
 // How far a job or a lane is, all of one moment. `fraction` counts a callable that has ended as 1
 // and one that runs as what it said by SetProgress; it is 1 for what holds no callable.
 struct JobProgress {
-  uint32_t total = 0;
-  uint32_t done = 0;
-  uint32_t failed = 0;
-  uint32_t running = 0;
-  double fraction = 1;
+  uint32_t total = 0;    // Callables in all.
+  uint32_t done = 0;     // Those that ended without a failure.
+  uint32_t failed = 0;   // Those that threw.
+  uint32_t running = 0;  // Those that run, or stand in KeepGoing.
+  double fraction = 1;   // 0 to 1.
 };
 
 // One callable that failed.
 struct JobFailure {
-  std::string lane;
-  std::string label;
-  std::exception_ptr error;
+  std::string lane;          // The label of its lane.
+  std::string label;         // Its own.
+  std::exception_ptr error;  // What it threw.
 
   // What the exception says of itself; "unknown error" if it is no std::exception.
   std::string Message() const;
@@ -85,6 +86,7 @@ struct JobFailure {
 // Thrown by JobContext::ThrowIfCancelled, so that a deep callable can leave. It is no failure.
 class JobCancelled : public std::exception {
  public:
+  // A fixed text.
   const char* what() const noexcept override { return "the job was cancelled"; }
 };
 
@@ -162,7 +164,10 @@ class JobLane {
   // the job has been started.
   JobLane& StopAtFailure();
 
+  // The label that the lane was added with.
   const std::string& Label() const;
+
+  // How far the lane is.
   JobProgress GetProgress() const;
 
  private:
@@ -175,8 +180,11 @@ class JobLane {
   std::size_t index_;
 };
 
+// A job: its lanes, its pause, cancel and end, and what became of it. The head of this header says
+// how it lives, which threads may use it, which workers it needs and what it throws.
 class Job {
  public:
+  // The names of its parts.
   using State = JobState;
   using Progress = JobProgress;
   using Failure = JobFailure;
@@ -252,6 +260,7 @@ class Job {
   }
   bool WaitUntil(std::chrono::steady_clock::time_point time);
 
+  // What the job is doing, whether it ended with every callable done, and how far it is.
   State GetState() const;
   bool Succeeded() const { return GetState() == State::kSucceeded; }
   Progress GetProgress() const;
