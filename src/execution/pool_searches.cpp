@@ -3,7 +3,6 @@
 // asked through its interface, as a host would, so that the pool doesn't depend on its
 // implementation.
 #include <algorithm>
-#include <string_view>
 
 #include "execution/task_pool_impl.h"
 #include "tasks/task_list_builder.h"
@@ -26,14 +25,14 @@ Ref<RkTaskImpl> OwnerOf(RkTaskImpl& task) {
   }
 }
 
-bool IsCalled(const Ref<RkTaskImpl>& event, std::string_view name) {
-  return std::string_view(event->GetName()) == name;
+// Null is the name of no event.
+bool IsCalled(const Ref<RkTaskImpl>& event, const char* name) {
+  return name != nullptr && event->HasName(name);
 }
 
 }  // namespace
 
 uint32_t RkTaskPoolImpl::RemoveQueued(const char* name) {
-  if (name == nullptr) name = "";
   std::vector<PendingTask> queued;
   {
     MutexLock queue(queueMutex_);
@@ -52,27 +51,27 @@ uint32_t RkTaskPoolImpl::RemoveQueued(const char* name) {
 }
 
 // Takes the entries with these serials, which ascend, out of the queue.
-std::vector<RkTaskPoolImpl::PendingTask> RkTaskPoolImpl::ExtractQueued(
-    const std::vector<uint64_t>& serials) {
+std::vector<PendingTask> RkTaskPoolImpl::ExtractQueued(const std::vector<uint64_t>& serials) {
   std::vector<PendingTask> extracted;
   if (serials.empty()) return extracted;
   extracted.reserve(serials.size());
+  // From here on nothing throws, so that the queue can't be left half sorted.
   MutexLock queue(queueMutex_);
-  std::deque<PendingTask> kept;
+  auto end = pendingTasks_.begin();
   for (PendingTask& entry : pendingTasks_) {
     if (std::binary_search(serials.begin(), serials.end(), entry.serial)) {
       extracted.push_back(std::move(entry));
     } else {
-      kept.push_back(std::move(entry));
+      if (&*end != &entry) *end = std::move(entry);
+      ++end;
     }
   }
-  pendingTasks_.swap(kept);
+  pendingTasks_.erase(end, pendingTasks_.end());
   NotePending();
   return extracted;
 }
 
 TaskListNode* RkTaskPoolImpl::ListRunning(const char* name, uint32_t& count) {
-  if (name == nullptr) name = "";
   count = 0;
   std::vector<Ref<RkTaskImpl>> running;
   {

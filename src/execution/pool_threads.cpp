@@ -1,4 +1,6 @@
 // How the pool starts and how it ends.
+#include <memory>
+#include <new>
 #include <system_error>
 
 #include "execution/task_pool_impl.h"
@@ -6,36 +8,51 @@
 
 namespace temvar {
 
+// At unload. The host's own statics may be gone, so this runs no host code: it frees the storage of
+// the lists, and what is still queued keeps its references. Stop is the place to release them.
+RkTaskPoolImpl::~RkTaskPoolImpl() {
+  for (std::deque<PendingTask>* part : {&pendingTasks_, &incoming_}) {
+    for (PendingTask& entry : *part) {
+      entry.task.Detach();
+      entry.func.Detach();
+    }
+  }
+  for (Ref<RkTaskImpl>& task : runningTasks_) task.Detach();
+}
+
 void RkTaskPoolImpl::Start(uint32_t count) {
   // Once in the life of the library: a second set of threads would never be joined.
   if (running_ || stopRequested_) {
     throw std::system_error(std::make_error_code(std::errc::operation_not_permitted));
   }
+  if (count > threads_.max_size()) throw std::bad_alloc();
+  threads_.reserve(count);
   threadCount_ = count;
   running_.store(true, std::memory_order_release);
-  threads_.reserve(count);
   for (uint32_t i = 0; i < count; ++i) {
-    auto* const worker = new RkTaskThreadImpl;
+    auto worker = std::make_unique<RkTaskThreadImpl>();
     worker->SetPool(this);
-    threads_.push_back(worker);
     worker->Start();
+    // Only with a thread that Stop can join.
+    threads_.push_back(worker.release());
   }
+  pairsItself_ = true;
   dispatcher_ = std::thread(&RkTaskPoolImpl::RunDispatcher, this);
 }
 
+// Also after a Start that has failed: ends what it has made.
 void RkTaskPoolImpl::Stop() {
   ThrowIfWorker();
-  if (!dispatcher_.joinable()) {
-    throw std::system_error(std::make_error_code(std::errc::invalid_argument));
-  }
+  if (!running_) throw std::system_error(std::make_error_code(std::errc::invalid_argument));
   {
     MutexLock queue(queueMutex_);
     stopRequested_ = true;
     exitWhenIdle_ = true;
+    pairsItself_ = false;
     workCondition_.NotifyAll();
     pollCondition_.NotifyAll();
   }
-  dispatcher_.join();
+  if (dispatcher_.joinable()) dispatcher_.join();
   StopWorkers();
 
   // What is left is released without the lock: releasers are host code.
@@ -73,20 +90,22 @@ void RkTaskPoolImpl::StopWorkers() {
   threads_.clear();
 }
 
-// A worker that ends leaves an assignment that it has not begun as it is. The references came from
-// the pool, so the pool takes them back.
-void RkTaskPoolImpl::Forget(RkTaskThreadImpl& worker) {
-  // Dropped when the locks are free.
-  Ref<RkTaskImpl> task;
-  Ref<RkTaskFuncImpl> func;
-  Ref<RkTaskImpl> running;
+void RkTaskPoolImpl::TakeBack(RkTaskThreadImpl& worker) {
+  Ref<RkTaskImpl> running;  // Dropped when the locks are free.
+  PendingTask run;
   MutexLock idle(idleMutex_);
   std::erase(idleThreads_, &worker);
   NoteIdle();
-  worker.TakeAssignment(task, func);
-  if (!worker.IsMarkedRunning()) return;
-  MutexLock queue(queueMutex_);
-  running = TakeRunning(task.get());
+  run = worker.TakeAssignment();
+  if (!run.task) return;
+  RkTaskThreadImpl* paired = nullptr;
+  {
+    MutexLock queue(queueMutex_);
+    if (worker.IsMarkedRunning()) running = TakeRunning(run.task.get());
+    Requeue(std::move(run));
+    if (pairsItself_ && !idleThreads_.empty()) paired = PairOldest();
+  }
+  if (paired != nullptr) paired->Wake();
 }
 
 void RkTaskPoolImpl::RunDispatcher() {

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <iterator>
 #include <typeinfo>
 
 namespace temvar {
@@ -19,7 +18,7 @@ void RkTaskPoolImpl::AddTask(RkTask* task) {
     entry.serial = nextSerial_++;
     incoming_.push_back(std::move(entry));
   }
-  if (idleCount_ > 0) {
+  if (pairsItself_ && idleCount_ > 0) {
     uint32_t pending = 0;
     uint32_t idle = 0;
     DispatchOne(pending, idle);
@@ -64,23 +63,22 @@ void RkTaskPoolImpl::ThreadIdle(RkTaskThread* thread) {
   RkTaskThreadImpl* const worker = ToImpl(thread);
   if (worker == nullptr) return;
   // Dropped when the locks are free: each may be the last reference, and a releaser is host code.
-  Ref<RkTaskImpl> task;
-  Ref<RkTaskFuncImpl> func;
+  const PendingTask done = worker->TakeAssignment();
   Ref<RkTaskImpl> running;
-  worker->TakeAssignment(task, func);
   {
     MutexLock queue(queueMutex_);
-    if (task) running = TakeRunning(task.get());
+    if (done.task) running = TakeRunning(done.task.get());
     if (TakeNext(*worker)) return;
   }
 
   MutexLock idle(idleMutex_);
+  if (worker->IsStopAsked()) return;
   idleThreads_.push_back(worker);
   RkTaskThreadImpl* paired = nullptr;
   {
     MutexLock queue(queueMutex_);
     NoteIdle();
-    if (HasQueued() && !stopRequested_) paired = PairOldest();
+    if (pairsItself_ && HasQueued()) paired = PairOldest();
   }
   // The caller looks for an assignment before it sleeps and needs no waking.
   if (paired != nullptr && paired != worker) paired->Wake();
@@ -89,7 +87,7 @@ void RkTaskPoolImpl::ThreadIdle(RkTaskThread* thread) {
 // A worker that comes back while tasks wait and no other is idle would be the oldest idle one: it
 // takes the oldest task without entering the idle queue, and joins the running tasks at once.
 bool RkTaskPoolImpl::TakeNext(RkTaskThreadImpl& worker) {
-  if (idleCount_ > 0 || stopRequested_ || !HasQueued()) return false;
+  if (!pairsItself_ || idleCount_ > 0 || worker.IsStopAsked() || !HasQueued()) return false;
   AssignOldest(worker);
   if (worker.HasFunc()) {
     runningTasks_.emplace_back(worker.AssignedTask());
@@ -137,11 +135,11 @@ bool RkTaskPoolImpl::HasQueued() {
 
 // Appends the incoming tasks to pendingTasks_.
 void RkTaskPoolImpl::FetchIncoming() {
-  if (pendingTasks_.empty()) {
-    pendingTasks_.swap(incoming_);
-  } else {
-    std::move(incoming_.begin(), incoming_.end(), std::back_inserter(pendingTasks_));
-    incoming_.clear();
+  if (pendingTasks_.empty()) pendingTasks_.swap(incoming_);
+  // One by one: an append that throws leaves each task in one of the two parts.
+  for (; !incoming_.empty(); NotePending()) {
+    pendingTasks_.push_back(std::move(incoming_.front()));
+    incoming_.pop_front();
   }
   NotePending();
 }
@@ -160,7 +158,7 @@ RkTaskThreadImpl* RkTaskPoolImpl::PairOldest() {
 void RkTaskPoolImpl::AssignOldest(RkTaskThreadImpl& worker) {
   RkTask* task = pendingTasks_.front().task.get();
   // The queue's references become the worker's.
-  worker.Assign(std::move(pendingTasks_.front().task), std::move(pendingTasks_.front().func));
+  worker.Assign(std::move(pendingTasks_.front()));
   Notify(&task, kTaskPoolReadyToRunThread);
   pendingTasks_.pop_front();
   NotePending();
@@ -168,6 +166,16 @@ void RkTaskPoolImpl::AssignOldest(RkTaskThreadImpl& worker) {
   // The next worker needs these first, and a long queue doesn't fit into the caches.
   __builtin_prefetch(pendingTasks_.front().task.get());
   __builtin_prefetch(pendingTasks_.front().func.get());
+}
+
+// Before the tasks that were added after it.
+void RkTaskPoolImpl::Requeue(PendingTask run) {
+  const auto later =
+      std::find_if(pendingTasks_.begin(), pendingTasks_.end(),
+                   [&run](const PendingTask& entry) { return entry.serial > run.serial; });
+  pendingTasks_.insert(later, std::move(run));
+  NotePending();
+  if (dispatcherSleeps_) workCondition_.NotifyOne();
 }
 
 // Takes the first entry of this task out of the running list and notifies the observers. The result

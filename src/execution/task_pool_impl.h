@@ -28,11 +28,14 @@ namespace temvar {
 //    after it has appended, and ThreadIdle looks at the queue after it has raised idleCount_: one
 //    of them sees the other, since both lock incomingMutex_. The same holds for AddTask and a
 //    dispatcher that goes to sleep, with dispatcherSleeps_.
-// 4. The flags are set by Stop under queueMutex_, and a pass reads them under it: once Stop has
-//    begun nobody pairs.
+// 4. Stop sets the flags under queueMutex_, and a pass reads them under it: once Stop has begun
+//    nothing is paired. Before Start only DispatchOne pairs, when a host calls it.
 // 5. threads_ and dispatcher_ belong to the thread that calls Start and Stop.
+// 6. pendingTasks_ and incoming_ ascend by serial, also after an assignment has come back.
 class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
  public:
+  ~RkTaskPoolImpl() override;
+
   void AddTask(RkTask* task) override;
   void AddFunc(RkTaskFunc* func) override;
   void Start(uint32_t count) override;
@@ -50,21 +53,15 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   TaskListNode* ListRunning(const char* name, uint32_t& count) override;
   void FreeTaskList(TaskListNode* list) override;
 
-  // For a worker that has ended: nothing must be assigned to it any more, and a task that it was
-  // about to begin is released, so that nobody waits for it.
-  void Forget(RkTaskThreadImpl& worker);
+  // For a worker that has ended: nothing is assigned to it any more, and an assignment that it has
+  // not begun returns to its place in the queue.
+  void TakeBack(RkTaskThreadImpl& worker);
 
-  // True from the first thread that Start makes to the end of Stop. Static: it outlives the object.
+  // True from the moment at which Start makes its first thread, also if it then fails, to the end
+  // of Stop. Static: it outlives the object.
   static bool IsRunning() { return running_.load(std::memory_order_acquire); }
 
  private:
-  // A queued run: the task with the function that it had when it was added.
-  struct PendingTask {
-    Ref<RkTaskImpl> task;
-    Ref<RkTaskFuncImpl> func;
-    uint64_t serial = 0;  // Tells two runs of one task apart.
-  };
-
   void RunDispatcher();
   void WaitForPoll() TMV_REQUIRES(queueMutex_);
   bool HasQueued() TMV_REQUIRES(queueMutex_) TMV_EXCLUDES(incomingMutex_);
@@ -72,6 +69,7 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   RkTaskThreadImpl* PairOldest() TMV_REQUIRES(idleMutex_, queueMutex_);
   bool TakeNext(RkTaskThreadImpl& worker) TMV_REQUIRES(queueMutex_);
   void AssignOldest(RkTaskThreadImpl& worker) TMV_REQUIRES(queueMutex_);
+  void Requeue(PendingTask run) TMV_REQUIRES(queueMutex_);
   Ref<RkTaskImpl> TakeRunning(RkTaskImpl* task) TMV_REQUIRES(queueMutex_);
   std::vector<PendingTask> ExtractQueued(const std::vector<uint64_t>& serials)
       TMV_EXCLUDES(queueMutex_);
@@ -86,6 +84,7 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
 
   std::atomic<bool> stopRequested_{false};
   std::atomic<bool> exitWhenIdle_{false};
+  std::atomic<bool> pairsItself_{false};  // From Start to Stop, see 3 and 4.
   static inline constinit std::atomic<bool> running_{false};
 
   std::atomic<uint32_t> threadCount_{2};

@@ -30,26 +30,28 @@ void RkTaskThreadImpl::Stop() {
   if (IsCurrentThread()) {
     throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
   }
+  stopAsked_.store(true, std::memory_order_release);
   {
     MutexLock lock(mutex_);
     stopRequested_.store(true, std::memory_order_release);
     Wake();
   }
   Join();
-  if (RkTaskPoolImpl* const pool = ToImpl(pool_)) pool->Forget(*this);
+  if (RkTaskPoolImpl* const pool = ToImpl(pool_)) pool->TakeBack(*this);
 }
 
-void RkTaskThreadImpl::Assign(Ref<RkTaskImpl> task, Ref<RkTaskFuncImpl> func) {
-  func_ = func.Detach();
-  task_.store(task.Detach(), std::memory_order_release);
+void RkTaskThreadImpl::Assign(PendingTask run) {
+  func_ = run.func.Detach();
+  serial_ = run.serial;
+  task_.store(run.task.Detach(), std::memory_order_release);
 }
 
-void RkTaskThreadImpl::TakeAssignment(Ref<RkTaskImpl>& task, Ref<RkTaskFuncImpl>& func) {
+PendingTask RkTaskThreadImpl::TakeAssignment() {
   RkTaskImpl* const assigned = AssignedTask();
-  if (assigned == nullptr) return;
+  if (assigned == nullptr) return {};
   task_.store(nullptr, std::memory_order_relaxed);
-  task = Ref<RkTaskImpl>::Adopt(assigned);
-  func = Ref<RkTaskFuncImpl>::Adopt(std::exchange(func_, nullptr));
+  return {Ref<RkTaskImpl>::Adopt(assigned),
+          Ref<RkTaskFuncImpl>::Adopt(std::exchange(func_, nullptr)), serial_};
 }
 
 // A releaser of the previous task may call PauseEvent on this thread; such a pause must not wait
@@ -65,14 +67,19 @@ void RkTaskThreadImpl::ThreadMain() {
   Lock();
   while (!stopRequested_.load(std::memory_order_acquire)) {
     RunAssignment();
-    if (stopRequested_.load(std::memory_order_acquire)) break;
     ReportIdle();
-    while (AssignedTask() == nullptr && !stopRequested_.load(std::memory_order_acquire)) Wait();
-    // The gap in which a waiting Stop gets the mutex.
+    // The gap in which a thread that waits for the mutex may get it.
     Unlock();
     Lock();
+    while (!HasSomethingToDo()) Wait();
   }
   Unlock();
+}
+
+// To end, or to begin an assignment, which a Stop that is under way forbids.
+bool RkTaskThreadImpl::HasSomethingToDo() const {
+  if (stopRequested_.load(std::memory_order_acquire)) return true;
+  return AssignedTask() != nullptr && !IsStopAsked();
 }
 
 // The assignment's references hold task and function until ReportIdle, so the call needs none of

@@ -12,6 +12,13 @@
 
 namespace temvar {
 
+// A queued run: the task with the function that it had when it was added.
+struct PendingTask {
+  Ref<RkTaskImpl> task;
+  Ref<RkTaskFuncImpl> func;
+  uint64_t serial = 0;  // Ascends in the order of adding; distinguishes two runs of one task.
+};
+
 // States: built; idle, in the wait at the end of a round; running a callback; stopping; ended.
 //
 // Thread-safety:
@@ -20,9 +27,21 @@ namespace temvar {
 // 2. The assignment is written by the pool, under its idleMutex, while the worker is in the idle
 //    queue, and only if there is none; or by the worker's own thread on its way back to the pool.
 //    func_ is published by task_.
-// 3. A wake-up is remembered by wake_, and the worker sleeps until it has an assignment or is to
+// 3. A wake-up is remembered by wake_, and the worker sleeps until it has an assignment or must
 //    stop. So an assignment that comes before the wait is not lost, and a wake-up without one
 //    doesn't put the worker in the idle queue twice.
+//
+// Stop, of a worker of the pool or of a host's own, while others add, assign, pause and cancel:
+// 4. stopAsked_ is set before Stop waits for mutex_. From then on the worker begins nothing: the
+//    pool assigns nothing to a worker that reports idle, and an assignment that it has already is
+//    left alone.
+// 5. After a callback the worker reports idle in any case: its task must leave the running tasks,
+//    or a pause or a cancel would wait for it for ever. So stopRequested_, which ends the thread,
+//    is set only under mutex_, which the thread releases between two rounds and in its wait, never
+//    between a callback and its report.
+// 6. When the thread is joined, an assignment that the worker still has was never begun. The pool
+//    takes it back to its place in the queue and makes a pass of pairing, since another worker may
+//    be idle.
 class RkTaskThreadImpl final : public RkTaskThread {
  public:
   void ReportIdle() override;
@@ -37,12 +56,13 @@ class RkTaskThreadImpl final : public RkTaskThread {
   void Start() override;
 
   // For the pool, see 2.
-  void Assign(Ref<RkTaskImpl> task, Ref<RkTaskFuncImpl> func);
-  void TakeAssignment(Ref<RkTaskImpl>& task, Ref<RkTaskFuncImpl>& func);
+  void Assign(PendingTask run);
+  PendingTask TakeAssignment();
   bool HasFunc() const { return func_ != nullptr; }
   // The assignment is in the list of running tasks already. By the worker's own thread only.
   void SetMarkedRunning();
   bool IsMarkedRunning() const { return markedRunning_; }
+  bool IsStopAsked() const { return stopAsked_.load(std::memory_order_acquire); }
   RkTaskImpl* AssignedTask() const { return task_.load(std::memory_order_acquire); }
 
   bool IsCurrentThread() const { return thread_.get_id() == std::this_thread::get_id(); }
@@ -50,11 +70,14 @@ class RkTaskThreadImpl final : public RkTaskThread {
  private:
   void ThreadMain();
   void RunAssignment();
+  bool HasSomethingToDo() const;
 
-  std::atomic<bool> stopRequested_{false};
+  std::atomic<bool> stopAsked_{false};      // See 4.
+  std::atomic<bool> stopRequested_{false};  // See 5.
   RkTaskPool* pool_ = nullptr;
   std::atomic<RkTaskImpl*> task_{nullptr};
   RkTaskFuncImpl* func_ = nullptr;
+  uint64_t serial_ = 0;
   bool markedRunning_ = false;
 
   Mutex mutex_;

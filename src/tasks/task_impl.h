@@ -62,7 +62,7 @@ class RkTaskImpl : public virtual RkTask {
   int32_t State() const { return state_.load(std::memory_order_acquire); }
   const std::string& Name() const { return name_; }
   const Ref<RkTaskFuncImpl>& Func() const { return func_; }
-  bool HasName(const TaskName& name) const { return name_ == name.text; }
+  bool HasName(std::string_view name) const { return name_ == name; }
   uint32_t NameHash() const { return nameHash_; }
 
   // From now on the task is in a package.

@@ -121,7 +121,7 @@ RkTaskImpl* RkTaskPackageImpl::FindTask(const TaskName& name) const {
       const RkTaskPackageImpl* const nested = ToPackage(child);
       RkTaskImpl* const hit = nested == nullptr ? nullptr : nested->FindTask(name);
       if (hit != nullptr) return hit;
-    } else if (child->HasName(name)) {
+    } else if (child->HasName(name.text)) {
       return child;
     }
   }

@@ -1,12 +1,14 @@
 // One life of the pool in one process, to be run many times:
 //   start_stop stop    starts the pool, does a little work and stops it
 //   start_stop leave   leaves the process with idle and running workers, without Stop
+//   start_stop refuse  starts more workers than the system has room for, and stops what it has made
 // Prints nothing; the exit status is 0 if the work was done.
 #include <temvar/temvar.h>
 
 #include <atomic>
 #include <chrono>
 #include <cstring>
+#include <system_error>
 #include <thread>
 
 namespace {
@@ -53,11 +55,23 @@ int LeaveAtWork() {
   return WaitForRuns(2) ? 0 : 1;
 }
 
+int StopWhatStartMade() {
+  Queue(Work, 3);
+  try {
+    TmvTaskPool()->Start(20'000);
+    return 1;
+  } catch (const std::system_error&) {
+  }
+  TmvTaskPool()->Stop();
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
   if (std::strcmp(argv[1], "stop") == 0) return StopAtWork();
   if (std::strcmp(argv[1], "leave") == 0) return LeaveAtWork();
+  if (std::strcmp(argv[1], "refuse") == 0) return StopWhatStartMade();
   return 2;
 }

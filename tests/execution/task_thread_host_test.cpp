@@ -1,7 +1,8 @@
-// Workers that stand alone.
+// Workers of a host's own.
 #include <gtest/gtest.h>
 #include <temvar/temvar.h>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <string>
@@ -18,6 +19,14 @@ using namespace test;
 using ThreadPtr = std::unique_ptr<RkTaskThread, decltype(&DestroyRkTaskThread)>;
 
 ThreadPtr MakeThread() { return {CreateRkTaskThread(), &DestroyRkTaskThread}; }
+
+// A worker of the host's own that serves the pool.
+ThreadPtr MakeStarted() {
+  ThreadPtr thread = MakeThread();
+  thread->SetPool(TmvTaskPool());
+  thread->Start();
+  return thread;
+}
 
 // Whether the call throws this error of the system.
 template <typename Call>
@@ -46,9 +55,7 @@ TEST(TaskThread, JoinWithoutAThreadThrows) {
 
 // A wake-up without an assignment must not enter the worker a second time.
 TEST(TaskThread, EntersTheIdleQueueOnceAndStopsWhileAsleep) {
-  const ThreadPtr thread = MakeThread();
-  thread->SetPool(TmvTaskPool());
-  thread->Start();
+  const ThreadPtr thread = MakeStarted();
   Eventually([] { return IdleWorkers() == 1; });
   for (int i = 0; i < 20; ++i) thread->Wake();
   BeQuiet();
@@ -59,51 +66,92 @@ TEST(TaskThread, EntersTheIdleQueueOnceAndStopsWhileAsleep) {
   EXPECT_THROW(thread->Join(), std::system_error);
 }
 
-TEST(TaskThread, RunsWhatThePoolAssignsAndStopWaitsForIt) {
-  const ThreadPtr thread = MakeThread();
-  thread->SetPool(TmvTaskPool());
-  thread->Start();
+// Before Start tasks wait, and only a pass by hand pairs one; from Start on they need none.
+TEST(TaskThread, BeforeStartItIsAssignedWhatAPassByHandPairs) {
+  const ThreadPtr thread = MakeStarted();
   Eventually([] { return IdleWorkers() == 1; });
+  std::atomic<int> ran{0};
+  for (int i = 0; i < 3; ++i) Pool().AddFunc(MakeFunc([&ran](RkTask*) { ++ran; }).get());
+  BeQuiet();
+  EXPECT_EQ(ran, 0);
+  uint32_t pending = 0;
+  uint32_t idle = 0;
+  Pool().DispatchOne(pending, idle);
+  EXPECT_EQ(pending, 2u);
+  Eventually([&ran] { return ran == 1; });
+  BeQuiet();
+  EXPECT_EQ(ran, 1);
+  EXPECT_EQ(Pool().GetQueuedCount(), 2u);
+  const RunningPool pool(0);
+  Eventually([&ran] { return ran == 3; });
+  thread->Stop();
+}
+
+TEST(TaskThread, BeginsNothingOnceItsStopHasAsked) {
+  const RunningPool pool(0);
+  const ThreadPtr thread = MakeStarted();
   Gate gate;
+  std::atomic<int> late{0};
   Pool().AddFunc(MakeFunc([&gate, &thread](RkTask*) {
                    const auto deadlock = std::errc::resource_deadlock_would_occur;
                    ExpectError(deadlock, [&thread] { thread->Join(); });
                    gate.Wait();
                    ExpectError(deadlock, [&thread] { thread->Stop(); });
                  }).get());
-  uint32_t pending = 0;
-  uint32_t idle = 0;
-  Pool().DispatchOne(pending, idle);
   gate.WaitForArrivals(1);
+  for (int i = 0; i < 200; ++i) Pool().AddFunc(MakeFunc([&late](RkTask*) { ++late; }).get());
   Call stop([&thread] { thread->Stop(); });
   BeQuiet();
   EXPECT_FALSE(stop.IsDone());
   gate.Open();
   stop.WaitForReturn();
+  EXPECT_EQ(late, 0);
+  EXPECT_EQ(Pool().GetQueuedCount(), 200u);
 }
 
-// A worker has its next task already when it comes to the gap in which Stop gets it.
-TEST(TaskThread, ATaskThatItsStopKeptFromBeginningIsNotAmongTheRunning) {
-  std::atomic<int> begun{0};
+// A worker may have its next task already when Stop comes to it.
+TEST(TaskThread, ATaskThatItsStopKeptFromBeginningGoesBackToItsPlace) {
+  const RunningPool pool(0);
+  std::vector<size_t> begun;
   std::vector<Step> steps;
-  for (int i = 0; i < 500; ++i) {
-    steps.push_back({"task " + std::to_string(i), [&begun](RkTask*) { ++begun; }});
+  for (size_t i = 0; i < 500; ++i) {
+    steps.push_back({"task " + std::to_string(i), [&begun, i](RkTask*) { begun.push_back(i); }});
   }
   const Job job("event", steps);
   Schedular().RegisterEvent(job.event.get());
-  for (int round = 0; round < 100; ++round) {
-    const ThreadPtr thread = MakeThread();
-    thread->SetPool(TmvTaskPool());
+  for (int round = 0; round < 100 && !HasFailure(); ++round) {
+    begun.clear();
     for (size_t i = 0; i < steps.size(); ++i) Pool().AddTask(job[i]);
-    begun = 0;
-    thread->Start();
-    while (begun == 0) std::this_thread::yield();
-    thread->Stop();
-    uint32_t running = 0;
-    Pool().FreeTaskList(Pool().ListRunning("event", running));
-    ASSERT_EQ(running, 0u);
+    while (Pool().GetQueuedCount() > 0) {
+      const uint32_t before = Pool().GetQueuedCount();
+      const ThreadPtr thread = MakeStarted();
+      Eventually([before] { return Pool().GetQueuedCount() < before; });
+      thread->Stop();
+      uint32_t running = 0;
+      Pool().FreeTaskList(Pool().ListRunning("event", running));
+      ASSERT_EQ(running, 0u);
+    }
+    ASSERT_EQ(begun.size(), steps.size());
+    EXPECT_TRUE(std::is_sorted(begun.begin(), begun.end()));
   }
-  Pool().RemoveQueued("event");
+}
+
+// The pool's own worker is idle when one that leaves returns the job's only queued task.
+TEST(TaskThread, AJobEndsWhileWorkersComeAndGo) {
+  const RunningPool pool(1);
+  for (int round = 0; round < 20 && !HasFailure(); ++round) {
+    std::atomic<bool> ended{false};
+    const Job job("event", std::vector<Step>(200, Step{"task", Succeed}),
+                  [&ended](RkTask*) { ended = true; });
+    for (size_t i = 0; i < 200; ++i) job[i]->SetNameNumber(static_cast<int64_t>(i + 1));
+    job.Add();
+    for (int worker = 0; worker < 10; ++worker) {
+      const ThreadPtr thread = MakeStarted();
+      std::this_thread::yield();
+      thread->Stop();
+    }
+    EXPECT_TRUE(Eventually([&ended] { return ended.load(); })) << "round " << round;
+  }
 }
 
 }  // namespace

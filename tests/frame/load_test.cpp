@@ -3,6 +3,7 @@
 #include <temvar/temvar.h>
 
 #include <atomic>
+#include <string>
 #include <thread>
 
 #include "support/dynamic_library.h"
@@ -76,6 +77,36 @@ TEST(Load, AHundredLivesInOneProcessLeaveNoThreadAndNoHandle) {
   // The system itself makes an object for a lock of its own when two threads first meet there, at
   // no moment that could be told; what a life of the library leaves would count a hundred times.
   EXPECT_LT(CountHandles(), handles + 10);
+}
+
+std::string released;
+RkTask* queued = nullptr;  // Stays, for a search of leaks to find it.
+
+// The registry lets go of its events; what is queued runs no releaser any more.
+TEST(Load, UnloadReleasesEventsInTheOrderOfTheirNamesAndNothingQueued) {
+  {
+    const DynamicLibrary library(TEMVAR_LIBRARY_FILE);
+    const auto make = [&library](RkTask* task, const char* name) {
+      RkTaskData* const data = library.Get<decltype(CreateRkTaskData)>("CreateRkTaskData")();
+      data->SetPayload(const_cast<char*>(name));
+      data->SetReleaser([](void* payload) { released += static_cast<const char*>(payload); });
+      task->SetName(name);
+      task->SetData(data);
+      library.Get<decltype(DestroyRkTaskData)>("DestroyRkTaskData")(data);
+      return task;
+    };
+    for (const char* name : {"c", "a", "b"}) {
+      RkTask* const event =
+          make(library.Get<decltype(CreateRkTaskEvent)>("CreateRkTaskEvent")(), name);
+      library.Get<decltype(TmvTaskSchedular)>("TmvTaskSchedular")()->RegisterEvent(event);
+      library.Get<decltype(DestroyRkTask)>("DestroyRkTask")(event);
+    }
+    queued = make(library.Get<decltype(CreateRkTask)>("CreateRkTask")(), "queued");
+    library.Get<decltype(TmvTaskPool)>("TmvTaskPool")()->AddTask(queued);
+    library.Get<decltype(DestroyRkTask)>("DestroyRkTask")(queued);
+  }
+  EXPECT_FALSE(test::IsLoaded(TEMVAR_LIBRARY_FILE));
+  EXPECT_EQ(released, "abc");
 }
 
 TEST(Load, GivesTheSameObjectsEachTime) {
