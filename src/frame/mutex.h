@@ -69,27 +69,38 @@ class Condition {
 
   template <typename Predicate>
   void Wait(Mutex& mutex, Predicate predicate) TMV_REQUIRES(mutex) {
-    std::unique_lock<std::mutex> lock(mutex.mutex_, std::adopt_lock);
-    ++waiters_;
-    storage_.condition.wait(lock, predicate);
-    --waiters_;
-    lock.release();
+    Waiter waiter(*this, mutex);
+    storage_.condition.wait(waiter.lock, predicate);
   }
 
   template <typename Predicate>
   void WaitFor(Mutex& mutex, std::chrono::milliseconds time, Predicate predicate)
       TMV_REQUIRES(mutex) {
-    std::unique_lock<std::mutex> lock(mutex.mutex_, std::adopt_lock);
-    ++waiters_;
-    storage_.condition.wait_for(lock, time, predicate);
-    --waiters_;
-    lock.release();
+    Waiter waiter(*this, mutex);
+    storage_.condition.wait_for(waiter.lock, time, predicate);
   }
 
   void NotifyOne() { storage_.condition.notify_one(); }
   void NotifyAll() { storage_.condition.notify_all(); }
 
  private:
+  // Counts a waiter, and leaves the mutex to the caller's guard, which unlocks it also when the
+  // predicate has thrown.
+  struct Waiter {
+    Waiter(Condition& owner, Mutex& mutex) : condition(owner), lock(mutex.mutex_, std::adopt_lock) {
+      ++condition.waiters_;
+    }
+    ~Waiter() {
+      --condition.waiters_;
+      lock.release();
+    }
+    Waiter(const Waiter&) = delete;
+    Waiter& operator=(const Waiter&) = delete;
+
+    Condition& condition;
+    std::unique_lock<std::mutex> lock;
+  };
+
   union Storage {
     Storage() {}
     ~Storage() {}
@@ -99,38 +110,44 @@ class Condition {
   std::atomic<int> waiters_{0};
 };
 
-// Lets threads wait for a state whose changes are announced while other locks are held:
-//   for (;;) { key = PrepareWait(); if (test()) { CancelWait(); break; } Wait(key); }
-// The state changes under a mutex that the test takes, and NotifyAll comes after the change. So a
-// waiter whose test missed the change has registered before it, and NotifyAll sees it: no
-// notification is lost, and one without waiters costs a read.
+// Lets threads wait for a state whose changes are announced while other locks are held. The state
+// changes under a mutex that the test takes, and NotifyAll comes after the change. So a waiter
+// whose test missed the change has registered before it, and NotifyAll sees it: no notification is
+// lost, and one without waiters costs a read.
 class EventCount {
  public:
-  using Key = uint64_t;
-
-  Key PrepareWait() {
-    waiters_.fetch_add(1);
-    return epoch_.load();
-  }
-
-  void CancelWait() { waiters_.fetch_sub(1); }
-
-  void Wait(Key key) {
-    {
+  // Returns when `test` is true. It is called without locks, now and after each notification; what
+  // it throws ends the wait.
+  template <typename Test>
+  void Await(Test test) {
+    const Waiter waiter(waiters_);
+    for (;;) {
+      const uint64_t epoch = epoch_.load();
+      if (test()) return;
       MutexLock lock(mutex_);
-      condition_.Wait(mutex_, [this, key] { return epoch_.load() != key; });
+      condition_.Wait(mutex_, [this, epoch] { return epoch_.load() != epoch; });
     }
-    CancelWait();
   }
 
   void NotifyAll() {
-    if (waiters_.load(std::memory_order_acquire) == 0) return;
+    if (!HasWaiters()) return;
     MutexLock lock(mutex_);
     epoch_.fetch_add(1);
     condition_.NotifyAll();
   }
 
+  bool HasWaiters() const { return waiters_.load(std::memory_order_acquire) != 0; }
+
  private:
+  struct Waiter {
+    explicit Waiter(std::atomic<int>& waiters) : count(waiters) { count.fetch_add(1); }
+    ~Waiter() { count.fetch_sub(1); }
+    Waiter(const Waiter&) = delete;
+    Waiter& operator=(const Waiter&) = delete;
+
+    std::atomic<int>& count;
+  };
+
   std::atomic<uint64_t> epoch_{0};
   std::atomic<int> waiters_{0};
   Mutex mutex_;

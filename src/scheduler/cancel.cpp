@@ -1,5 +1,17 @@
 // Cancelling events. The scheduler calls its own operations and the pool's through their
 // interfaces, as a host does, so that each step exists once.
+//
+// 1. A cancel with removal takes the entry out before its task is queued. The last package takes
+//    the entry out too, so only one of the two ends the event: its function is called once, and
+//    doesn't find its own entry. An event of the same name may be added from then on.
+// 2. If the task can't be queued, the entry is put back, unless another event has taken the name
+//    meanwhile.
+// 3. Without removal the event may still end, or be cancelled again, before the cancel runs. Its
+//    function is called each time.
+// 4. A pause that waits for the event ends when the cancel is queued, since the cancel may need the
+//    worker of a task that is waited for. It ends again when the cancel runs, for a pause that came
+//    in between.
+// 5. The cancel's task owns a reference on the event until it runs, or until the pool drops it.
 #include "scheduler/task_schedular_impl.h"
 #include "tasks/task_func_impl.h"
 
@@ -8,35 +20,39 @@ namespace temvar {
 void RkTaskSchedularImpl::CancelEvent(const char* name) { CancelEventEx(name, true); }
 
 void RkTaskSchedularImpl::CancelEventEx(const char* name, bool remove) {
-  EventRef event = FindEventRef(name);
+  const EventRef event = FindEventRef(name);
   if (!event) return;
+  const Ref<RkTaskImpl> cancelTask = MakeCancelTask(event);
+  Events::node_type entry;  // Dropped when the mutexes are free.
+  if (remove) {
+    MutexLock registry(registryMutex);
+    entry = ExtractEvent(*event);
+    if (entry.empty()) return;  // It has ended, or another cancel came first.
+  }
+  try {
+    ScheduleTask(cancelTask.get());
+  } catch (...) {
+    MutexLock registry(registryMutex);
+    if (!entry.empty()) entry = eventsByName_.insert(std::move(entry)).node;
+    throw;
+  }
   EndPauseWaits(*event);
+}
 
-  // The call owns a reference on the event until it runs, or until the pool drops it unrun.
+Ref<RkTaskImpl> RkTaskSchedularImpl::MakeCancelTask(const EventRef& event) {
   const Ref<RkTaskFuncImpl> func = MakeBoundFunc([this, owned = event](RkTask*) mutable {
     const EventRef cancelled = std::move(owned);
     RunCancel(*cancelled);
   });
-  const auto cancelTask = Ref<RkTaskImpl>::Adopt(new RkTaskImpl);
+  auto cancelTask = Ref<RkTaskImpl>::Adopt(new RkTaskImpl);
   cancelTask->SetInternal();
   cancelTask->SetFunc(func.get());
-  ScheduleTask(cancelTask.get());
-
-  if (remove) RemoveIfRegistered(*event);
-}
-
-// The entry may be gone meanwhile, or the name may be that of another event by now.
-void RkTaskSchedularImpl::RemoveIfRegistered(const RkTaskEventImpl& event) {
-  EventRef removed;
-  {
-    MutexLock registry(registryMutex);
-    removed = ExtractEvent(event);
-  }
-  if (removed) drainCondition.NotifyAll();
+  return cancelTask;
 }
 
 bool RkTaskSchedularImpl::CancelEventOfTask(const char* taskName) {
-  const EventRef event = FindOwners(TaskName(taskName == nullptr ? "" : taskName)).event;
+  if (taskName == nullptr) return false;
+  const EventRef event = FindOwners(TaskName(taskName)).event;
   if (!event || event->Name().empty()) return false;
   CancelEvent(event->GetName());
   return true;
@@ -68,27 +84,18 @@ void RkTaskSchedularImpl::CancelActiveTasks(RkTaskEventImpl& event) {
 // Waits until no task of the event runs. The pool finds none of an event that has left the
 // registry.
 void RkTaskSchedularImpl::AwaitDrain(RkTaskEventImpl& event) {
-  for (;;) {
-    const EventCount::Key key = drainCondition.PrepareWait();
-    bool drained = false;
-    {
-      const RunningTasks running(event.GetName());
-      MutexLock pause(pauseMutex);
-      const int64_t count = running.Count();
-      if (event.LoadDrainCount() <= 0 || event.LoadDrainCount() > count) {
-        event.StoreDrainCount(count);
-      }
-      drained = event.LoadDrainCount() == 0;
-    }
-    if (drained) break;
-    drainCondition.Wait(key);
-  }
-  drainCondition.CancelWait();
+  drainCondition.Await([&event] {
+    const RunningTasks running(event.GetName());
+    MutexLock pause(pauseMutex);
+    const int64_t count = running.Count();
+    if (event.LoadDrainCount() <= 0 || event.LoadDrainCount() > count) event.StoreDrainCount(count);
+    return event.LoadDrainCount() == 0;
+  });
 }
 
 bool RkTaskSchedularImpl::IsTaskCancelled(const char* name) {
   MutexLock state(stateMutex);
-  return cancelledNames_.count(name == nullptr ? "" : name) != 0;
+  return name != nullptr && cancelledNames_.count(name) != 0;
 }
 
 }  // namespace temvar

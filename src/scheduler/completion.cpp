@@ -1,8 +1,6 @@
 // How events start and how tasks, packages and events end.
-#include <chrono>
 #include <cstring>
 #include <stdexcept>
-#include <thread>
 
 #include "scheduler/task_schedular_impl.h"
 
@@ -53,33 +51,31 @@ void RkTaskSchedularImpl::TaskFailed(RkTask* task) {
 void RkTaskSchedularImpl::CompletePlain(RkTaskImpl& task, int32_t state) {
   const Owners owners = FindOwners(TaskName(task.Name()));
   if (!owners.package) return;
-  MutexLock registry(registryMutex);
-  AwaitResume(task);
-  const bool cancelled = task.State() == kTaskStateCancelled;
-  MutexLock stateLock(stateMutex);
-  task.SetState(state);
-  if (cancelled) return;
-  if (state == kTaskStateFailed && !owners.package->ContinueOnFailure()) {
-    EndPackage(*owners.package, kTaskStateFailed);
-  } else {
-    Advance(*owners.package, state);
+  // A report can meet a pause that came after ReportState had looked. The task then parks without
+  // the registry mutex, which ResumeEvent needs, and reports again.
+  while (!TryCompletePlain(task, state, *owners.package)) {
+    task.ReportState(&task, kTaskStateCreated);
   }
 }
 
-// A report can meet a pause that came after ReportState had looked. The task then parks without the
-// registry mutex, which ResumeEvent needs, and looks again under it.
-void RkTaskSchedularImpl::AwaitResume(RkTaskImpl& task) {
-  while (task.State() == kTaskStatePaused) {
-    registryMutex.Unlock();
-    int32_t state = 0;
-    {
-      MutexLock pause(pauseMutex);
-      state = PausePointLocked(&task);
-    }
-    // Woken for another event, or the event has left the registry.
-    if (state == kTaskStatePaused) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    registryMutex.Lock();
+// False, with nothing done, if the task is paused. If it is not, no pause can reach it before the
+// end: it needs the registry mutex too.
+bool RkTaskSchedularImpl::TryCompletePlain(RkTaskImpl& task, int32_t state,
+                                           RkTaskPackageImpl& package) {
+  MutexLock registry(registryMutex);
+  if (task.State() == kTaskStatePaused) return false;
+  const bool cancelled = task.State() == kTaskStateCancelled;
+  MutexLock stateLock(stateMutex);
+  // Documented: a cancel that comes between the report and this step loses its state, but the
+  // package doesn't move on.
+  task.SetState(state);
+  if (cancelled) return true;
+  if (state == kTaskStateFailed && !package.ContinueOnFailure()) {
+    EndPackage(package, kTaskStateFailed);
+  } else {
+    Advance(package, state);
   }
+  return true;
 }
 
 // Queues the next child, or after the last child the package itself.
@@ -100,7 +96,7 @@ void RkTaskSchedularImpl::EndPackage(RkTaskPackageImpl& package, int32_t state) 
 
 void RkTaskSchedularImpl::CompletePackage(RkTaskImpl& package) {
   EventRef event;
-  EventRef removed;  // Dropped when the mutexes are free.
+  Events::node_type removed;  // Dropped when the mutexes are free.
   MutexLock registry(registryMutex);
   event = FindEventListing(&package);
   if (!event) return;

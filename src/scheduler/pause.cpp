@@ -1,9 +1,53 @@
 // Pausing and resuming events.
+//
+// 1. Under pauseMutex: who waits at a pause point (parkedCount of a task), whom the pauses of an
+//    event wait for (pausedTasks), what has ended them (pauseGeneration), and resumeCount.
+// 2. A task inside PauseEvent counts as waiting at a pause point, for every pause. So tasks that
+//    pause their own event or each other's don't wait for each other, and neither does a host that
+//    pauses on top of them. The task doesn't park there: when its call returns it goes on to its
+//    next pause point.
+// 3. The pauses of one event share pausedTasks. A pause lists the running tasks that don't wait at
+//    a pause point; each waiter removes those that do by now, or have left the pool. A wait ends
+//    when the list is empty, or when the event was resumed, cancelled or removed.
+// 4. After each change that can end a wait comes a notification of drainCondition: a task parks,
+//    enters PauseEvent, or leaves the list of running tasks; the generation changes; the registry
+//    loses an entry or has it overwritten.
+// 5. A resume counts and notifies before it sweeps, under pauseMutex, which every woken thread
+// needs
+//    before it looks. So a sweep that throws leaves nothing asleep that it has set active.
 #include <algorithm>
 
 #include "scheduler/task_schedular_impl.h"
 
 namespace temvar {
+namespace {
+
+// Marks the task that runs on this thread, if one does, as waiting at a pause point.
+class StandingTask {
+ public:
+  StandingTask() : task_(currentTask) {
+    if (task_ == nullptr) return;
+    {
+      MutexLock pause(pauseMutex);
+      ++task_->parkedCount;
+    }
+    drainCondition.NotifyAll();
+  }
+
+  ~StandingTask() {
+    if (task_ == nullptr) return;
+    MutexLock pause(pauseMutex);
+    --task_->parkedCount;
+  }
+
+  StandingTask(const StandingTask&) = delete;
+  StandingTask& operator=(const StandingTask&) = delete;
+
+ private:
+  RkTaskImpl* const task_;
+};
+
+}  // namespace
 
 void RkTaskSchedularImpl::SweepEvent(RkTaskEventImpl& event, int32_t fromState, int32_t toState,
                                      TaskRefs& swept) {
@@ -15,13 +59,9 @@ void RkTaskSchedularImpl::SweepEvent(RkTaskEventImpl& event, int32_t fromState, 
 void RkTaskSchedularImpl::PauseEvent(const char* name) {
   const EventRef event = FindEventRef(name);
   if (!event) return;
+  const StandingTask standing;
   const uint64_t generation = BeginPause(*event);
-  for (;;) {
-    const EventCount::Key key = drainCondition.PrepareWait();
-    if (IsPauseOver(*event, generation)) break;
-    drainCondition.Wait(key);
-  }
-  drainCondition.CancelWait();
+  drainCondition.Await([this, &event, generation] { return IsPauseOver(*event, generation); });
 }
 
 // Moves the active tasks to paused and lists those among them that run. Returns the generation of
@@ -44,9 +84,7 @@ uint64_t RkTaskSchedularImpl::BeginPause(RkTaskEventImpl& event) {
   MutexLock pause(pauseMutex);
   for (const TaskListNode* node = running.First(); node != nullptr; node = node->next) {
     RkTaskImpl* const task = ToImpl(node->task);
-    // A task that waits at a pause point already will not reach another one, and a task that pauses
-    // its own event would wait for itself.
-    if (task->parkedCount == 0 && task != currentTask) waitedFor.emplace_back(task);
+    if (task->parkedCount == 0) waitedFor.emplace_back(task);
   }
   event.StoreDrainCount(static_cast<int64_t>(waitedFor.size()));
   waitedFor.swap(event.pausedTasks);
@@ -62,8 +100,9 @@ bool RkTaskSchedularImpl::IsPauseOver(RkTaskEventImpl& event, uint64_t generatio
   MutexLock pause(pauseMutex);
   if (!registered || event.pauseGeneration != generation) return true;
   const auto firstGone = std::stable_partition(
-      event.pausedTasks.begin(), event.pausedTasks.end(),
-      [&running](const Ref<RkTaskImpl>& task) { return running.Contains(task.get()); });
+      event.pausedTasks.begin(), event.pausedTasks.end(), [&running](const Ref<RkTaskImpl>& task) {
+        return task->parkedCount == 0 && running.Contains(task.get());
+      });
   gone.assign(firstGone, event.pausedTasks.end());
   event.pausedTasks.erase(firstGone, event.pausedTasks.end());
   event.StoreDrainCount(static_cast<int64_t>(event.pausedTasks.size()));
@@ -80,21 +119,20 @@ void RkTaskSchedularImpl::EndPauseWaits(RkTaskEventImpl& event) {
 }
 
 void RkTaskSchedularImpl::ResumeEvent(const char* name) {
+  if (name == nullptr) return;
   EventRef event;
   TaskRefs swept;  // Dropped when the mutexes are free.
-  {
-    MutexLock pause(pauseMutex);
-    MutexLock registry(registryMutex);
-    const auto entry = eventsByName_.find(name == nullptr ? "" : name);
-    if (entry == eventsByName_.end()) return;
-    event = entry->second;
-    MutexLock state(stateMutex);
-    SweepEvent(*event, kTaskStatePaused, kTaskStateActive, swept);
-    ++event->pauseGeneration;
-    ++resumeCount;
-    resumeCondition.NotifyAll();
-  }
+  MutexLock pause(pauseMutex);
+  MutexLock registry(registryMutex);
+  const auto entry = eventsByName_.find(name);
+  if (entry == eventsByName_.end()) return;
+  event = entry->second;
+  ++event->pauseGeneration;
+  ++resumeCount;
+  resumeCondition.NotifyAll();
   drainCondition.NotifyAll();
+  MutexLock state(stateMutex);
+  SweepEvent(*event, kTaskStatePaused, kTaskStateActive, swept);
 }
 
 int32_t RkTaskSchedularImpl::PausePoint(RkTask* task) {

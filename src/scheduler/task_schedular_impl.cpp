@@ -4,14 +4,13 @@
 #include "tasks/task_list_builder.h"
 
 namespace temvar {
-namespace {
 
-const char* TextOrEmpty(const char* text) { return text == nullptr ? "" : text; }
-
-}  // namespace
-
-// Runs at unload, when the pool has no threads any more, so without a lock.
-RkTaskSchedularImpl::~RkTaskSchedularImpl() = default;
+// At unload, when the pool has no threads any more, so without a lock. Entry by entry, since
+// releasers see the order of the names, for which the map's destructor doesn't care, and may call
+// the scheduler.
+RkTaskSchedularImpl::~RkTaskSchedularImpl() {
+  while (!eventsByName_.empty()) eventsByName_.extract(eventsByName_.begin());
+}
 
 RkTaskSchedularImpl::Place RkTaskSchedularImpl::FindPlace(const TaskName& name) const {
   for (const auto& [key, event] : eventsByName_) {
@@ -31,8 +30,9 @@ RkTaskSchedularImpl::Owners RkTaskSchedularImpl::FindOwners(const TaskName& name
 }
 
 RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::FindEventRef(const char* name) {
+  if (name == nullptr) return {};
   MutexLock registry(registryMutex);
-  const auto entry = eventsByName_.find(TextOrEmpty(name));
+  const auto entry = eventsByName_.find(name);
   return entry == eventsByName_.end() ? EventRef() : entry->second;
 }
 
@@ -48,17 +48,18 @@ RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::FindEventListing(
 
 void RkTaskSchedularImpl::StoreEvent(RkTaskEventImpl* event) {
   EventRef& entry = eventsByName_[event->Name()];
-  // The reference on an event that is overwritten stays taken: its tasks go on running.
+  const bool overwrites = static_cast<bool>(entry);
+  // Documented: the reference on an event that is overwritten is not dropped; its tasks go on.
   entry.Detach();
   entry = EventRef(event);
+  if (overwrites) drainCondition.NotifyAll();
 }
 
-RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::ExtractEvent(const RkTaskEventImpl& event) {
+RkTaskSchedularImpl::Events::node_type RkTaskSchedularImpl::ExtractEvent(
+    const RkTaskEventImpl& event) {
   const auto entry = eventsByName_.find(event.Name());
   if (entry == eventsByName_.end() || entry->second.get() != &event) return {};
-  EventRef extracted = std::move(entry->second);
-  eventsByName_.erase(entry);
-  return extracted;
+  return eventsByName_.extract(entry);
 }
 
 bool RkTaskSchedularImpl::HoldsEvent(const RkTaskEventImpl& event) const {
@@ -79,33 +80,35 @@ void RkTaskSchedularImpl::RegisterEvent(RkTask* event) {
 }
 
 void RkTaskSchedularImpl::RemoveEvent(const char* name) {
-  EventRef removed;
+  if (name == nullptr) return;
+  Events::node_type removed;  // Dropped when the mutex is free.
   {
     MutexLock registry(registryMutex);
-    const auto entry = eventsByName_.find(TextOrEmpty(name));
+    const auto entry = eventsByName_.find(name);
     if (entry == eventsByName_.end()) return;
-    removed = std::move(entry->second);
-    eventsByName_.erase(entry);
+    removed = eventsByName_.extract(entry);
   }
   drainCondition.NotifyAll();
 }
 
 void RkTaskSchedularImpl::RemoveEventLocked(const char* name) {
-  const auto entry = eventsByName_.find(TextOrEmpty(name));
+  if (name == nullptr) return;
+  const auto entry = eventsByName_.find(name);
   if (entry == eventsByName_.end()) return;
   eventsByName_.erase(entry);
   drainCondition.NotifyAll();
 }
 
 RkTask* RkTaskSchedularImpl::FindTask(const char* name) {
+  if (name == nullptr) return nullptr;
   MutexLock registry(registryMutex);
-  return Ref<RkTaskImpl>(FindPlace(TaskName(TextOrEmpty(name))).task).Detach();
+  return Ref<RkTaskImpl>(FindPlace(TaskName(name)).task).Detach();
 }
 
 RkTask* RkTaskSchedularImpl::FindEvent(const char* name) { return FindEventRef(name).Detach(); }
 
 RkTask* RkTaskSchedularImpl::FindEventOfTask(const char* taskName) {
-  return FindOwners(TaskName(TextOrEmpty(taskName))).event.Detach();
+  return taskName == nullptr ? nullptr : FindOwners(TaskName(taskName)).event.Detach();
 }
 
 RkTask* RkTaskSchedularImpl::FindEventOfPackage(RkTask* package) {
@@ -116,7 +119,7 @@ RkTask* RkTaskSchedularImpl::FindEventOfPackage(RkTask* package) {
 }
 
 RkTaskPackage* RkTaskSchedularImpl::FindPackageOfTask(const char* taskName) {
-  return FindOwners(TaskName(TextOrEmpty(taskName))).package.Detach();
+  return taskName == nullptr ? nullptr : FindOwners(TaskName(taskName)).package.Detach();
 }
 
 TaskListNode* RkTaskSchedularImpl::ListCurrentTasks(RkTask* event) {
@@ -127,7 +130,8 @@ TaskListNode* RkTaskSchedularImpl::ListCurrentTasks(RkTask* event) {
   for (const Ref<RkTaskImpl>& entry : impl->Packages()) {
     const RkTaskPackageImpl* const package = ToPackage(entry.get());
     if (package == nullptr || package->CurrentIndex() >= package->Tasks().size()) continue;
-    list.Append(package->Tasks()[package->CurrentIndex()]);
+    const Ref<RkTaskImpl>& current = package->Tasks()[package->CurrentIndex()];
+    if (current) list.Append(current);
   }
   return list.Finish();
 }
@@ -136,7 +140,7 @@ void RkTaskSchedularImpl::FreeTaskList(TaskListNode* list) { ReleaseTaskList(lis
 
 bool RkTaskSchedularImpl::InsertTaskAfter(RkTask* newTask, RkTask* existing) {
   if (newTask == nullptr || existing == nullptr) return false;
-  const Owners owners = FindOwners(TaskName(TextOrEmpty(existing->GetName())));
+  const Owners owners = FindOwners(TaskName(existing->GetName()));
   if (!owners.package) return false;
   MutexLock registry(registryMutex);
   return owners.package->InsertAfter(existing, newTask);

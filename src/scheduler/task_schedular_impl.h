@@ -79,6 +79,8 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
 
  private:
   using EventRef = Ref<RkTaskEventImpl>;
+  // Keys order by their bytes taken as unsigned, a shorter key before its continuation.
+  using Events = std::map<std::string, EventRef, std::less<>>;
 
   // Where a plain task is: the first match of a walk, without references.
   struct Place {
@@ -100,14 +102,15 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   void StoreEvent(RkTaskEventImpl* event) TMV_REQUIRES(registryMutex);
   // Removes the entry of this event, if it is still the one under its name. The result keeps the
   // registry's reference.
-  EventRef ExtractEvent(const RkTaskEventImpl& event) TMV_REQUIRES(registryMutex);
+  Events::node_type ExtractEvent(const RkTaskEventImpl& event) TMV_REQUIRES(registryMutex);
   bool HoldsEvent(const RkTaskEventImpl& event) const TMV_REQUIRES(registryMutex);
   bool IsRegistered(const RkTaskEventImpl& event) TMV_EXCLUDES(registryMutex);
 
   // completion.cpp
   void CompletePlain(RkTaskImpl& task, int32_t state);
   void CompletePackage(RkTaskImpl& package);
-  void AwaitResume(RkTaskImpl& task) TMV_REQUIRES(registryMutex);
+  bool TryCompletePlain(RkTaskImpl& task, int32_t state, RkTaskPackageImpl& package)
+      TMV_EXCLUDES(registryMutex);
   void Advance(RkTaskPackageImpl& package, int32_t lastState)
       TMV_REQUIRES(registryMutex, stateMutex);
   void EndPackage(RkTaskPackageImpl& package, int32_t state)
@@ -125,10 +128,9 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   void RunCancel(RkTaskEventImpl& event);
   void CancelActiveTasks(RkTaskEventImpl& event);
   void AwaitDrain(RkTaskEventImpl& event);
-  void RemoveIfRegistered(const RkTaskEventImpl& event);
+  Ref<RkTaskImpl> MakeCancelTask(const EventRef& event);
 
-  // Keys order by their bytes taken as unsigned, a shorter key before its continuation.
-  std::map<std::string, EventRef, std::less<>> eventsByName_ TMV_GUARDED_BY(registryMutex);
+  Events eventsByName_ TMV_GUARDED_BY(registryMutex);
   std::set<std::string, std::less<>> cancelledNames_ TMV_GUARDED_BY(stateMutex);
 };
 

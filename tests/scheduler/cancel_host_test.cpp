@@ -159,6 +159,31 @@ TEST(CancelEvent, InARowAllCallTheirEvents) {
   for (const Job& job : jobs) EXPECT_EQ(job.event->GetState(), kTaskStateCancelled);
 }
 
+// In every second round the event may end by itself meanwhile.
+TEST(CancelEvent, CallsItsEventOnceWhenItsEntryHasGone) {
+  {
+    std::deque<Job> jobs;
+    RunningPool pool(2);
+    for (int round = 0; round < 400 && !HasFailure(); ++round) {
+      std::atomic<int> calls{0};
+      std::atomic<int> found{0};
+      const Body end = [&calls, &found](RkTask*) {
+        if (TaskPtr(Schedular().FindEvent("event")) != nullptr) ++found;
+        ++calls;
+      };
+      const Step step{"task " + std::to_string(round), round % 2 == 0 ? Succeed : [](RkTask*) {}};
+      jobs.emplace_back("event", std::vector<Step>{step}, end).Add();
+      Schedular().CancelEvent("event");
+      Eventually([&calls] { return calls > 0; });
+      // The next event of the name is added while the cancel returns, and costs no reference.
+      if (round % 10 == 0) Eventually([] { return IdleWorkers() == 2; });
+      EXPECT_EQ(found, 0);
+      EXPECT_EQ(calls, 1);
+    }
+  }
+  EXPECT_EQ(LiveBodies(), 0);
+}
+
 TEST(CancelEventOfTask, FindsTheEventOfANestedTask) {
   RunningPool pool(1);
   const TaskPtr leaf = MakeTask("leaf");

@@ -132,6 +132,11 @@ TEST(Pause, EndsWithoutAPausePointWhenTheEventOrTheTaskGoes) {
       {"resume", [](Pausable& event) { event.Resume(); }},
       {"removal", [](Pausable&) { Schedular().RemoveEvent("event"); }},
       {"cancel", [](Pausable&) { Schedular().CancelEvent("event"); }},
+      {"overwriting",
+       [](Pausable& event) {
+         Schedular().RegisterEvent(MakeEvent("event", {}).get());
+         DestroyRkTask(event.event());  // The reference of the entry that was overwritten.
+       }},
       {"kept cancel", [](Pausable&) { Schedular().CancelEventEx("event", false); }},
       {"return without a report",
        [](Pausable& event) {
@@ -173,6 +178,36 @@ TEST(Pause, ATaskMayPauseItsOwnEvent) {
   EXPECT_EQ(Schedular().GetEventCount(), 1u);
   Schedular().ResumeEvent("event");
   Eventually([] { return Schedular().GetEventCount() == 0; });
+}
+
+// Two tasks that run, each inside a pause for which the other one counts, and a host on top.
+TEST(Pause, TasksInsideAPauseAreWaitedForByNobody) {
+  RunningPool pool(2);
+  for (const bool crossed : {false, true}) {
+    SCOPED_TRACE(crossed ? "each other's event" : "their own event");
+    Gate gate;
+    std::atomic<int> paused{0};
+    const auto pauses = [&gate, &paused](const char* name) {
+      return gate.Then([&paused, name](RkTask* self) {
+        Schedular().PauseEvent(name);
+        ++paused;
+        SucceedWhenHeard(self);
+      });
+    };
+    const Job first("first", {{"first task", pauses(crossed ? "second" : "first")}});
+    const Job second("second", {{"second task", pauses("first")}});
+    if (!crossed) first.event->AddPackage(second.package.get());
+    first.Add();
+    if (crossed) second.Add();
+    gate.WaitForArrivals(2);
+    gate.Open();
+    Eventually([&paused] { return paused == 2; });
+    Call([] { Schedular().PauseEvent("first"); }).WaitForReturn();
+    Eventually([] {
+      for (const char* name : {"first", "second"}) Schedular().ResumeEvent(name);
+      return Schedular().GetEventCount() == 0 && IdleWorkers() == 2;
+    });
+  }
 }
 
 // The worker has its next task already when it lets go of what ran before.

@@ -71,7 +71,9 @@ TEST_F(Queries, PackagesAreFoundIfAnEventListsThemDirectly) {
   EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(a1_.get())), nullptr);
 }
 
-TEST_F(Queries, NullsFindNothing) {
+TEST_F(Queries, NullsFindNothingNotEvenWhatIsNamedByTheEmptyText) {
+  const Job nameless("", {{""}});
+  Schedular().RegisterEvent(nameless.event.get());
   EXPECT_EQ(Schedular().FindTask(nullptr), nullptr);
   EXPECT_EQ(Schedular().FindEvent(nullptr), nullptr);
   EXPECT_EQ(Schedular().FindEventOfTask(nullptr), nullptr);
@@ -86,7 +88,9 @@ TEST_F(Queries, NullsFindNothing) {
   Schedular().ResumeEvent(nullptr);
   Schedular().CancelEvent(nullptr);
   Schedular().RemoveEvent(nullptr);
-  EXPECT_EQ(Schedular().GetEventCount(), 2u);
+  uint32_t count = 0;
+  EXPECT_EQ(Pool().ListRunning(nullptr, count), nullptr);
+  EXPECT_EQ(Schedular().GetEventCount(), 3u);
 }
 
 TEST_F(Queries, RemovalForgetsTheEventAtOnce) {
@@ -105,6 +109,9 @@ TEST_F(Queries, TheListOfCurrentTasksHoldsOneForEachPackage) {
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("a1", "a2"));
   list.reset(Schedular().ListCurrentTasks(b_.get()));
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("b1", "b2"));
+  b2_->InsertTask(nullptr, 0);
+  list.reset(Schedular().ListCurrentTasks(b_.get()));
+  EXPECT_THAT(NamesOf(list.get()), ElementsAre("b1"));
 }
 
 TEST_F(Queries, InsertionTakesPlaceBehindADirectChildAlone) {
