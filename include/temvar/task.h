@@ -27,12 +27,12 @@ inline constexpr int32_t kTaskStatePaused = 7;     // Held by a pause of its eve
 // Names: the scheduler knows a plain task by its name alone, so the names of plain tasks must be
 // unique over all events that are registered at one time. Nothing checks this.
 //
-// Threads: the host sets name, function and data before it hands the task over, and leaves them
-// alone while it is queued or running. State and kind may be read from any thread.
+// Threads: the host sets name, function and data before it passes the task on, and doesn't change
+// them while it is queued or running. State and kind may be read from any thread.
 class RkTask {
  public:
-  // Tells the result of a running function: 1 for success, 6 for failure. Called by the function on
-  // the thread that runs it, with the task itself as `task`.
+  // Reports the result of a running function: 1 for success, 6 for failure. Called by the function
+  // on the thread that runs it, with the task itself as `task`.
   //
   // While the task is paused the call blocks until the event is resumed, and it then returns
   // without having reported anything: report again if the state afterwards is kTaskStateActive. On
@@ -48,7 +48,7 @@ class RkTask {
   virtual RkTaskFunc* GetFunc() = 0;
 
   // Replaces the host's own payload of the task, in the way of SetFunc. The library never reads it,
-  // and the task's function does not get it: it gets the data of its RkTaskFunc.
+  // and the task's function does not receive it: it receives the data of its RkTaskFunc.
   virtual void SetData(RkTaskData* data) = 0;
 
   // The payload holder, or null. No reference is added.
@@ -88,7 +88,7 @@ class RkTask {
 // A new plain task with one reference, which the caller drops with DestroyRkTask.
 TMV_API RkTask* CreateRkTask();
 
-// Adds a reference for the caller and returns the argument. Null gives null. Any thread.
+// Adds a reference for the caller and returns the argument. Null returns null. Any thread.
 TMV_API RkTask* DuplicateRkTask(RkTask* task);
 
 // Drops a reference on a task, a package or an event. The last one destroys the object on the

@@ -12,7 +12,7 @@ class RkTaskData;
 //
 // Rules for the function:
 // - Report the result with task->ReportState(task, 1), or 6 on failure. Without a report the
-//   package of the task stands still.
+//   package of the task doesn't go on.
 // - No exception may escape: the workers catch nothing, and the process would end. Catch everything
 //   and turn it into ReportState(task, 6).
 // - Pass a pause point now and then (ReportState with 0) if it runs long, and return early when the
@@ -21,7 +21,7 @@ class RkTaskData;
 using RkTaskCallback = void (*)(RkTask* task, RkTaskData* data);
 
 // A reference-counted pair of a function and its data. Set it up before a task that refers to it is
-// handed over; the references may be taken and dropped on any thread.
+// passed on; the references may be taken and dropped on any thread.
 class RkTaskFunc {
  public:
   // Makes a new RkTaskData with `payload` and `releaser` (which may be null) and stores it together

@@ -3,9 +3,9 @@
 
 class RkTask;
 
-// A node of a list of tasks, as ListCurrentTasks of the scheduler and ListRunning of the pool give
-// it. Each node owns a reference on its task. Release a list only with FreeTaskList of either of
-// them.
+// A node of a list of tasks, as ListCurrentTasks of the scheduler and ListRunning of the pool
+// return it. Each node owns a reference on its task. Release a list only with FreeTaskList of
+// either of them.
 struct TaskListNode {
   RkTask* task;        // With a reference of its own.
   TaskListNode* next;  // Null at the end.

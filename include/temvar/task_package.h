@@ -22,7 +22,7 @@ class RkTaskPackage : public virtual RkTask {
   virtual void InsertTask(RkTask* task, uint32_t index) = 0;
 
   // Whether the next child runs after one has failed; true in a new package. If false, the first
-  // failure ends the package, and the children behind it never run.
+  // failure ends the package, and the children after it never run.
   virtual void SetContinueOnFailure(bool continueOnFailure) = 0;
 
   // Number of children. A nested package counts as one.
@@ -40,7 +40,7 @@ class RkTaskPackage : public virtual RkTask {
   // Index of the child in progress; it stays on the last child when the package has ended.
   virtual uint32_t GetCurrentIndex() = 0;
 
-  // The child behind the one in progress, or null. The caller drops the added reference.
+  // The child after the one in progress, or null. The caller drops the added reference.
   virtual RkTask* GetNext() = 0;
 
  protected:

@@ -10,8 +10,8 @@ class RkTask;
 class RkTaskPackage;
 
 // Keeps events by name and decides what may run: the tasks of a package one after the other, the
-// packages of an event side by side, and the event's own function once after its last package. It
-// hands those tasks to the pool, which the host has started, and takes the next step when a task
+// packages of an event side by side, and the event's own function after its last package. It hands
+// those tasks to the pool, which the host has started, and takes the next step when a task
 // reports.
 //
 // All operations may be called from any thread, a task's function included, unless they say
@@ -20,20 +20,22 @@ class RkTaskPackage;
 // as std::system_error, exhausted memory as std::bad_alloc.
 class RkTaskSchedular {
  public:
-  // Cancels the event and takes it out of the registry: CancelEventEx(name, true).
+  // Cancels the event and takes it out of the registry: CancelEventEx(name, true). A paused event
+  // must be resumed first, see there.
   virtual void CancelEvent(const char* name) = 0;
 
   // Cancels the event that holds the first plain task of this name. False if there is none.
   virtual bool CancelEventOfTask(const char* taskName) = 0;
 
-  // Holds the event: each of its active tasks stops at its next pause point. Returns when every
-  // task that was running has reached one or has ended, or when the event is resumed, cancelled or
-  // removed meanwhile. Parked tasks keep their workers. A task of the event may call this itself;
-  // it is not waited for and stops at its own next pause point.
+  // Pauses the event: each of its active tasks stops at its next pause point. Returns when every
+  // task that was running has reached one or has ended, or when the event is resumed, cancelled,
+  // removed or overwritten meanwhile. Parked tasks keep their workers. Tasks may call this, also
+  // for their own event or for each other's: a task inside this call counts as waiting at a pause
+  // point for every pause, and stops at its own next one afterwards.
   virtual void PauseEvent(const char* name) = 0;
 
-  // Lets a paused event go on. A result that a task reported while it was paused is lost; the
-  // task's function must report it again.
+  // Resumes a paused event. A result that a task reported while it was paused is lost; the task's
+  // function must report it again.
   virtual void ResumeEvent(const char* name) = 0;
 
   // A pause point for a running function: blocks while the task is paused. True if the state
@@ -61,14 +63,14 @@ class RkTaskSchedular {
   // The same for a caller that holds the registry's mutex: the scheduler itself.
   virtual void RemoveEventLocked(const char* name) = 0;
 
-  // The pause point behind ReportState and CheckPause: blocks while the task is paused, but returns
+  // The pause point of ReportState and CheckPause: blocks while the task is paused, but returns
   // once some event was resumed. The result is the state afterwards.
   virtual int32_t PausePoint(RkTask* task) = 0;
 
   // The same for a caller that holds the mutex of pauses: the scheduler itself.
   virtual int32_t PausePointLocked(RkTask* task) = 0;
 
-  // The steps behind ReportState with 1 and with 6. Call ReportState instead.
+  // The steps of ReportState with 1 and with 6. Call ReportState instead.
   virtual void TaskFinished(RkTask* task) = 0;
   virtual void TaskFailed(RkTask* task) = 0;
 
@@ -89,8 +91,8 @@ class RkTaskSchedular {
   virtual RkTask* FindEventOfPackage(RkTask* package) = 0;
 
   // One node for each package of the event that has tasks, with the child in progress (the last
-  // child in a package that has ended). The event needn't be registered. Null for none. Release the
-  // list with FreeTaskList.
+  // child in a package that has ended); a null child has none. The event needn't be registered.
+  // Null for none. Release the list with FreeTaskList.
   virtual TaskListNode* ListCurrentTasks(RkTask* event) = 0;
 
   // Releases a list and the references in it. Null does nothing.
@@ -100,7 +102,7 @@ class RkTaskSchedular {
   // +1, or null.
   virtual RkTaskPackage* FindPackageOfTask(const char* taskName) = 0;
 
-  // Inserts `newTask` behind `existing` in its package, also while the event runs; the package
+  // Inserts `newTask` after `existing` in its package, also while the event runs; the package
   // takes a reference. False, with nothing done, if no registered event holds `existing` as a
   // direct child of one of its packages. A task inserted before the child in progress never starts.
   virtual bool InsertTaskAfter(RkTask* newTask, RkTask* existing) = 0;
@@ -110,10 +112,12 @@ class RkTaskSchedular {
   virtual uint64_t GetEventCount() = 0;
 
   // Cancels the event and returns without waiting. A task of the pool then sets the active tasks to
-  // kTaskStateCancelled, takes its queued tasks out, and calls the event's function once with the
-  // event in the state kTaskStateCancelled. With `remove` the entry goes at once and running tasks
-  // are not waited for; without it the entry stays, and the function is called when no task of the
-  // event runs any more. The cancel needs a free worker.
+  // kTaskStateCancelled, takes the queued tasks of this event's name out, and calls the event's
+  // function with the event in the state kTaskStateCancelled. With `remove` the entry goes at once,
+  // running tasks are not waited for, and the function is called once, by the cancel or by the end
+  // that came first. Without it the entry stays, and the function is called when no task of the
+  // event runs any more; the event may also end, or be cancelled again, before, and the function is
+  // called each time. The cancel needs a free worker, and it wakes no parked task: resume first.
   virtual void CancelEventEx(const char* name, bool remove) = 0;
 
  protected:

@@ -8,14 +8,15 @@
 class RkTaskPool;
 
 // One worker: a thread that runs one assigned task at a time, reports itself idle to its pool and
-// sleeps until it is woken. The pool makes its own workers; a host needs this only for workers that
-// stand alone, and the pool gives those no way to be assigned a task by a host.
+// sleeps until it is woken. The pool makes its own workers. A host can make more, which serve the
+// pool's queue like those, and which come and go while it runs; nothing but the pool can assign a
+// task to a worker.
 //
 // Life of a worker: built, SetPool, Start, and at the end Stop, then DestroyRkTaskThread. Failures
 // of the system's threads, mutexes and conditions are thrown as std::system_error.
 class RkTaskThread {
  public:
-  // Tells the pool that the worker is idle. For the worker itself.
+  // Reports the worker idle to the pool. For the worker itself.
   virtual void ReportIdle() = 0;
 
   // Stores the pool, which is not owned. Before Start.
@@ -40,11 +41,13 @@ class RkTaskThread {
   // Always 0.
   virtual int32_t ReservedValue() = 0;
 
-  // Ends the thread and joins it. Waits for a running function; a task that it was assigned and has
-  // not begun does not run and is released. From any thread but the worker itself, once.
+  // Ends the thread and joins it. Waits for a running function, also for one that waits at a pause
+  // point; the worker begins no other meanwhile. A task that it was assigned and has not begun goes
+  // back to its place in the queue, for another worker. From any thread but the worker itself,
+  // once; throws std::system_error there.
   virtual void Stop() = 0;
 
-  // Starts the thread, once.
+  // Starts the thread, once. Throws std::system_error if the system refuses it.
   virtual void Start() = 0;
 
  protected:
