@@ -10,9 +10,10 @@
 #include "platform/wide_errors.h"
 #include "platform/win32.h"
 #include "temvar/utility_string.h"
+#include "utilities/file/owned_handles.h"
 #include "utilities/file/stream.h"
+#include "utilities/file/system_path.h"
 #include "utilities/string/text.h"
-#include "utilities/system/system_path.h"
 
 namespace temvar {
 namespace {
@@ -25,20 +26,19 @@ void TellZipError(int code, const char* where) {
 
 // Gives the file its entry's time as creation and last-write time. What fails is left as it is.
 void StampFile(const TmvWideChar* path, uLong dosDate) {
-  const HANDLE file =
-      CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return;
+  const FileHandle file(
+      CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!file.IsOpen()) return;
   FILETIME creation;
   FILETIME access;
   FILETIME write;
   FILETIME local;
   FILETIME stamp;
-  if (GetFileTime(file, &creation, &access, &write) &&
+  if (GetFileTime(file.get(), &creation, &access, &write) &&
       DosDateTimeToFileTime(static_cast<WORD>(dosDate >> 16), static_cast<WORD>(dosDate), &local) &&
       LocalFileTimeToFileTime(&local, &stamp)) {
-    SetFileTime(file, &stamp, &access, &stamp);
+    SetFileTime(file.get(), &stamp, &access, &stamp);
   }
-  CloseHandle(file);
 }
 
 // One run of ExtractArchive over an open archive.

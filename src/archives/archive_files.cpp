@@ -5,7 +5,7 @@
 #include <cstring>
 #include <new>
 
-#include "platform/archive_files.h"
+#include "platform/system_archive_files.h"
 
 namespace temvar {
 namespace {

@@ -5,7 +5,7 @@
 #include <new>
 
 #include "archives/archive_files.h"
-#include "utilities/system/system_path.h"
+#include "utilities/file/system_path.h"
 
 namespace temvar {
 

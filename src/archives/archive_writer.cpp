@@ -10,9 +10,10 @@
 #include "platform/win32.h"
 #include "temvar/utility_file.h"
 #include "temvar/utility_string.h"
+#include "utilities/file/owned_handles.h"
 #include "utilities/file/stream.h"
+#include "utilities/file/system_path.h"
 #include "utilities/string/text.h"
-#include "utilities/system/system_path.h"
 
 namespace temvar {
 namespace {
@@ -34,9 +35,8 @@ ZipHandle CreateArchive(const char* path) {
 // The file's last-write time as a DOS date and time in local time; 0 for a file that isn't there.
 uLong DosDateOf(const char* path) {
   WIN32_FIND_DATAW data;
-  const HANDLE find = FindFirstFileW(SystemPath(path).get(), &data);
-  if (find == INVALID_HANDLE_VALUE) return 0;
-  FindClose(find);
+  const FindHandle find(SystemPath(path).get(), &data);
+  if (!find.IsOpen()) return 0;
   FILETIME local;
   WORD date = 0;
   WORD time = 0;

@@ -3,8 +3,8 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "utilities/file/system_path.h"
 #include "utilities/string/text.h"
-#include "utilities/system/folders.h"
 
 namespace temvar {
 namespace {

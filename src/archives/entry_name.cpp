@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "utilities/system/system_path.h"
+#include "utilities/file/system_path.h"
 
 namespace temvar {
 namespace {

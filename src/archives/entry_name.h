@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/links.h"
+#include "platform/paths.h"
 
 namespace temvar {
 

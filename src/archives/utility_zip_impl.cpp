@@ -7,11 +7,12 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/links.h"
+#include "platform/paths.h"
 #include "platform/win32.h"
 #include "temvar/utility_string.h"
+#include "utilities/file/owned_handles.h"
+#include "utilities/file/system_path.h"
 #include "utilities/string/text.h"
-#include "utilities/system/system_path.h"
 
 namespace temvar {
 namespace {
@@ -48,22 +49,16 @@ class Walk {
     if (directory.empty()) return;
     if (!IsSeparator(directory.back())) directory += TMV_WIDE('/');
     WIN32_FIND_DATAW data;
-    const HANDLE find = FindFirstFileW(InSystemForm(directory + TMV_WIDE('*')).get(), &data);
-    if (find == INVALID_HANDLE_VALUE) return;
-    const FindCloser closer{find};
+    const FindHandle find(InSystemForm(directory + TMV_WIDE('*')).get(), &data);
+    if (!find.IsOpen()) return;
     openDirectories_.push_back(directory);
     do {
       if (!IsSelfOrParent(data.cFileName)) Visit(directory + data.cFileName, data);
-    } while (FindNextFileW(find, &data));
+    } while (FindNextFileW(find.get(), &data));
     openDirectories_.pop_back();
   }
 
  private:
-  struct FindCloser {
-    HANDLE find;
-    ~FindCloser() { FindClose(find); }
-  };
-
   void Visit(const WideString& path, const WIN32_FIND_DATAW& data) {
     if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
       const bool isLink = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;

@@ -4,7 +4,7 @@
 #include <system_error>
 
 #include "execution/task_pool_impl.h"
-#include "platform/thread_name.h"
+#include "platform/threads.h"
 
 namespace temvar {
 

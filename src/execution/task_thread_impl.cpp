@@ -6,7 +6,7 @@
 
 #include "execution/task_pool_impl.h"
 #include "platform/crash_thread.h"
-#include "platform/thread_name.h"
+#include "platform/threads.h"
 
 namespace temvar {
 

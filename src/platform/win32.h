@@ -27,15 +27,21 @@
 
 #else
 
-#include "platform/posix/types.h"
-
 #include "platform/posix/clock.h"
 #include "platform/posix/crash/exceptions.h"
 #include "platform/posix/crypto.h"
+#include "platform/posix/errors.h"
+#include "platform/posix/files/file_io.h"
 #include "platform/posix/files/files.h"
-#include "platform/posix/shell/shell.h"
+#include "platform/posix/files/find_files.h"
+#include "platform/posix/files/streams.h"
+#include "platform/posix/shell/shell_folders.h"
+#include "platform/posix/shell/shell_open.h"
+#include "platform/posix/shell/shell_trees.h"
 #include "platform/posix/system.h"
-#include "platform/posix/text/text.h"
+#include "platform/posix/text/text_conversion.h"
+#include "platform/posix/text/text_format.h"
+#include "platform/posix/win32_types.h"
 
 #endif
 

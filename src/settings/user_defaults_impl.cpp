@@ -6,7 +6,6 @@
 #include "settings/json_document.h"
 #include "settings/json_text.h"
 #include "settings/settings_file.h"
-#include "utilities/string/numbers.h"
 #include "utilities/string/text.h"
 
 namespace temvar {

@@ -1,7 +1,9 @@
+#include "platform/posix/clock.h"
+
 #include <chrono>
 #include <ctime>
 
-#include "platform/win32.h"
+#include "platform/posix/errors.h"
 
 namespace {
 

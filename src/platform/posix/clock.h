@@ -4,7 +4,7 @@
 
 #include <ctime>
 
-#include "platform/posix/types.h"
+#include "platform/posix/win32_types.h"
 
 using __time64_t = int64_t;
 

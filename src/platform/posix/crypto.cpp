@@ -1,3 +1,5 @@
+#include "platform/posix/crypto.h"
+
 #include <openssl/evp.h>
 #include <uuid/uuid.h>
 
@@ -5,7 +7,7 @@
 #include <memory>
 #include <new>
 
-#include "platform/win32.h"
+#include "platform/posix/errors.h"
 
 namespace {
 

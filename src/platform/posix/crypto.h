@@ -2,7 +2,7 @@
 #ifndef TEMVAR_PLATFORM_POSIX_CRYPTO_H_
 #define TEMVAR_PLATFORM_POSIX_CRYPTO_H_
 
-#include "platform/posix/types.h"
+#include "platform/posix/win32_types.h"
 
 using ALG_ID = unsigned int;
 using HCRYPTPROV = ULONG_PTR;
@@ -48,8 +48,6 @@ struct GUID {
   uint16_t Data3;
   uint8_t Data4[8];
 };
-
-inline constexpr HRESULT S_OK = 0;
 
 // A fresh random identifier (version 4).
 HRESULT CoCreateGuid(GUID* guid);

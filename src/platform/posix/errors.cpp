@@ -2,8 +2,6 @@
 
 #include <cerrno>
 
-#include "platform/win32.h"
-
 namespace {
 constinit thread_local DWORD last_error = ERROR_SUCCESS;
 }  // namespace

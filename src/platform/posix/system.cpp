@@ -1,3 +1,5 @@
+#include "platform/posix/system.h"
+
 #include <dlfcn.h>
 #include <link.h>
 #include <unistd.h>
@@ -9,7 +11,7 @@
 #include <vector>
 
 #include "platform/posix/errors.h"
-#include "platform/win32.h"
+#include "platform/posix/text/text_conversion.h"
 
 namespace {
 
@@ -92,19 +94,6 @@ DWORD GetTempPathW(DWORD capacity, LPWSTR path) {
   name.copy(path, name.size());
   path[name.size()] = 0;
   return static_cast<DWORD>(name.size());
-}
-
-BOOL PathRemoveFileSpecW(LPWSTR path) {
-  if (path == nullptr) return FALSE;
-  size_t length = 0;
-  size_t cut = 0;  // Where the last separator stands, or behind it if it is that of a root.
-  for (; path[length] != 0; ++length) {
-    if (path[length] != u'\\' && path[length] != u'/') continue;
-    cut = length == 0 || path[length - 1] == u':' ? length + 1 : length;
-  }
-  if (cut == length) return FALSE;
-  path[cut] = 0;
-  return TRUE;
 }
 
 BOOL GetVersionExA(OSVERSIONINFOA* version) {

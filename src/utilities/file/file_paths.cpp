@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "platform/win32.h"
+#include "utilities/file/system_path.h"
 #include "utilities/file/utility_file_impl.h"
 #include "utilities/string/text.h"
-#include "utilities/system/system_path.h"
 
 namespace temvar {
 namespace {

@@ -7,8 +7,8 @@
 
 #include "platform/win32.h"
 #include "utilities/file/stream.h"
+#include "utilities/file/system_path.h"
 #include "utilities/file/utility_file_impl.h"
-#include "utilities/system/system_path.h"
 
 namespace temvar {
 namespace {

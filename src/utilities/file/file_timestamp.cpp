@@ -1,10 +1,10 @@
 // File times from text.
 #include <chrono>
 
-#include "platform/win32.h"
+#include "utilities/file/owned_handles.h"
+#include "utilities/file/system_path.h"
 #include "utilities/file/utility_file_impl.h"
 #include "utilities/string/text.h"
-#include "utilities/system/system_path.h"
 
 namespace temvar {
 namespace {
@@ -55,16 +55,15 @@ bool ParseLocalTime(const TmvWideChar* text, SYSTEMTIME& time) {
 bool TMVUtilityFileImpl::SetFileTimestamp(const char* path, const char* time) {
   SYSTEMTIME local;
   if (!ParseLocalTime(ToWide(time).get(), local)) return false;
-  const HANDLE file = CreateFileW(SystemPath(path).get(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return false;
+  const FileHandle file(CreateFileW(SystemPath(path).get(), GENERIC_READ | GENERIC_WRITE, 0,
+                                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file.IsOpen()) return false;
   // A time that the system can't express stays zero, which leaves the file's times as they are.
   SYSTEMTIME utc{};
   FILETIME file_time{};
   TzSpecificLocalTimeToSystemTime(nullptr, &local, &utc);
   SystemTimeToFileTime(&utc, &file_time);
-  SetFileTime(file, &file_time, nullptr, &file_time);
-  CloseHandle(file);
+  SetFileTime(file.get(), &file_time, nullptr, &file_time);
   return true;
 }
 

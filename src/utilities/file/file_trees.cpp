@@ -4,35 +4,16 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/win32.h"
+#include "utilities/file/owned_handles.h"
+#include "utilities/file/system_path.h"
 #include "utilities/file/utility_file_impl.h"
 #include "utilities/string/text.h"
-#include "utilities/system/folders.h"
-#include "utilities/system/system_path.h"
 
 namespace temvar {
 namespace {
 
 using WideString = std::basic_string<TmvWideChar>;
 using WideView = std::basic_string_view<TmvWideChar>;
-
-// Closes a find handle on every way out.
-class FindHandle {
- public:
-  FindHandle(const TmvWideChar* pattern, WIN32_FIND_DATAW* data)
-      : handle_(FindFirstFileW(pattern, data)) {}
-  FindHandle(const FindHandle&) = delete;
-  FindHandle& operator=(const FindHandle&) = delete;
-  ~FindHandle() {
-    if (valid()) FindClose(handle_);
-  }
-
-  bool valid() const { return handle_ != INVALID_HANDLE_VALUE; }
-  HANDLE get() const { return handle_; }
-
- private:
-  const HANDLE handle_;
-};
 
 uint64_t SizeOf(const WIN32_FIND_DATAW& data) {
   return (uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow;
@@ -84,7 +65,7 @@ uint64_t TMVUtilityFileImpl::DirectorySize(const char* path, uint64_t total) {
   const WideString pattern = prefix + TMV_WIDE('*');
   const SystemPath system_pattern{WideText(NewText(WideView(pattern)))};
   const FindHandle find(system_pattern.get(), data.get());
-  if (!find.valid()) return total;
+  if (!find.IsOpen()) return total;
   do {
     const WideView name(data->cFileName);
     if (name == TMV_WIDE(".") || name == TMV_WIDE("..")) continue;

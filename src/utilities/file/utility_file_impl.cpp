@@ -2,9 +2,9 @@
 #include <cstdio>
 
 #include "platform/win32.h"
+#include "utilities/file/system_path.h"
 #include "utilities/file/utility_file_impl.h"
 #include "utilities/string/text.h"
-#include "utilities/system/system_path.h"
 
 namespace temvar {
 namespace {

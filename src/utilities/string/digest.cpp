@@ -1,10 +1,12 @@
-// Digests by the system's CryptoAPI. What goes to standard output is part of the operations.
+// Digests by the system's CryptoAPI, and identifiers. What the digests print is documented, to the
+// last blank.
 #include <cinttypes>
 #include <cstdio>
 #include <string>
 #include <string_view>
 
 #include "platform/win32.h"
+#include "utilities/file/owned_handles.h"
 #include "utilities/string/text.h"
 #include "utilities/string/utility_string_impl.h"
 
@@ -16,25 +18,7 @@ constexpr DWORD kReadSize = 1024;
 constexpr DWORD kMd5BufferSize = 32;
 constexpr DWORD kSha1BufferSize = 64;
 
-// Handles that are given back on every way out.
-class File {
- public:
-  explicit File(const TmvWideChar* path)
-      : handle_(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                            FILE_FLAG_SEQUENTIAL_SCAN, nullptr)) {}
-  ~File() {
-    if (IsOpen()) CloseHandle(handle_);
-  }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-
-  bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
-  HANDLE get() const { return handle_; }
-
- private:
-  const HANDLE handle_;
-};
-
+// Owners of what the CryptoAPI returns.
 class CryptContext {
  public:
   CryptContext() = default;
@@ -83,7 +67,7 @@ void AppendHex(std::string& text, BYTE byte) {
 }
 
 // Feeds the whole file to the digest.
-bool HashFile(const File& file, const CryptHash& hash) {
+bool HashFile(const FileHandle& file, const CryptHash& hash) {
   BYTE buffer[kReadSize];
   DWORD read = 0;
   for (;;) {
@@ -104,7 +88,8 @@ std::string Md5Text(const char* path) {
   // What printf makes of a null text is left open by the language.
   const char* const shown_path = path == nullptr ? "(null)" : path;
   const WideText wide_path = ToWide(path);
-  const File file(wide_path.get());
+  const FileHandle file(CreateFileW(wide_path.get(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
   if (!file.IsOpen()) {
     std::printf("Error opening file %s\nError: %d\n", shown_path, LastError());
     return {};
@@ -184,6 +169,19 @@ char* TMVUtilityStringImpl::Sha1OfString(const char* text) {
   char* const result = NewBlock<char>(size_t{hash_size} * 2 + 2);
   hex.copy(result, hex.size());
   return result;
+}
+
+char* TMVUtilityStringImpl::NewGuidString() {
+  constexpr size_t kBlockSize = 64;
+  GUID guid;
+  if (CoCreateGuid(&guid) != S_OK) return NewBlock<char>(1);
+  char* const text = NewBlock<char>(kBlockSize);
+  const uint32_t first = guid.Data1;
+  // The third group is in lower case, unlike the others: readers of the texts know it so.
+  std::snprintf(text, kBlockSize, "%08" PRIX32 "-%04X-%04x-%02X%02X-%02X%02X%02X%02X%02X%02X",
+                first, guid.Data2, guid.Data3, guid.Data4[0], guid.Data4[1], guid.Data4[2],
+                guid.Data4[3], guid.Data4[4], guid.Data4[5], guid.Data4[6], guid.Data4[7]);
+  return text;
 }
 
 }  // namespace temvar

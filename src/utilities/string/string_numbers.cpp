@@ -4,7 +4,7 @@
 #include <cstring>
 #include <limits>
 
-#include "utilities/string/numbers.h"
+#include "utilities/string/text.h"
 #include "utilities/string/utility_string_impl.h"
 
 namespace temvar {

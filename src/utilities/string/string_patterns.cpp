@@ -14,7 +14,7 @@
 #include <regex>
 #include <string_view>
 
-#include "platform/large_stack.h"
+#include "platform/threads.h"
 #include "utilities/string/text.h"
 #include "utilities/string/utility_string_impl.h"
 

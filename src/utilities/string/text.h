@@ -1,8 +1,9 @@
-// Ownership of the text blocks that the library hands out, and short ways to make them.
+// Text inside the library: owners of the blocks that hosts get, short ways to make them, numbers.
 #ifndef TEMVAR_UTILITIES_STRING_TEXT_H_
 #define TEMVAR_UTILITIES_STRING_TEXT_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -45,6 +46,10 @@ inline WideText ToWide(const char* text) { return WideText(TmvUtilityString()->U
 inline NarrowText ToUtf8(const TmvWideChar* text) {
   return NarrowText(TmvUtilityString()->WideToUtf8(text));
 }
+
+// atoi with a result for every text: blanks, a sign, decimal digits; 0 without digits. A number out
+// of range gives the nearest one in range, as atoi of the Windows runtime does.
+int32_t ParseInt32(const char* text);
 
 }  // namespace temvar
 

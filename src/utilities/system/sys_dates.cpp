@@ -9,7 +9,6 @@
 #include <optional>
 
 #include "platform/win32.h"
-#include "utilities/string/numbers.h"
 #include "utilities/string/text.h"
 #include "utilities/system/utility_sys_impl.h"
 

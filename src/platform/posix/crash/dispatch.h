@@ -4,7 +4,7 @@
 #include <signal.h>
 #include <ucontext.h>
 
-#include "platform/posix/types.h"
+#include "platform/posix/win32_types.h"
 
 namespace temvar::posix {
 

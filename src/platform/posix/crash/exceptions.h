@@ -15,7 +15,7 @@
 #ifndef TEMVAR_PLATFORM_POSIX_CRASH_EXCEPTIONS_H_
 #define TEMVAR_PLATFORM_POSIX_CRASH_EXCEPTIONS_H_
 
-#include "platform/posix/types.h"
+#include "platform/posix/win32_types.h"
 
 // What handlers answer.
 inline constexpr LONG EXCEPTION_EXECUTE_HANDLER = 1;  // The filter: end the process.

@@ -2,7 +2,7 @@
 #ifndef TEMVAR_PLATFORM_POSIX_FILES_FILE_HANDLE_H_
 #define TEMVAR_PLATFORM_POSIX_FILES_FILE_HANDLE_H_
 
-#include "platform/posix/types.h"
+#include "platform/posix/win32_types.h"
 
 struct stat;
 struct timespec;

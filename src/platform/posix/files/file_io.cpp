@@ -1,4 +1,5 @@
-// What is done with an open file: bytes, position, times.
+#include "platform/posix/files/file_io.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,7 +9,7 @@
 
 #include "platform/posix/errors.h"
 #include "platform/posix/files/file_handle.h"
-#include "platform/posix/files/files.h"
+#include "platform/posix/files/narrow_path.h"
 
 namespace temvar::posix {
 namespace {
@@ -48,7 +49,49 @@ FILETIME FileTimeOf(const timespec& time) {
 }  // namespace temvar::posix
 
 using temvar::posix::DescriptorOfHandle;
+using temvar::posix::HandleOfDescriptor;
+using temvar::posix::NarrowPath;
+using temvar::posix::OpenFile;
+using temvar::posix::SetLastErrorForPath;
 using temvar::posix::SetLastErrorFromErrno;
+using temvar::posix::Sharing;
+
+namespace {
+
+int FlagsOfAccess(DWORD access) {
+  if ((access & GENERIC_WRITE) == 0) return O_RDONLY;
+  return (access & GENERIC_READ) == 0 ? O_WRONLY : O_RDWR;
+}
+
+}  // namespace
+
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES /*security*/,
+                   DWORD disposition, DWORD flags, HANDLE /*template_file*/) {
+  if (disposition != CREATE_ALWAYS && disposition != OPEN_EXISTING) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return INVALID_HANDLE_VALUE;
+  }
+  const NarrowPath narrow(path);
+  if (!narrow.ok()) return INVALID_HANDLE_VALUE;
+  const int dispositionFlags = disposition == CREATE_ALWAYS ? O_CREAT | O_TRUNC : 0;
+  const Sharing sharing = share == 0 ? Sharing::kAlone : Sharing::kTogether;
+  const int descriptor =
+      OpenFile(narrow.c_str(), FlagsOfAccess(access) | dispositionFlags, sharing);
+  if (descriptor < 0) {
+    SetLastErrorForPath(narrow);
+    return INVALID_HANDLE_VALUE;
+  }
+  if ((flags & FILE_FLAG_SEQUENTIAL_SCAN) != 0) {
+    posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
+  }
+  return HandleOfDescriptor(descriptor);
+}
+
+BOOL CloseHandle(HANDLE handle) {
+  if (close(DescriptorOfHandle(handle)) == 0) return TRUE;
+  SetLastErrorFromErrno();
+  return FALSE;
+}
 
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, DWORD* read, void* /*overlapped*/) {
   const int descriptor = DescriptorOfHandle(file);
@@ -85,37 +128,26 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, DWORD* written, void* /*
   return TRUE;
 }
 
-BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, LARGE_INTEGER* position, DWORD method) {
+DWORD SetFilePointer(HANDLE file, LONG distance, LONG* high, DWORD method) {
   if (method > FILE_END) {
     SetLastError(ERROR_INVALID_PARAMETER);
-    return FALSE;
+    return INVALID_SET_FILE_POINTER;
   }
-  constexpr int kOrigins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-  const off_t result = lseek(DescriptorOfHandle(file), distance.QuadPart, kOrigins[method]);
-  if (result < 0) {
-    // The kernel calls a position before the start an invalid argument.
-    if (errno == EINVAL) {
-      SetLastError(ERROR_NEGATIVE_SEEK);
-    } else {
-      SetLastErrorFromErrno();
-    }
-    return FALSE;
-  }
-  if (position != nullptr) position->QuadPart = result;
-  return TRUE;
-}
-
-DWORD SetFilePointer(HANDLE file, LONG distance, LONG* high, DWORD method) {
-  LARGE_INTEGER wanted{distance};
+  off_t wanted = distance;
   if (high != nullptr) {
     const uint64_t upper = static_cast<uint32_t>(*high);
-    wanted.QuadPart = static_cast<int64_t>((upper << 32) | static_cast<uint32_t>(distance));
+    wanted = static_cast<off_t>((upper << 32) | static_cast<uint32_t>(distance));
   }
-  LARGE_INTEGER position;
-  if (!SetFilePointerEx(file, wanted, &position, method)) return INVALID_SET_FILE_POINTER;
-  if (high != nullptr) *high = static_cast<LONG>(position.QuadPart >> 32);
+  constexpr int kOrigins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+  const off_t position = lseek(DescriptorOfHandle(file), wanted, kOrigins[method]);
+  if (position < 0) {
+    // The kernel reports a position before the start as an invalid argument.
+    SetLastError(errno == EINVAL ? ERROR_NEGATIVE_SEEK : temvar::posix::ErrorFromErrno(errno));
+    return INVALID_SET_FILE_POINTER;
+  }
+  if (high != nullptr) *high = static_cast<LONG>(position >> 32);
   SetLastError(ERROR_SUCCESS);
-  return static_cast<DWORD>(position.QuadPart);
+  return static_cast<DWORD>(position);
 }
 
 BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* access, FILETIME* write) {

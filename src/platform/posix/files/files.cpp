@@ -1,4 +1,3 @@
-// Whole files and directories by their paths.
 #include "platform/posix/files/files.h"
 
 #include <fcntl.h>
@@ -11,7 +10,7 @@
 
 #include "platform/posix/errors.h"
 #include "platform/posix/files/file_handle.h"
-#include "platform/posix/files/path.h"
+#include "platform/posix/files/narrow_path.h"
 
 namespace {
 

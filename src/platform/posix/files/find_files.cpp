@@ -1,4 +1,5 @@
-// Listing of directories.
+#include "platform/posix/files/find_files.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,8 +12,7 @@
 
 #include "platform/posix/errors.h"
 #include "platform/posix/files/file_handle.h"
-#include "platform/posix/files/files.h"
-#include "platform/posix/files/path.h"
+#include "platform/posix/files/narrow_path.h"
 
 namespace {
 
@@ -37,9 +37,8 @@ bool SameFile(const struct stat& a, const struct stat& b) {
 void FillData(const char* name, const struct stat& info, bool link, WIN32_FIND_DATAW* data) {
   const bool directory = S_ISDIR(info.st_mode);
   const uint64_t size = S_ISREG(info.st_mode) ? static_cast<uint64_t>(info.st_size) : 0;
-  data->dwFileAttributes = directory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
+  data->dwFileAttributes = directory ? FILE_ATTRIBUTE_DIRECTORY : 0;
   if (link) data->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
-  if ((info.st_mode & 0222) == 0) data->dwFileAttributes |= FILE_ATTRIBUTE_READONLY;
   data->ftCreationTime = FileTimeOf(info.st_mtim);
   data->ftLastAccessTime = FileTimeOf(info.st_atim);
   data->ftLastWriteTime = FileTimeOf(info.st_mtim);

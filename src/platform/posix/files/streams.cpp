@@ -1,15 +1,13 @@
-// The streams of the C runtime, opened by wide paths.
+#include "platform/posix/files/streams.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 
 #include "platform/posix/errors.h"
 #include "platform/posix/files/file_handle.h"
-#include "platform/posix/files/files.h"
-#include "platform/posix/files/path.h"
+#include "platform/posix/files/narrow_path.h"
 
 namespace {
 
@@ -102,5 +100,3 @@ int _chsize_s(int descriptor, int64_t size) {
   if (size < 0) return EINVAL;
   return ftruncate(descriptor, size) == 0 ? 0 : errno;
 }
-
-char* _strdup(const char* text) { return strdup(text); }

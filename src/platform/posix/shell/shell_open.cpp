@@ -1,4 +1,6 @@
 // Starts the desktop's opener as a program of its own: no shell reads the text, and nobody waits.
+#include "platform/posix/shell/shell_open.h"
+
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -9,8 +11,8 @@
 #include <string_view>
 
 #include "platform/posix/errors.h"
-#include "platform/posix/files/path.h"
-#include "platform/win32.h"
+#include "platform/posix/files/narrow_path.h"
+#include "platform/posix/text/text_conversion.h"
 
 namespace {
 

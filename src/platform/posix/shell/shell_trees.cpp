@@ -1,4 +1,6 @@
 // The shell's operations on trees and folders, done by the C++ filesystem library.
+#include "platform/posix/shell/shell_trees.h"
+
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -8,9 +10,8 @@
 #include <system_error>
 
 #include "platform/posix/errors.h"
-#include "platform/posix/files/files.h"
-#include "platform/posix/files/path.h"
-#include "platform/posix/shell/shell.h"
+#include "platform/posix/files/find_files.h"
+#include "platform/posix/files/narrow_path.h"
 
 namespace {
 
@@ -115,4 +116,17 @@ BOOL PathIsDirectoryW(LPCWSTR path) {
   struct stat info;
   if (!narrow.ok() || stat(narrow.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return FALSE;
   return static_cast<BOOL>(FILE_ATTRIBUTE_DIRECTORY);
+}
+
+BOOL PathRemoveFileSpecW(LPWSTR path) {
+  if (path == nullptr) return FALSE;
+  size_t length = 0;
+  size_t cut = 0;  // Where the last separator stands, or behind it if it is that of a root.
+  for (; path[length] != 0; ++length) {
+    if (path[length] != u'\\' && path[length] != u'/') continue;
+    cut = length == 0 || path[length - 1] == u':' ? length + 1 : length;
+  }
+  if (cut == length) return FALSE;
+  path[cut] = 0;
+  return TRUE;
 }

@@ -1,12 +1,12 @@
 // Wide printf. Numbers go through the C library's own formatter, one conversion at a time; texts,
 // which in a wide format of the Windows runtime mean other types than in C, are copied here.
+#include "platform/posix/text/text_format.h"
+
 #include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <string>
 #include <string_view>
-
-#include "platform/win32.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <ctime>
 
-#include "platform/posix/files/path.h"
+#include "platform/posix/files/narrow_path.h"
 
 namespace temvar::posix::minidump {
 namespace {

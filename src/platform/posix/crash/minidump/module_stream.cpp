@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "platform/posix/crash/minidump/images.h"
-#include "platform/posix/files/path.h"
+#include "platform/posix/files/narrow_path.h"
 
 namespace temvar::posix::minidump {
 namespace {

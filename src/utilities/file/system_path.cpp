@@ -1,11 +1,10 @@
-#include "utilities/system/folders.h"
+#include "utilities/file/system_path.h"
 
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "platform/win32.h"
-#include "utilities/system/system_path.h"
 
 namespace temvar {
 namespace {

@@ -1,10 +1,13 @@
-// Runs a function that recurses deeply where it has the room.
-#ifndef TEMVAR_PLATFORM_LARGE_STACK_H_
-#define TEMVAR_PLATFORM_LARGE_STACK_H_
+// What the library asks of threads beyond the standard library.
+#ifndef TEMVAR_PLATFORM_THREADS_H_
+#define TEMVAR_PLATFORM_THREADS_H_
 
 #include <cstddef>
 
 namespace temvar {
+
+// Names the calling thread, so that a debugger shows which one it is. At most 15 characters.
+void SetCurrentThreadName(const char* name);
 
 // The largest stack that is worth asking for: only what is used costs memory, but a 32-bit process
 // has few addresses.
@@ -17,4 +20,4 @@ bool RunOnLargeStack(size_t size, void (*function)(void*), void* argument);
 
 }  // namespace temvar
 
-#endif  // TEMVAR_PLATFORM_LARGE_STACK_H_
+#endif  // TEMVAR_PLATFORM_THREADS_H_

@@ -1,8 +1,8 @@
-// The shell surface of Windows, as far as the library calls it.
-#ifndef TEMVAR_PLATFORM_POSIX_SHELL_SHELL_H_
-#define TEMVAR_PLATFORM_POSIX_SHELL_SHELL_H_
+// The shell's functions for trees, folders and paths.
+#ifndef TEMVAR_PLATFORM_POSIX_SHELL_SHELL_TREES_H_
+#define TEMVAR_PLATFORM_POSIX_SHELL_SHELL_TREES_H_
 
-#include "platform/posix/types.h"
+#include "platform/posix/win32_types.h"
 
 inline constexpr UINT FO_COPY = 2;
 inline constexpr UINT FO_DELETE = 3;
@@ -42,4 +42,8 @@ int SHCreateDirectoryExW(HWND window, LPCWSTR path, const SECURITY_ATTRIBUTES* s
 // FILE_ATTRIBUTE_DIRECTORY if `path` is a directory or a link to one, else FALSE.
 BOOL PathIsDirectoryW(LPCWSTR path);
 
-#endif  // TEMVAR_PLATFORM_POSIX_SHELL_SHELL_H_
+// Cuts the last component and the separator before it off a path; the separator of a root stays.
+// FALSE if there was nothing to cut.
+BOOL PathRemoveFileSpecW(LPWSTR path);
+
+#endif  // TEMVAR_PLATFORM_POSIX_SHELL_SHELL_TREES_H_

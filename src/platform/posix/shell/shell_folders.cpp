@@ -1,4 +1,6 @@
 // The user's folders, where the desktop standards put them.
+#include "platform/posix/shell/shell_folders.h"
+
 #include <pwd.h>
 #include <unistd.h>
 
@@ -10,7 +12,7 @@
 #include <system_error>
 #include <vector>
 
-#include "platform/win32.h"
+#include "platform/posix/text/text_conversion.h"
 
 namespace {
 

@@ -1,8 +1,10 @@
-#include "platform/large_stack.h"
+#include "platform/threads.h"
 
 #include <pthread.h>
 
 namespace temvar {
+
+void SetCurrentThreadName(const char* name) { pthread_setname_np(pthread_self(), name); }
 
 namespace {
 

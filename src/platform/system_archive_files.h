@@ -1,6 +1,6 @@
 // The file functions that minizip works through, over the Win32 file calls with wide paths.
-#ifndef TEMVAR_PLATFORM_ARCHIVE_FILES_H_
-#define TEMVAR_PLATFORM_ARCHIVE_FILES_H_
+#ifndef TEMVAR_PLATFORM_SYSTEM_ARCHIVE_FILES_H_
+#define TEMVAR_PLATFORM_SYSTEM_ARCHIVE_FILES_H_
 
 #include <ioapi.h>
 
@@ -14,4 +14,4 @@ void FillSystemArchiveFiles(zlib_filefunc64_def* table);
 
 }  // namespace temvar
 
-#endif  // TEMVAR_PLATFORM_ARCHIVE_FILES_H_
+#endif  // TEMVAR_PLATFORM_SYSTEM_ARCHIVE_FILES_H_

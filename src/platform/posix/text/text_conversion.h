@@ -1,10 +1,8 @@
-// Text conversion and wide formatting.
-#ifndef TEMVAR_PLATFORM_POSIX_TEXT_TEXT_H_
-#define TEMVAR_PLATFORM_POSIX_TEXT_TEXT_H_
+// Conversions between encodings, numbers and paths in wide text.
+#ifndef TEMVAR_PLATFORM_POSIX_TEXT_TEXT_CONVERSION_H_
+#define TEMVAR_PLATFORM_POSIX_TEXT_TEXT_CONVERSION_H_
 
-#include <cstdarg>
-
-#include "platform/posix/types.h"
+#include "platform/posix/win32_types.h"
 
 // Code pages: the system's ANSI code page, which is Windows-1252 here, and UTF-8. No other is
 // known.
@@ -41,15 +39,4 @@ int _wtoi(const WCHAR* text);
 void _wsplitpath(const WCHAR* path, WCHAR* drive, WCHAR* directory, WCHAR* file_name,
                  WCHAR* extension);
 
-// printf into wide text with the conversions of the Windows runtime: in a wide format %s and %c
-// take wide text, %S, %C, %hs and %hc take narrow text, whose bytes become units of the same value;
-// the lengths h, hh, l, ll, j, z, t, L, I, I32 and I64 are known. Widths and precisions of texts
-// count units. %n and unknown conversions are refused.
-//
-// _vscwprintf gives the length of the text without its terminator, -1 for a refused format.
-// _vsnwprintf writes at most `capacity` units, with a terminator if it fits; its result is the
-// length, or -1 for a refused format or a text longer than `capacity`.
-int _vscwprintf(const WCHAR* format, va_list arguments);
-int _vsnwprintf(WCHAR* target, size_t capacity, const WCHAR* format, va_list arguments);
-
-#endif  // TEMVAR_PLATFORM_POSIX_TEXT_TEXT_H_
+#endif  // TEMVAR_PLATFORM_POSIX_TEXT_TEXT_CONVERSION_H_

@@ -1,8 +1,8 @@
-#include "platform/links.h"
+#include "platform/paths.h"
 
 #include <sys/stat.h>
 
-#include "platform/posix/files/path.h"
+#include "platform/posix/files/narrow_path.h"
 
 namespace temvar {
 
@@ -24,5 +24,11 @@ bool IsSameFile(const TmvWideChar* first, const TmvWideChar* second) {
   return a.ok() && b.ok() && stat(a.c_str(), &info_a) == 0 && stat(b.c_str(), &info_b) == 0 &&
          info_a.st_dev == info_b.st_dev && info_a.st_ino == info_b.st_ino;
 }
+
+TmvWideChar* NewLongPath(const TmvWideChar* /*path*/) { return nullptr; }
+
+TmvWideChar* NewShellPath(const TmvWideChar* /*path*/) { return nullptr; }
+
+bool FitsShell(const TmvWideChar* /*absolute_path*/) { return true; }
 
 }  // namespace temvar

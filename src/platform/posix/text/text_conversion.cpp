@@ -1,6 +1,8 @@
 // Conversions between UTF-8, Windows-1252 and UTF-16. Each runs twice for one text, to measure and
 // to write, so both passes are made for long texts: measuring has no branches and writing takes
 // runs of ASCII eight at a time.
+#include "platform/posix/text/text_conversion.h"
+
 #include <algorithm>
 #include <bit>
 #include <climits>
@@ -8,7 +10,7 @@
 #include <iterator>
 #include <string>
 
-#include "platform/win32.h"
+#include "platform/posix/errors.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "platform/archive_files.h"
+#include "platform/system_archive_files.h"
 
 #include <new>
 

@@ -1,4 +1,4 @@
-#include "platform/posix/files/path.h"
+#include "platform/posix/files/narrow_path.h"
 
 #include <sys/stat.h>
 

@@ -1,10 +1,10 @@
-// Paths of a host on their way to the system.
-#ifndef TEMVAR_UTILITIES_SYSTEM_SYSTEM_PATH_H_
-#define TEMVAR_UTILITIES_SYSTEM_SYSTEM_PATH_H_
+// Paths of a host on their way to the system, and folders made along them.
+#ifndef TEMVAR_UTILITIES_FILE_SYSTEM_PATH_H_
+#define TEMVAR_UTILITIES_FILE_SYSTEM_PATH_H_
 
 #include <utility>
 
-#include "platform/long_path.h"
+#include "platform/paths.h"
 #include "temvar/types.h"
 #include "utilities/string/text.h"
 
@@ -42,6 +42,10 @@ class ShellPath {
   WideText text_;
 };
 
+// SHCreateDirectoryExW for a path of any form and length: makes the folder and its missing parents.
+// The result is 0 or the error code.
+int MakeFolders(WideText path);
+
 }  // namespace temvar
 
-#endif  // TEMVAR_UTILITIES_SYSTEM_SYSTEM_PATH_H_
+#endif  // TEMVAR_UTILITIES_FILE_SYSTEM_PATH_H_

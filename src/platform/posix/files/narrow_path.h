@@ -1,11 +1,11 @@
 // Paths on their way from wide text to the kernel and back.
-#ifndef TEMVAR_PLATFORM_POSIX_FILES_PATH_H_
-#define TEMVAR_PLATFORM_POSIX_FILES_PATH_H_
+#ifndef TEMVAR_PLATFORM_POSIX_FILES_NARROW_PATH_H_
+#define TEMVAR_PLATFORM_POSIX_FILES_NARROW_PATH_H_
 
 #include <climits>
 #include <cstddef>
 
-#include "platform/posix/types.h"
+#include "platform/posix/win32_types.h"
 
 namespace temvar::posix {
 
@@ -50,4 +50,4 @@ void WideFileName(const char* name, LPWSTR wide, size_t capacity);
 
 }  // namespace temvar::posix
 
-#endif  // TEMVAR_PLATFORM_POSIX_FILES_PATH_H_
+#endif  // TEMVAR_PLATFORM_POSIX_FILES_NARROW_PATH_H_

@@ -1,0 +1,34 @@
+// What the library needs to know of paths and that no Win32 name answers alike on each system: what
+// a path leads to, and the forms in which the system's functions take it. New text is a block of
+// malloc that ends in two NUL units; null means that the path is right as it is, as every path is
+// elsewhere than on Windows. Functions that make text throw std::bad_alloc.
+#ifndef TEMVAR_PLATFORM_PATHS_H_
+#define TEMVAR_PLATFORM_PATHS_H_
+
+#include "temvar/types.h"
+
+namespace temvar {
+
+// What the last component of a path is. A link is a symbolic link or a mount point (junction).
+enum class PathKind { kMissing, kLink, kOther };
+PathKind KindOfPath(const TmvWideChar* path);
+
+// Whether both paths lead to the same existing file or directory, links followed.
+bool IsSameFile(const TmvWideChar* first, const TmvWideChar* second);
+
+// The form in which the system's file functions take `path` however long it is. Windows takes more
+// than 260 characters only of an absolute path behind `\\?\`, and none of more than 32,767: that
+// one becomes the empty path, which names no file.
+TmvWideChar* NewLongPath(const TmvWideChar* path);
+
+// The absolute form with backslashes, which the shell's functions insist on.
+TmvWideChar* NewShellPath(const TmvWideChar* path);
+
+// Whether the shell's functions take an absolute path of this length. Windows' take some 250
+// characters and know no way around that; Wine's (seen in 8.0) write beyond their buffers instead
+// of failing, so that they must never see a longer one.
+bool FitsShell(const TmvWideChar* absolute_path);
+
+}  // namespace temvar
+
+#endif  // TEMVAR_PLATFORM_PATHS_H_
