@@ -6,48 +6,60 @@
 namespace bench {
 namespace {
 
-constexpr char kLibrary[] = "/library";
-constexpr char kPlain[] = "/plain";
+constexpr char kLibrary[] = "library";
 
 double Nanoseconds(const benchmark::BenchmarkReporter::Run& run) {
   const auto p50 = run.counters.find("p50_ns");
   if (p50 != run.counters.end()) return p50->second.value;
-  return run.GetAdjustedRealTime() * 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit);
+  const double time =
+      run.GetAdjustedRealTime() * 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit);
+  const auto tasks = run.counters.find("tasks");
+  return tasks == run.counters.end() ? time : time / tasks->second.value;
+}
+
+double Median(const std::vector<double>& sorted) {
+  const size_t half = sorted.size() / 2;
+  return sorted.size() % 2 == 1 ? sorted[half] : (sorted[half - 1] + sorted[half]) / 2;
+}
+
+void PrintTimes(const std::string& name, const std::string& variant, std::vector<double> times,
+                double library) {
+  std::sort(times.begin(), times.end());
+  const size_t margin = times.size() > 2 ? 1 : 0;
+  const double median = Median(times);
+  std::printf("%-36s %-10s %14.1f %14.1f %14.1f %8.2f\n", name.c_str(), variant.c_str(), median,
+              times[margin], times[times.size() - 1 - margin], library / median);
 }
 
 }  // namespace
 
 void Comparison::ReportRuns(const std::vector<Run>& runs) {
-  ConsoleReporter::ReportRuns(runs);
   for (const Run& run : runs) {
-    Times& times = times_[run.run_name.function_name];
-    if (run.aggregate_name == "median") times.median = Nanoseconds(run);
-    if (run.aggregate_name == "best") times.best = Nanoseconds(run);
+    if (run.run_type != Run::RT_Iteration) continue;
+    const std::string& name = run.run_name.function_name;
+    const size_t slash = name.rfind('/');
+    const std::string base = name.substr(0, slash);
+    if (rows_.find(base) == rows_.end()) order_.push_back(base);
+    rows_[base].times[name.substr(slash + 1)].push_back(Nanoseconds(run));
   }
 }
 
 void Comparison::Finalize() {
-  std::printf("\n%-34s %12s %12s %7s %12s %12s %7s\n", "ns", "median: lib", "plain", "ratio",
-              "best: lib", "plain", "ratio");
-  for (const auto& [name, library] : times_) {
-    const size_t suffix = name.rfind(kLibrary);
-    if (suffix == std::string::npos) continue;
-    const std::string base = name.substr(0, suffix);
-    const auto found = times_.find(base + kPlain);
-    if (found == times_.end()) {
-      std::printf("%-34s %12.0f %12s %7s %12.0f\n", base.c_str(), library.median, "", "",
-                  library.best);
-    } else {
-      const Times& plain = found->second;
-      std::printf("%-34s %12.0f %12.0f %7.2f %12.0f %12.0f %7.2f\n", base.c_str(), library.median,
-                  plain.median, library.median / plain.median, library.best, plain.best,
-                  library.best / plain.best);
+  std::printf("\n%-36s %-10s %14s %14s %14s %8s\n", "ns", "", "median", "from", "to", "library/");
+  for (const std::string& name : order_) {
+    const Row& row = rows_[name];
+    double library = 0;
+    const auto own = row.times.find(kLibrary);
+    if (own != row.times.end()) {
+      std::vector<double> times = own->second;
+      std::sort(times.begin(), times.end());
+      library = Median(times);
+      PrintTimes(name, kLibrary, times, library);
+    }
+    for (const auto& [variant, times] : row.times) {
+      if (variant != kLibrary) PrintTimes(name, variant, times, library);
     }
   }
-}
-
-double Comparison::Best(const std::vector<double>& repetitions) {
-  return *std::min_element(repetitions.begin(), repetitions.end());
 }
 
 }  // namespace bench

@@ -5,27 +5,26 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 namespace bench {
 
-// Prints the results as usual, and at the end each NAME/library beside its NAME/plain: the median
-// of the repetitions and the best one, which says more on a machine that does other things
-// meanwhile. A counter "p50_ns" stands for the time where a benchmark sets it.
+// Prints the results as usual, and at the end the medians of each NAME/library beside those of its
+// NAME/PEER, with the ratio and the spread (the second and the last but one of the repetitions). A
+// counter "p50_ns" stands for the time where a benchmark sets it; with a counter "tasks" the times
+// are those of one task.
 class Comparison : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override;
   void Finalize() override;
 
-  // The statistic of a benchmark that is called "best".
-  static double Best(const std::vector<double>& repetitions);
-
  private:
-  struct Times {
-    double median = 0;  // In nanoseconds.
-    double best = 0;
+  struct Row {
+    std::map<std::string, std::vector<double>> times;  // In nanoseconds, by variant.
   };
 
-  std::map<std::string, Times> times_;  // By name.
+  std::vector<std::string> order_;
+  std::map<std::string, Row> rows_;  // By name.
 };
 
 }  // namespace bench

@@ -1,5 +1,11 @@
 #include "bench/jobs.h"
 
+#ifdef BENCH_HAS_TBB
+#include <oneapi/tbb/flow_graph.h>
+
+#include <deque>
+#endif
+
 namespace bench {
 namespace {
 
@@ -23,9 +29,9 @@ tmv::Task MakeTask(RkTaskFunc* func, const std::string& name) {
 // Each task has a function holder of its own, as hosts bind them.
 Tasks::Tasks(size_t count, Body body) : works_(count) {
   shared_.body = body;
-  for (PlainPool::Work& work : works_) {
-    const auto func =
-        MakeFunc(&shared_, [](RkTask*, RkTaskData* data) { Run(data->GetPayload()); });
+  for (Work& work : works_) {
+    const tmv::Func& func = funcs_.emplace_back(
+        MakeFunc(&shared_, [](RkTask*, RkTaskData* data) { Run(data->GetPayload()); }));
     tasks_.push_back(MakeTask(func, "task"));
     work = {Run, &shared_};
   }
@@ -42,33 +48,28 @@ void Tasks::RunInLibrary() {
   shared_.latch.Wait();
 }
 
-void Tasks::RunIn(PlainPool& pool) {
+void Tasks::RunFuncsInLibrary() {
+  shared_.latch.Reset(static_cast<int>(funcs_.size()));
+  for (const tmv::Func& func : funcs_) TmvTaskPool()->AddFunc(func);
+  shared_.latch.Wait();
+}
+
+void Tasks::RunIn(Pool& pool) {
   shared_.latch.Reset(static_cast<int>(works_.size()));
-  for (const PlainPool::Work& work : works_) pool.Add(&work);
+  for (const Work& work : works_) pool.Add(&work);
   shared_.latch.Wait();
 }
 
 Chains::Chains(size_t chains, size_t length, Body body, const std::string& name)
     : chains_(chains), length_(length), name_(name) {
   shared_.body = body;
-  links_.resize(chains);
-  works_.resize(chains);
-  for (size_t chain = 0; chain < chains; ++chain) {
-    links_[chain].resize(length);
-    works_[chain].resize(length);
-    for (size_t i = 0; i < length; ++i) {
-      const bool last = i + 1 == length;
-      links_[chain][i] = {&shared_, last ? nullptr : &works_[chain][i + 1]};
-      works_[chain][i] = {RunLink, &links_[chain][i]};
-    }
-  }
-  MakeEvent();
 }
 
 void Chains::MakeEvent() {
   event_ = tmv::Event::Adopt(CreateRkTaskEvent());
   event_->SetName(name_.c_str());
   event_->SetFunc(MakeFunc(&shared_, RunEvent));
+  firsts_.clear();
   for (size_t chain = 0; chain < chains_; ++chain) {
     const tmv::Package package = tmv::Package::Adopt(CreateRkTaskPackage());
     for (size_t i = 0; i < length_; ++i) {
@@ -76,6 +77,7 @@ void Chains::MakeEvent() {
       package->AddTask(MakeTask(MakeFunc(&shared_, RunTask), task));
     }
     event_->AddPackage(package);
+    firsts_.push_back(tmv::Task::Adopt(package->GetFirst()));
   }
 }
 
@@ -85,10 +87,23 @@ void Chains::RunInLibrary() {
   shared_.latch.Wait();
 }
 
-void Chains::RunIn(PlainPool& pool) {
+void Chains::MakeLinks() {
+  links_.clear();
+  for (size_t chain = 0; chain < chains_; ++chain) {
+    std::vector<std::unique_ptr<Link>>& links = links_.emplace_back();
+    for (size_t i = 0; i < length_; ++i) {
+      Link& link = *links.emplace_back(std::make_unique<Link>());
+      link.shared = &shared_;
+      link.work = {RunLink, &link};
+      if (i > 0) links[i - 1]->next = &link;
+    }
+  }
+}
+
+void Chains::RunIn(Pool& pool) {
   shared_.pool = &pool;
   shared_.latch.Reset(static_cast<int>(chains_));
-  for (const std::vector<PlainPool::Work>& chain : works_) pool.Add(&chain.front());
+  for (const auto& chain : links_) pool.Add(&chain.front()->work);
   shared_.latch.Wait();
 }
 
@@ -106,7 +121,7 @@ void Chains::RunLink(void* data) {
   auto* const link = static_cast<Link*>(data);
   link->shared->body();
   if (link->next != nullptr) {
-    link->shared->pool->Add(link->next);
+    link->shared->pool->Add(&link->next->work);
   } else {
     link->shared->latch.CountDown();
   }
@@ -127,5 +142,43 @@ Registered::Registered(size_t count, const std::string& name)
 }
 
 Registered::~Registered() { TmvTaskSchedular()->RemoveEvent(name_.c_str()); }
+
+#ifdef BENCH_HAS_TBB
+struct FlowGraph::State {
+  using Node = tbb::flow::continue_node<tbb::flow::continue_msg>;
+
+  tbb::flow::graph graph;
+  std::deque<Node> nodes;
+  std::vector<Node*> first;
+  Latch latch;
+};
+
+FlowGraph::FlowGraph(size_t chains, size_t length, Body body) : state_(new State) {
+  using Message = tbb::flow::continue_msg;
+  for (size_t chain = 0; chain < chains; ++chain) {
+    for (size_t i = 0; i < length; ++i) {
+      Latch* const latch = i + 1 == length ? &state_->latch : nullptr;
+      state_->nodes.emplace_back(state_->graph, [body, latch](const Message&) {
+        body();
+        if (latch != nullptr) latch->CountDown();
+      });
+      State::Node& node = state_->nodes.back();
+      if (i == 0) {
+        state_->first.push_back(&node);
+      } else {
+        tbb::flow::make_edge(*std::prev(state_->nodes.end(), 2), node);
+      }
+    }
+  }
+}
+
+FlowGraph::~FlowGraph() { state_->graph.wait_for_all(); }
+
+void FlowGraph::Run() {
+  state_->latch.Reset(static_cast<int>(state_->first.size()));
+  for (State::Node* node : state_->first) node->try_put({});
+  state_->latch.Wait();
+}
+#endif
 
 }  // namespace bench

@@ -4,24 +4,27 @@
 #include <temvar/temvar.h>
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include <temvar/handles.h>
 #include "bench/latch.h"
-#include "bench/plain_pool.h"
+#include "bench/pools.h"
 
-// The same work for the library and for the plain pool, made before the clock runs.
+// The same work for the library and for the other pools.
 namespace bench {
 
 using Body = void (*)();
 
-// Independent tasks, queued at once. Each counts the latch down behind its body.
+// Independent tasks, made beforehand and queued at once. Each counts the latch down after its body.
 class Tasks {
  public:
   Tasks(size_t count, Body body);
   void RunInLibrary();
-  void RunIn(PlainPool& pool);
+  // With a task made by AddFunc for each run.
+  void RunFuncsInLibrary();
+  void RunIn(Pool& pool);
 
  private:
   struct Shared {
@@ -32,34 +35,44 @@ class Tasks {
   static void Run(void* shared);
 
   Shared shared_;
+  std::vector<tmv::Func> funcs_;
   std::vector<tmv::Task> tasks_;
-  std::vector<PlainPool::Work> works_;
+  std::vector<Work> works_;
 };
 
 // Chains: the next task starts when the one before has reported. In the library they are the
-// packages of one event; in the plain pool each task adds the next one.
+// packages of one event; in the other pools each task adds the next one.
 class Chains {
  public:
-  // The name of the event decides where a look-up meets it.
+  // The name of the event is where it stands in the order of the registry.
   Chains(size_t chains, size_t length, Body body, const std::string& name = "bench");
-  void RunInLibrary();
-  void RunIn(PlainPool& pool);
 
-  // An event runs once: makes a new one for the next round in the library.
-  void Renew() { MakeEvent(); }
+  // Before each run in the library, since an event runs once.
+  void MakeEvent();
+  void RunInLibrary();
+
+  // The first task of each chain.
+  std::vector<tmv::Task> Firsts() const { return firsts_; }
+
+  // Before the first run in another pool.
+  void MakeLinks();
+  void RunIn(Pool& pool);
+
+  Latch& latch() { return shared_.latch; }
+  const tmv::Event& event() const { return event_; }
 
  private:
   struct Shared {
     Latch latch;
     Body body;
-    PlainPool* pool = nullptr;
+    Pool* pool = nullptr;
   };
   struct Link {
     Shared* shared = nullptr;
-    const PlainPool::Work* next = nullptr;
+    Link* next = nullptr;
+    Work work;
   };
 
-  void MakeEvent();
   static void RunTask(RkTask* task, RkTaskData* data);
   static void RunEvent(RkTask* event, RkTaskData* data);
   static void RunLink(void* data);
@@ -69,11 +82,11 @@ class Chains {
   size_t length_;
   std::string name_;
   tmv::Event event_;
-  std::vector<std::vector<Link>> links_;
-  std::vector<std::vector<PlainPool::Work>> works_;
+  std::vector<tmv::Task> firsts_;
+  std::vector<std::vector<std::unique_ptr<Link>>> links_;
 };
 
-// Tasks that only stand in the registry, which every look-up by name walks.
+// An event of `count` tasks in packages of a thousand that is registered and runs nothing.
 class Registered {
  public:
   Registered(size_t count, const std::string& name);
@@ -83,6 +96,22 @@ class Registered {
   std::string name_;
   tmv::Event event_;
 };
+
+#ifdef BENCH_HAS_TBB
+// The chains as a flow graph of oneTBB: what runs after what is known beforehand.
+class FlowGraph {
+ public:
+  FlowGraph(size_t chains, size_t length, Body body);
+  ~FlowGraph();
+  FlowGraph(const FlowGraph&) = delete;
+  FlowGraph& operator=(const FlowGraph&) = delete;
+  void Run();
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+#endif
 
 }  // namespace bench
 
