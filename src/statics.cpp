@@ -7,6 +7,7 @@
 #include "execution/task_pool_impl.h"
 #include "frame/lock_impl.h"
 #include "scheduler/task_schedular_impl.h"
+#include "tasks/name_index.h"
 #include "utilities/application/identifier_state.h"
 
 namespace temvar {
@@ -36,6 +37,7 @@ class StaticObject {
 
 StaticObject<LockTable> lockTableObject;
 StaticObject<Mutex> lockTableGuardObject;
+StaticObject<NameIndex> nameIndexObject;
 IdentifierState identifierState;
 ReportPaths reportPaths;
 StaticObject<RkTaskPoolImpl> poolObject;
@@ -51,6 +53,8 @@ ReportPaths& GetReportPaths() { return reportPaths; }
 
 LockTable& lockTable = lockTableObject.Get();
 Mutex& lockTableGuard = lockTableGuardObject.Get();
+
+NameIndex& nameIndex = nameIndexObject.Get();
 
 Mutex registryMutex;
 Mutex stateMutex;

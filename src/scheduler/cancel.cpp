@@ -33,7 +33,7 @@ void RkTaskSchedularImpl::CancelEventEx(const char* name, bool remove) {
     ScheduleTask(cancelTask.get());
   } catch (...) {
     MutexLock registry(registryMutex);
-    if (!entry.empty()) entry = eventsByName_.insert(std::move(entry)).node;
+    if (!entry.empty()) RestoreEntry(entry);
     throw;
   }
   EndPauseWaits(*event);

@@ -9,10 +9,11 @@ namespace temvar {
 // releasers see the order of the names, for which the map's destructor doesn't care, and may call
 // the scheduler.
 RkTaskSchedularImpl::~RkTaskSchedularImpl() {
-  while (!eventsByName_.empty()) eventsByName_.extract(eventsByName_.begin());
+  while (!eventsByName_.empty()) ExtractEntry(eventsByName_.begin());
 }
 
-RkTaskSchedularImpl::Place RkTaskSchedularImpl::FindPlace(const TaskName& name) const {
+// The documented walk: what the index finds is what this would.
+TaskPlace RkTaskSchedularImpl::Walk(const TaskName& name) const {
   for (const auto& [key, event] : eventsByName_) {
     for (const Ref<RkTaskImpl>& package : event->Packages()) {
       if (RkTaskImpl* const hit = RkTaskEventImpl::FindInPackage(package.get(), name)) {
@@ -23,9 +24,14 @@ RkTaskSchedularImpl::Place RkTaskSchedularImpl::FindPlace(const TaskName& name) 
   return {};
 }
 
+TaskPlace RkTaskSchedularImpl::FindPlace(const TaskName& name) const {
+  const std::optional<TaskPlace> place = nameIndex.Find(name);
+  return place ? *place : Walk(name);
+}
+
 RkTaskSchedularImpl::Owners RkTaskSchedularImpl::FindOwners(const TaskName& name) {
   MutexLock registry(registryMutex);
-  const Place place = FindPlace(name);
+  const TaskPlace place = FindPlace(name);
   return {EventRef(place.event), Ref<RkTaskPackageImpl>(place.package)};
 }
 
@@ -36,8 +42,10 @@ RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::FindEventRef(const char* name
   return entry == eventsByName_.end() ? EventRef() : entry->second;
 }
 
-RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::FindEventListing(
-    const RkTaskImpl* package) const {
+RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::FindEventListing(RkTaskImpl* package) const {
+  if (const RkTaskPackageImpl* const impl = ToPackage(package)) {
+    return EventRef(NameIndex::FindListing(*impl));
+  }
   for (const auto& [key, event] : eventsByName_) {
     for (const Ref<RkTaskImpl>& entry : event->Packages()) {
       if (entry.get() == package) return event;
@@ -47,19 +55,45 @@ RkTaskSchedularImpl::EventRef RkTaskSchedularImpl::FindEventListing(
 }
 
 void RkTaskSchedularImpl::StoreEvent(RkTaskEventImpl* event) {
-  EventRef& entry = eventsByName_[event->Name()];
-  const bool overwrites = static_cast<bool>(entry);
+  const auto [entry, isNew] = eventsByName_.try_emplace(event->Name());
+  if (entry->second.get() != event) {
+    try {
+      nameIndex.AddEvent(*event, entry->first);
+    } catch (...) {
+      if (isNew) eventsByName_.erase(entry);
+      throw;
+    }
+    if (!isNew) nameIndex.RemoveEvent(*entry->second, entry->first);
+  }
   // Documented: the reference on an event that is overwritten is not dropped; its tasks go on.
-  entry.Detach();
-  entry = EventRef(event);
-  if (overwrites) drainCondition.NotifyAll();
+  entry->second.Detach();
+  entry->second = EventRef(event);
+  if (!isNew) drainCondition.NotifyAll();
 }
 
 RkTaskSchedularImpl::Events::node_type RkTaskSchedularImpl::ExtractEvent(
     const RkTaskEventImpl& event) {
   const auto entry = eventsByName_.find(event.Name());
   if (entry == eventsByName_.end() || entry->second.get() != &event) return {};
+  return ExtractEntry(entry);
+}
+
+RkTaskSchedularImpl::Events::node_type RkTaskSchedularImpl::ExtractEntry(Events::iterator entry) {
+  nameIndex.RemoveEvent(*entry->second, entry->first);
   return eventsByName_.extract(entry);
+}
+
+void RkTaskSchedularImpl::RestoreEntry(Events::node_type& entry) {
+  auto [position, isInserted, node] = eventsByName_.insert(std::move(entry));
+  entry = std::move(node);
+  if (!isInserted) return;
+  try {
+    nameIndex.AddEvent(*position->second, position->first);
+  } catch (...) {
+    // Memory for a package or a task of several events, which is rare.
+    entry = eventsByName_.extract(position);
+    throw;
+  }
 }
 
 bool RkTaskSchedularImpl::HoldsEvent(const RkTaskEventImpl& event) const {
@@ -86,7 +120,7 @@ void RkTaskSchedularImpl::RemoveEvent(const char* name) {
     MutexLock registry(registryMutex);
     const auto entry = eventsByName_.find(name);
     if (entry == eventsByName_.end()) return;
-    removed = eventsByName_.extract(entry);
+    removed = ExtractEntry(entry);
   }
   drainCondition.NotifyAll();
 }
@@ -95,7 +129,7 @@ void RkTaskSchedularImpl::RemoveEventLocked(const char* name) {
   if (name == nullptr) return;
   const auto entry = eventsByName_.find(name);
   if (entry == eventsByName_.end()) return;
-  eventsByName_.erase(entry);
+  ExtractEntry(entry);
   drainCondition.NotifyAll();
 }
 
@@ -112,7 +146,7 @@ RkTask* RkTaskSchedularImpl::FindEventOfTask(const char* taskName) {
 }
 
 RkTask* RkTaskSchedularImpl::FindEventOfPackage(RkTask* package) {
-  const RkTaskImpl* const impl = ToImpl(package);
+  RkTaskImpl* const impl = ToImpl(package);
   if (impl == nullptr) return nullptr;
   MutexLock registry(registryMutex);
   return FindEventListing(impl).Detach();
@@ -140,10 +174,9 @@ void RkTaskSchedularImpl::FreeTaskList(TaskListNode* list) { ReleaseTaskList(lis
 
 bool RkTaskSchedularImpl::InsertTaskAfter(RkTask* newTask, RkTask* existing) {
   if (newTask == nullptr || existing == nullptr) return false;
-  const Owners owners = FindOwners(TaskName(existing->GetName()));
-  if (!owners.package) return false;
   MutexLock registry(registryMutex);
-  return owners.package->InsertAfter(existing, newTask);
+  const TaskPlace place = FindPlace(TaskName(existing->GetName()));
+  return place.package != nullptr && place.package->InsertAfter(existing, newTask);
 }
 
 bool RkTaskSchedularImpl::InsertTaskAfterName(RkTask* newTask, const char* existingName) {

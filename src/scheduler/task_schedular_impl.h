@@ -10,6 +10,7 @@
 #include "frame/mutex.h"
 #include "frame/ref.h"
 #include "frame/subject.h"
+#include "tasks/name_index.h"
 #include "tasks/task_event_impl.h"
 #include "tasks/task_package_impl.h"
 #include "temvar/task_pool.h"
@@ -19,10 +20,6 @@ namespace temvar {
 
 // Parking and resuming: the events' lists of pausing tasks, and the wait at a pause point.
 extern Mutex pauseMutex;
-
-// The registry of events, and the trees below them: sweeps, walks and insertions exclude each
-// other.
-extern Mutex registryMutex TMV_ACQUIRED_AFTER(pauseMutex);
 
 // The states of tasks that the scheduler moves, the advance of packages, the cancelled names.
 extern Mutex stateMutex TMV_ACQUIRED_AFTER(registryMutex);
@@ -82,27 +79,25 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   // Keys order by their bytes taken as unsigned, a shorter key before its continuation.
   using Events = std::map<std::string, EventRef, std::less<>>;
 
-  // Where a plain task is: the first match of a walk, without references.
-  struct Place {
-    RkTaskEventImpl* event = nullptr;
-    RkTaskPackageImpl* package = nullptr;  // The event's own package, also for a nested task.
-    RkTaskImpl* task = nullptr;
-  };
-  // The same with references.
+  // Where a task was found, with references.
   struct Owners {
     EventRef event;
     Ref<RkTaskPackageImpl> package;
   };
 
   // task_schedular_impl.cpp
-  Place FindPlace(const TaskName& name) const TMV_REQUIRES(registryMutex);
+  TaskPlace Walk(const TaskName& name) const TMV_REQUIRES(registryMutex);
+  TaskPlace FindPlace(const TaskName& name) const TMV_REQUIRES(registryMutex);
   Owners FindOwners(const TaskName& name) TMV_EXCLUDES(registryMutex);
   EventRef FindEventRef(const char* name) TMV_EXCLUDES(registryMutex);
-  EventRef FindEventListing(const RkTaskImpl* package) const TMV_REQUIRES(registryMutex);
+  EventRef FindEventListing(RkTaskImpl* package) const TMV_REQUIRES(registryMutex);
   void StoreEvent(RkTaskEventImpl* event) TMV_REQUIRES(registryMutex);
   // Removes the entry of this event, if it is still the one under its name. The result keeps the
   // registry's reference.
   Events::node_type ExtractEvent(const RkTaskEventImpl& event) TMV_REQUIRES(registryMutex);
+  Events::node_type ExtractEntry(Events::iterator entry) TMV_REQUIRES(registryMutex);
+  // Puts an extracted entry back, unless another event has taken the name meanwhile.
+  void RestoreEntry(Events::node_type& entry) TMV_REQUIRES(registryMutex);
   bool HoldsEvent(const RkTaskEventImpl& event) const TMV_REQUIRES(registryMutex);
   bool IsRegistered(const RkTaskEventImpl& event) TMV_EXCLUDES(registryMutex);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <typeinfo>
 
+#include "tasks/name_index.h"
 #include "tasks/task_func_impl.h"
 
 namespace temvar {
@@ -19,7 +20,19 @@ RkTaskEventImpl::~RkTaskEventImpl() {
   for (Ref<RkTaskImpl>& task : pausedTasks) task = {};
 }
 
-void RkTaskEventImpl::AddPackage(RkTask* package) { packages_.emplace_back(ToImpl(package)); }
+void RkTaskEventImpl::AddPackage(RkTask* package) {
+  Ref<RkTaskImpl> added(ToImpl(package));
+  if (!wasRegistered_.load(std::memory_order_acquire)) {
+    packages_.push_back(std::move(added));
+    return;
+  }
+  // A host should not, but look-ups find its tasks.
+  MutexLock registry(registryMutex);
+  RkTaskPackageImpl* const impl = keys.Empty() ? nullptr : ToPackage(added.get());
+  packages_.reserve(packages_.size() + 1);
+  if (impl != nullptr) nameIndex.AddPackage(*this, *impl);
+  packages_.push_back(std::move(added));
+}
 
 void RkTaskEventImpl::SweepTasks(RkTaskImpl* package, int32_t fromState, int32_t toState,
                                  TaskRefs& out) {

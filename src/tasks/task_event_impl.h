@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "tasks/task_impl.h"
@@ -45,12 +46,18 @@ class RkTaskEventImpl final : public RkTaskImpl, public RkTaskEvent {
   int64_t LoadDrainCount() const { return drainCount_.load(); }
   void DecrementDrainCount() { drainCount_.fetch_sub(1); }
 
+  // For NameIndex, under the registry mutex: the keys that the registry has the event under.
+  PointerSet<const std::string> keys;
+  // From now on packages are added under the registry mutex.
+  void SetRegistered() { wasRegistered_.store(true, std::memory_order_release); }
+
   // Tasks that were running when a pause came and have not reached a pause point yet.
   TaskRefs pausedTasks;
   // Counts what ends a wait for pausedTasks: resuming or cancelling the event.
   uint64_t pauseGeneration = 0;
 
  private:
+  std::atomic<bool> wasRegistered_{false};
   std::atomic<int64_t> drainCount_{0};
   std::atomic<int64_t> finishedPackages_{0};
   TaskRefs packages_;

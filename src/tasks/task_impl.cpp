@@ -4,16 +4,12 @@
 #include <thread>
 #include <typeinfo>
 
+#include "tasks/name_index.h"
 #include "tasks/task_event_impl.h"
 #include "tasks/task_package_impl.h"
 #include "temvar/task_schedular.h"
 
 namespace temvar {
-namespace {
-
-std::atomic<uint64_t> renameCount{0};
-
-}  // namespace
 
 RkTaskImpl::RkTaskImpl() { StoreName("0"); }
 
@@ -81,12 +77,17 @@ void RkTaskImpl::SetNameNumber(int64_t number) { StoreName(std::to_string(number
 void RkTaskImpl::SetName(const char* name) { StoreName(name == nullptr ? "" : name); }
 
 void RkTaskImpl::StoreName(std::string name) {
-  nameHash_ = TaskName(std::string_view(name)).ShortHash();
-  name_ = std::move(name);
-  if (inPackage_.load(std::memory_order_relaxed)) renameCount.fetch_add(1);
+  if (IsLinked()) {
+    MutexLock registry(registryMutex);
+    if (IsLinked()) return nameIndex.Rename(*this, name);
+  }
+  SwapName(name);
 }
 
-uint64_t RenameCount() { return renameCount.load(); }
+void RkTaskImpl::SwapName(std::string& name) {
+  nameHash_ = TaskName(std::string_view(name)).ShortHash();
+  name_.swap(name);
+}
 
 // RkTask is a virtual base, so a static downcast doesn't exist and dynamic_cast walks the
 // hierarchy. There are three classes only, so the exact type and the address of the whole object

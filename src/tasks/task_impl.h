@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "frame/ref.h"
+#include "tasks/pointer_set.h"
 #include "tasks/task_data_impl.h"
 #include "tasks/task_func_impl.h"
 #include "temvar/task.h"
@@ -28,9 +29,16 @@ struct TaskName {
   size_t hash;
 };
 
-// How often a task that is in a package was renamed, over all packages: what a package has noted of
-// its children's names is valid for as long as this does not change.
-uint64_t RenameCount();
+class RkTaskImpl;
+class RkTaskPackageImpl;
+
+// What NameIndex keeps of a task; guarded by the registry mutex.
+struct NameIndexEntry {
+  RkTaskImpl* next = nullptr;  // In the chain of the name's hash, if the task is linked.
+  RkTaskImpl* previous = nullptr;
+  PointerSet<RkTaskPackageImpl> parents;
+  bool isShared = false;  // Another task with this hash may be linked.
+};
 
 // Name, func and data are set up by the host before the task is handed over, and are only read from
 // then on. Type and state are read from any thread; the scheduler writes the state under its state
@@ -65,8 +73,11 @@ class RkTaskImpl : public virtual RkTask {
   bool HasName(std::string_view name) const { return name_ == name; }
   uint32_t NameHash() const { return nameHash_; }
 
-  // From now on the task is in a package.
-  void SetInPackage() { inPackage_.store(true, std::memory_order_relaxed); }
+  // For NameIndex. A linked task is renamed under the registry mutex, which guards the entry too.
+  NameIndexEntry indexEntry;
+  bool IsLinked() const { return isLinked_.load(std::memory_order_acquire); }
+  void SetLinked(bool isLinked) { isLinked_.store(isLinked, std::memory_order_release); }
+  void SwapName(std::string& name);
 
   void AddRef() { refCount_.fetch_add(1, std::memory_order_relaxed); }
   void Release();
@@ -87,7 +98,7 @@ class RkTaskImpl : public virtual RkTask {
   std::atomic<int32_t> type_{kTaskTypePlain};
   std::atomic<int32_t> state_{kTaskStateCreated};
   bool internal_ = false;
-  std::atomic<bool> inPackage_{false};
+  std::atomic<bool> isLinked_{false};
   uint32_t nameHash_ = 0;
   // Before the name: a run reads the state and these two, which then share a cache line.
   Ref<RkTaskDataImpl> data_;

@@ -6,28 +6,10 @@
 #include <typeinfo>
 
 #include "frame/lock_impl.h"
+#include "tasks/name_index.h"
 #include "tasks/task_func_impl.h"
 
 namespace temvar {
-namespace {
-
-// Index of the first entry from `start` on that is `hash`, or the size. Whole blocks are compared
-// at once, in a form that compilers turn into vector instructions: a report of a task spends its
-// time here.
-size_t FindHash(const std::vector<uint32_t>& hashes, size_t start, uint32_t hash) {
-  constexpr size_t kBlock = 32;
-  const uint32_t* const data = hashes.data();
-  size_t i = start;
-  for (; i + kBlock <= hashes.size(); i += kBlock) {
-    uint32_t hits = 0;
-    for (size_t j = 0; j < kBlock; ++j) hits |= data[i + j] == hash ? 1u : 0u;
-    if (hits != 0) break;
-  }
-  while (i < hashes.size() && data[i] != hash) ++i;
-  return i;
-}
-
-}  // namespace
 
 RkTaskPackageImpl::RkTaskPackageImpl() {
   SetType(kTaskTypePackage);
@@ -37,8 +19,15 @@ RkTaskPackageImpl::RkTaskPackageImpl() {
 // Children go first to last, a vector promises no order. Nobody else can hold a reference here; the
 // lock only makes a host that still uses the package's key wait.
 RkTaskPackageImpl::~RkTaskPackageImpl() {
-  const KeyedLock lock(this);
-  for (Ref<RkTaskImpl>& child : tasks_) child = {};
+  // Before the keyed lock, which comes after the registry mutex.
+  if (isIndexed_.load(std::memory_order_relaxed)) nameIndex.ForgetPackage(*this);
+  Children children;
+  {
+    const KeyedLock lock(this);
+    children.swap(tasks_);
+  }
+  // Without the lock, since nested packages take the registry mutex as well.
+  for (Ref<RkTaskImpl>& child : children) child = {};
 }
 
 void RkTaskPackageImpl::AddTask(RkTask* task) {
@@ -47,17 +36,37 @@ void RkTaskPackageImpl::AddTask(RkTask* task) {
 
 void RkTaskPackageImpl::InsertTask(RkTask* task, uint32_t index) {
   Ref<RkTaskImpl> child(ToImpl(task));
-  if (child) child->SetInPackage();
+  if (!isIndexed_.load(std::memory_order_acquire)) {
+    const KeyedLock lock(this);
+    if (!isIndexed_.load(std::memory_order_relaxed)) return Insert(child, index);
+  }
+  MutexLock registry(registryMutex);
+  InsertIndexed(child, index);
+}
+
+// The last step that can fail is AddChild, so that the index and the list agree.
+void RkTaskPackageImpl::InsertIndexed(Ref<RkTaskImpl>& child, size_t index) {
+  if (RkTaskPackageImpl* const nested = ToPackage(child.get())) nameIndex.Complete(*nested);
   const KeyedLock lock(this);
-  // An index beyond the end is an error of the caller; it appends.
-  const auto position = static_cast<std::ptrdiff_t>(std::min<size_t>(index, tasks_.size()));
-  // Reserved first, so that a failed allocation leaves both lists with the same length.
-  if (nameHashes_.size() == nameHashes_.capacity()) nameHashes_.reserve(2 * tasks_.size() + 8);
-  const uint32_t hash = child ? child->NameHash() : 0;
-  const bool nested = child && child->Type() == kTaskTypePackage;
+  ReserveOne();
+  if (child) nameIndex.AddChild(*this, *child);
+  Insert(child, index);
+}
+
+// An index beyond the end is an error of the caller; it appends.
+void RkTaskPackageImpl::Insert(Ref<RkTaskImpl>& child, size_t index) {
+  ReserveOne();
+  const auto position = static_cast<std::ptrdiff_t>(std::min(index, tasks_.size()));
   tasks_.insert(tasks_.begin() + position, std::move(child));
-  nameHashes_.insert(nameHashes_.begin() + position, hash);
-  hasNested_ = hasNested_ || nested;
+}
+
+void RkTaskPackageImpl::ReserveOne() {
+  if (tasks_.size() == tasks_.capacity()) tasks_.reserve(2 * tasks_.size() + 8);
+}
+
+void RkTaskPackageImpl::SetIndexed() {
+  const KeyedLock lock(this);  // Orders what follows after edits without the registry mutex.
+  isIndexed_.store(true, std::memory_order_release);
 }
 
 void RkTaskPackageImpl::SetContinueOnFailure(bool continueOnFailure) {
@@ -95,42 +104,30 @@ RkTask* RkTaskPackageImpl::GetNext() {
   return next < tasks_.size() ? ChildAt(next) : nullptr;
 }
 
+// The registry mutex, and not the keyed lock, keeps the position valid until the insertion.
 bool RkTaskPackageImpl::InsertAfter(RkTask* after, RkTask* task) {
-  Children copy;
-  {
-    const KeyedLock lock(this);
-    copy = tasks_;
-  }
   const RkTaskImpl* const wanted = ToImpl(after);
-  const auto hit = std::find_if(copy.begin(), copy.end(), [wanted](const Ref<RkTaskImpl>& child) {
-    return child.get() == wanted;
-  });
-  if (hit == copy.end()) return false;
-  InsertTask(task, static_cast<uint32_t>(hit - copy.begin()) + 1);
+  const auto hit =
+      std::find_if(tasks_.begin(), tasks_.end(),
+                   [wanted](const Ref<RkTaskImpl>& child) { return child.get() == wanted; });
+  if (hit == tasks_.end()) return false;
+  Ref<RkTaskImpl> child(ToImpl(task));
+  InsertIndexed(child, static_cast<size_t>(hit - tasks_.begin()) + 1);
   return true;
 }
 
 RkTaskImpl* RkTaskPackageImpl::FindTask(const TaskName& name) const {
-  if (hashedAtRename_ != RenameCount()) RefreshHashes();
-  for (size_t i = 0; i < tasks_.size(); ++i) {
-    if (!hasNested_) i = FindHash(nameHashes_, i, name.ShortHash());
-    if (i == tasks_.size()) break;
-    RkTaskImpl* const child = tasks_[i].get();
-    if (child == nullptr) continue;
+  for (const Ref<RkTaskImpl>& child : tasks_) {
+    if (!child) continue;
     if (child->Type() == kTaskTypePackage) {
-      const RkTaskPackageImpl* const nested = ToPackage(child);
+      const RkTaskPackageImpl* const nested = ToPackage(child.get());
       RkTaskImpl* const hit = nested == nullptr ? nullptr : nested->FindTask(name);
       if (hit != nullptr) return hit;
-    } else if (child->HasName(name.text)) {
-      return child;
+    } else if (child->NameHash() == name.ShortHash() && child->HasName(name.text)) {
+      return child.get();
     }
   }
   return nullptr;
-}
-
-void RkTaskPackageImpl::RefreshHashes() const {
-  hashedAtRename_ = RenameCount();
-  for (size_t i = 0; i < tasks_.size(); ++i) nameHashes_[i] = tasks_[i] ? tasks_[i]->NameHash() : 0;
 }
 
 RkTask* RkTaskPackageImpl::ChildAt(size_t index) const { return Ref(tasks_[index]).Detach(); }

@@ -5,16 +5,24 @@
 #include <cstdint>
 #include <vector>
 
+#include "frame/mutex.h"
 #include "tasks/task_impl.h"
 #include "temvar/task_package.h"
 
 namespace temvar {
 
+class RkTaskEventImpl;
+
+// The registry of events, and the trees below them: sweeps, walks and insertions exclude each
+// other.
+extern Mutex registryMutex;
+
 // Thread-safety:
 // 1. The operations of the interface take the keyed lock of the object's address.
-// 2. The scheduler reads the children under its registry mutex, without that lock. It holds the
-//    registry mutex for its own insertions too, so a list that it can reach doesn't change under a
-//    walk.
+// 2. The scheduler reads the children under its registry mutex, without that lock. A package that
+//    was once below a registered event is indexed, and edits of it take the registry mutex before
+//    the keyed lock. So a list that the scheduler can reach doesn't change under a walk, and a
+//    package that is still being built meets no lock but its own.
 // 3. The position is written by the scheduler alone.
 class RkTaskPackageImpl final : public RkTaskImpl, public RkTaskPackage {
  public:
@@ -31,8 +39,14 @@ class RkTaskPackageImpl final : public RkTaskImpl, public RkTaskPackage {
   uint32_t GetCurrentIndex() override;
   RkTask* GetNext() override;
 
-  // Inserts `task` after the first child that is `after`. False if there is none.
-  bool InsertAfter(RkTask* after, RkTask* task);
+  // Inserts `task` after the first child that is `after`. False if there is none. For the
+  // scheduler: the package is below a registered event, or was.
+  bool InsertAfter(RkTask* after, RkTask* task) TMV_REQUIRES(registryMutex);
+
+  // For NameIndex, under the registry mutex; from SetIndexed on, see 2.
+  void SetIndexed();
+  bool isComplete = false;
+  PointerSet<RkTaskEventImpl> listedIn;
 
   // For the scheduler, see 2.
   using Children = std::vector<Ref<RkTaskImpl>>;
@@ -45,14 +59,12 @@ class RkTaskPackageImpl final : public RkTaskImpl, public RkTaskPackage {
 
  private:
   RkTask* ChildAt(size_t index) const;
-  void RefreshHashes() const;
+  void Insert(Ref<RkTaskImpl>& child, size_t index);
+  void InsertIndexed(Ref<RkTaskImpl>& child, size_t index) TMV_REQUIRES(registryMutex);
+  void ReserveOne();
 
   Children tasks_;
-  // The name hash of each child, side by side: a search reads these, and a child only on a hit.
-  // The search refreshes them when a child was renamed since; guarded like tasks_, see 2.
-  mutable std::vector<uint32_t> nameHashes_;
-  mutable uint64_t hashedAtRename_ = 0;
-  mutable bool hasNested_ = false;
+  std::atomic<bool> isIndexed_{false};
   std::atomic<uint32_t> currentIndex_{0};
   std::atomic<bool> continueOnFailure_{true};
 };

@@ -1,0 +1,206 @@
+// Look-ups by name against the documented walk, over random edits:
+//   TEMVAR_LOOKUP_EDITS=5000000 bin/lookup_host_test
+#include <gtest/gtest.h>
+#include <temvar/temvar.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/host_job.h"
+
+namespace {
+
+using namespace test;
+
+// What the test knows of a task or a package.
+struct Node {
+  TaskPtr task;
+  RkTaskPackage* package = nullptr;  // The same object, if it is one.
+  std::string name = "0";
+  bool isWalked = false;          // Its kind is that of packages.
+  std::vector<Node*> children{};  // Null where the package has a null.
+};
+
+struct Event {
+  EventPtr event;
+  std::string name;
+  std::vector<Node*> packages{};
+};
+
+struct Found {
+  Event* event = nullptr;
+  Node* package = nullptr;
+  Node* task = nullptr;
+};
+
+class Forest {
+ public:
+  explicit Forest(uint64_t seed) : random_(seed) {
+    for (size_t i = 0; i < kTasks; ++i) nodes_.push_back({MakeTask("0")});
+    for (size_t i = 0; i < kPackages; ++i) {
+      RkTaskPackage* const package = CreateRkTaskPackage();
+      nodes_.push_back({TaskPtr(package), package, "0", true});
+    }
+    for (Event& event : events_) event = {EventPtr(CreateRkTaskEvent()), "0"};
+  }
+
+  ~Forest() {
+    while (!registry_.empty()) Remove(registry_.begin()->first);
+  }
+
+  void Edit() {
+    Node& node = nodes_[Any(nodes_.size())];
+    Event& event = events_[Any(events_.size())];
+    switch (Any(12)) {
+      case 0:
+      case 1:
+        node.name = AnyName();
+        return node.task->SetName(node.name.c_str());
+      case 2:
+        event.name = AnyName();
+        return event.event->SetName(event.name.c_str());
+      case 3:
+        return Register(event);
+      case 4:
+        return Remove(AnyName());
+      case 5:
+        if (Any(20) != 0) return;
+        node.isWalked = !node.isWalked;
+        return node.task->SetType(node.isWalked ? kTaskTypePackage : kTaskTypePlain);
+      case 6: {
+        Node& package = AnyPackage();
+        event.packages.push_back(&package);
+        return event.event->AddPackage(package.task.get());
+      }
+      case 7:
+        return InsertAfter();
+      default:
+        return Insert();
+    }
+  }
+
+  void Check() {
+    const std::string name = AnyName();
+    const Found found = Walk(name);
+    const auto taskOf = [](const auto* owner) { return owner ? owner->task.get() : nullptr; };
+    const TaskPtr task(Schedular().FindTask(name.c_str()));
+    const TaskPtr event(Schedular().FindEventOfTask(name.c_str()));
+    const PackagePtr package(Schedular().FindPackageOfTask(name.c_str()));
+    ASSERT_EQ(task.get(), taskOf(found.task)) << name;
+    ASSERT_EQ(package.get(), found.package ? found.package->package : nullptr) << name;
+    ASSERT_EQ(event.get(), found.event ? found.event->event.get() : nullptr) << name;
+    Node& listed = AnyPackage();
+    const Event* const listing = Listing(listed);
+    ASSERT_EQ(TaskPtr(Schedular().FindEventOfPackage(listed.task.get())).get(),
+              listing ? listing->event.get() : nullptr);
+  }
+
+ private:
+  static constexpr size_t kTasks = 40;
+  static constexpr size_t kPackages = 12;
+
+  size_t Any(size_t count) { return random_() % count; }
+  // Names with few and with many holders, and such as are nobody's.
+  std::string AnyName() { return std::to_string(Any(2) == 0 ? Any(4) : Any(80)); }
+  Node& AnyPackage() { return nodes_[kTasks + Any(kPackages)]; }
+
+  // A null, a task, or a package that is below this one in an order that keeps them free of cycles.
+  Node* AnyChildFor(const Node& package) {
+    if (Any(8) == 0) return nullptr;
+    const auto below = static_cast<size_t>(&package - &nodes_[kTasks]);
+    return &nodes_[Any(8) == 0 && below > 0 ? kTasks + Any(below) : Any(kTasks)];
+  }
+
+  void Insert() {
+    Node& package = AnyPackage();
+    if (package.children.size() > 12) return;
+    Node* const child = AnyChildFor(package);
+    const size_t index = Any(package.children.size() + 1);
+    package.package->InsertTask(child == nullptr ? nullptr : child->task.get(),
+                                static_cast<uint32_t>(index));
+    package.children.insert(package.children.begin() + static_cast<std::ptrdiff_t>(index), child);
+  }
+
+  // After the first child that is this one, in the package that its name finds.
+  void InsertAfter() {
+    Node& child = nodes_[Any(kTasks)];
+    Node& existing = nodes_[Any(kTasks)];
+    Node* const package = Walk(existing.name).package;
+    const bool isDone = Schedular().InsertTaskAfter(child.task.get(), existing.task.get());
+    if (package == nullptr) {
+      EXPECT_FALSE(isDone);
+      return;
+    }
+    const auto hit = std::find(package->children.begin(), package->children.end(), &existing);
+    EXPECT_EQ(isDone, hit != package->children.end());
+    if (isDone) package->children.insert(hit + 1, &child);
+  }
+
+  void Register(Event& event) {
+    Event*& entry = registry_[event.name];
+    Event* const old = std::exchange(entry, &event);
+    Schedular().RegisterEvent(event.event.get());
+    // The reference on what is overwritten stays taken.
+    if (old != nullptr) DestroyRkTask(old->event.get());
+  }
+
+  void Remove(std::string name) {
+    Schedular().RemoveEvent(name.c_str());
+    registry_.erase(name);
+  }
+
+  Found Walk(const std::string& name) const {
+    for (const auto& [key, event] : registry_) {
+      for (Node* package : event->packages) {
+        if (Node* const hit = WalkPackage(*package, name)) return {event, package, hit};
+      }
+    }
+    return {};
+  }
+
+  static Node* WalkPackage(const Node& package, const std::string& name) {
+    for (Node* child : package.children) {
+      if (child == nullptr) continue;
+      if (!child->isWalked && child->name == name) return child;
+      Node* const hit = child->isWalked ? WalkPackage(*child, name) : nullptr;
+      if (hit != nullptr) return hit;
+    }
+    return nullptr;
+  }
+
+  const Event* Listing(const Node& package) const {
+    for (const auto& [key, event] : registry_) {
+      for (const Node* entry : event->packages) {
+        if (entry == &package) return event;
+      }
+    }
+    return nullptr;
+  }
+
+  std::mt19937_64 random_;
+  std::vector<Node> nodes_;
+  std::array<Event, 4> events_;
+  std::map<std::string, Event*> registry_;
+};
+
+TEST(LookUp, GivesTheFirstMatchOfTheDocumentedWalk) {
+  constexpr long kEditsOfAForest = 200;
+  const char* const wanted = std::getenv("TEMVAR_LOOKUP_EDITS");
+  const long edits = wanted == nullptr ? 20'000 : std::atol(wanted);
+  for (long seed = 0; seed * kEditsOfAForest < edits && !HasFailure(); ++seed) {
+    SCOPED_TRACE("forest " + std::to_string(seed));
+    Forest forest(static_cast<uint64_t>(seed));
+    for (long i = 0; i < kEditsOfAForest && !HasFatalFailure(); ++i) {
+      forest.Edit();
+      forest.Check();
+    }
+  }
+  EXPECT_EQ(Schedular().GetEventCount(), 0u);
+}
+
+}  // namespace
