@@ -49,12 +49,19 @@ void RkTaskSchedularImpl::TaskFailed(RkTask* task) {
 }
 
 void RkTaskSchedularImpl::CompletePlain(RkTaskImpl& task, int32_t state) {
-  const Owners owners = FindOwners(TaskName(task.Name()));
-  if (!owners.package) return;
+  Ref<RkTaskPackageImpl> package;
+  {
+    MutexLock registry(registryMutex);
+    const TaskPlace place = FindPlaceOf(task);
+    if (place.package == nullptr || TryCompletePlain(task, state, *place.package)) return;
+    package = Ref<RkTaskPackageImpl>(place.package);
+  }
   // A report can meet a pause that came after ReportState had looked. The task then parks without
   // the registry mutex, which ResumeEvent needs, and reports again.
-  while (!TryCompletePlain(task, state, *owners.package)) {
+  for (bool isDone = false; !isDone;) {
     task.ReportState(&task, kTaskStateCreated);
+    MutexLock registry(registryMutex);
+    isDone = TryCompletePlain(task, state, *package);
   }
 }
 
@@ -62,7 +69,6 @@ void RkTaskSchedularImpl::CompletePlain(RkTaskImpl& task, int32_t state) {
 // end: it needs the registry mutex too.
 bool RkTaskSchedularImpl::TryCompletePlain(RkTaskImpl& task, int32_t state,
                                            RkTaskPackageImpl& package) {
-  MutexLock registry(registryMutex);
   if (task.State() == kTaskStatePaused) return false;
   const bool cancelled = task.State() == kTaskStateCancelled;
   MutexLock stateLock(stateMutex);

@@ -29,6 +29,11 @@ TaskPlace RkTaskSchedularImpl::FindPlace(const TaskName& name) const {
   return place ? *place : Walk(name);
 }
 
+TaskPlace RkTaskSchedularImpl::FindPlaceOf(RkTaskImpl& task) const {
+  const std::optional<TaskPlace> place = nameIndex.FindNamesake(task);
+  return place ? *place : Walk(TaskName(task.Name()));
+}
+
 RkTaskSchedularImpl::Owners RkTaskSchedularImpl::FindOwners(const TaskName& name) {
   MutexLock registry(registryMutex);
   const TaskPlace place = FindPlace(name);

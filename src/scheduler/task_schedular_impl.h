@@ -88,6 +88,8 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   // task_schedular_impl.cpp
   TaskPlace Walk(const TaskName& name) const TMV_REQUIRES(registryMutex);
   TaskPlace FindPlace(const TaskName& name) const TMV_REQUIRES(registryMutex);
+  // The same for the name of a task.
+  TaskPlace FindPlaceOf(RkTaskImpl& task) const TMV_REQUIRES(registryMutex);
   Owners FindOwners(const TaskName& name) TMV_EXCLUDES(registryMutex);
   EventRef FindEventRef(const char* name) TMV_EXCLUDES(registryMutex);
   EventRef FindEventListing(RkTaskImpl* package) const TMV_REQUIRES(registryMutex);
@@ -104,8 +106,7 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   // completion.cpp
   void CompletePlain(RkTaskImpl& task, int32_t state);
   void CompletePackage(RkTaskImpl& package);
-  bool TryCompletePlain(RkTaskImpl& task, int32_t state, RkTaskPackageImpl& package)
-      TMV_EXCLUDES(registryMutex);
+  bool TryCompletePlain(RkTaskImpl& task, int32_t state, RkTaskPackageImpl& package) TMV_REQUIRES(registryMutex);
   void Advance(RkTaskPackageImpl& package, int32_t lastState)
       TMV_REQUIRES(registryMutex, stateMutex);
   void EndPackage(RkTaskPackageImpl& package, int32_t state)

@@ -24,6 +24,7 @@ struct Node {
   std::string name = "0";
   bool isWalked = false;          // Its kind is that of packages.
   std::vector<Node*> children{};  // Null where the package has a null.
+  uint32_t position = 0;
 };
 
 struct Event {
@@ -51,6 +52,7 @@ class Forest {
 
   ~Forest() {
     while (!registry_.empty()) Remove(registry_.begin()->first);
+    Pool().RemoveQueued("");
   }
 
   void Edit() {
@@ -79,6 +81,8 @@ class Forest {
       }
       case 7:
         return InsertAfter();
+      case 8:
+        return Report(node);
       default:
         return Insert();
     }
@@ -95,6 +99,7 @@ class Forest {
     ASSERT_EQ(package.get(), found.package ? found.package->package : nullptr) << name;
     ASSERT_EQ(event.get(), found.event ? found.event->event.get() : nullptr) << name;
     Node& listed = AnyPackage();
+    ASSERT_EQ(listed.package->GetCurrentIndex(), listed.position);
     const Event* const listing = Listing(listed);
     ASSERT_EQ(TaskPtr(Schedular().FindEventOfPackage(listed.task.get())).get(),
               listing ? listing->event.get() : nullptr);
@@ -139,6 +144,16 @@ class Forest {
     const auto hit = std::find(package->children.begin(), package->children.end(), &existing);
     EXPECT_EQ(isDone, hit != package->children.end());
     if (isDone) package->children.insert(hit + 1, &child);
+  }
+
+  // The package that the name finds moves on by one, to its last child at most.
+  void Report(Node& node) {
+    Node* const package = node.isWalked ? nullptr : Walk(node.name).package;
+    node.task->SetState(kTaskStateActive);
+    if (!node.isWalked) node.task->ReportState(node.task.get(), kTaskStateSucceeded);
+    if (package != nullptr && package->position + 1 < package->children.size()) {
+      ++package->position;
+    }
   }
 
   void Register(Event& event) {
