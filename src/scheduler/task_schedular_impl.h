@@ -106,7 +106,8 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   // completion.cpp
   void CompletePlain(RkTaskImpl& task, int32_t state);
   void CompletePackage(RkTaskImpl& package);
-  bool TryCompletePlain(RkTaskImpl& task, int32_t state, RkTaskPackageImpl& package) TMV_REQUIRES(registryMutex);
+  bool TryCompletePlain(RkTaskImpl& task, int32_t state, RkTaskPackageImpl& package)
+      TMV_REQUIRES(registryMutex);
   void Advance(RkTaskPackageImpl& package, int32_t lastState)
       TMV_REQUIRES(registryMutex, stateMutex);
   void EndPackage(RkTaskPackageImpl& package, int32_t state)
