@@ -36,6 +36,7 @@ class StaticObject {
 };
 
 StaticObject<LockTable> lockTableObject;
+StaticObject<LockTable::node_type> spareLockObject;
 StaticObject<Mutex> lockTableGuardObject;
 StaticObject<NameIndex> nameIndexObject;
 IdentifierState identifierState;
@@ -52,6 +53,7 @@ IdentifierState& GetIdentifierState() { return identifierState; }
 ReportPaths& GetReportPaths() { return reportPaths; }
 
 LockTable& lockTable = lockTableObject.Get();
+LockTable::node_type& spareLock = spareLockObject.Get();
 Mutex& lockTableGuard = lockTableGuardObject.Get();
 
 NameIndex& nameIndex = nameIndexObject.Get();

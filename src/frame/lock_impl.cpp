@@ -1,37 +1,35 @@
 #include "frame/lock_impl.h"
 
+#include <utility>
+
 namespace temvar {
 
 void TMVLockImpl::Lock(void* key) {
-  std::shared_ptr<KeyedMutex> keyed;
+  KeyedMutex* keyed = nullptr;
   {
     MutexLock guard(lockTableGuard);
     const auto number = reinterpret_cast<uintptr_t>(key);
-    const auto entry = lockTable.find(number);
-    if (entry == lockTable.end()) {
-      keyed = std::make_shared<KeyedMutex>();
-      lockTable.emplace(number, keyed);
-    } else {
-      keyed = entry->second;
+    auto entry = lockTable.find(number);
+    if (entry == lockTable.end() && spareLock) {
+      spareLock.key() = number;
+      entry = lockTable.insert(std::move(spareLock)).position;
+    } else if (entry == lockTable.end()) {
+      entry = lockTable.try_emplace(number).first;
     }
+    keyed = &entry->second;
     ++keyed->users;
   }
   // Outside the guard, so that waiting for one key delays no other.
   keyed->mutex.lock();
 }
 
+// Unlocks under the guard, so that the next user can't erase the entry meanwhile.
 void TMVLockImpl::Unlock(void* key) {
-  std::shared_ptr<KeyedMutex> keyed;
-  {
-    MutexLock guard(lockTableGuard);
-    const auto entry = lockTable.find(reinterpret_cast<uintptr_t>(key));
-    if (entry == lockTable.end()) return;
-    keyed = entry->second;
-    // The last user erases the entry before it unlocks. A thread that locks the key from now on
-    // makes a new mutex and doesn't wait for this one.
-    if (--keyed->users == 0) lockTable.erase(entry);
-  }
-  keyed->mutex.unlock();
+  MutexLock guard(lockTableGuard);
+  const auto entry = lockTable.find(reinterpret_cast<uintptr_t>(key));
+  if (entry == lockTable.end()) return;
+  entry->second.mutex.unlock();
+  if (--entry->second.users == 0) spareLock = lockTable.extract(entry);
 }
 
 // Through the exported service, so that a host can lock the same key.

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <mutex>
 
 #include "frame/mutex.h"
@@ -14,18 +13,19 @@
 namespace temvar {
 
 // The mutex of one key. `users` counts the threads that hold it or wait for it; lockTableGuard
-// guards the count. The use count of the shared pointer is not enough: a thread that is about to
-// leave Unlock still has a copy, and the Unlock of the next one would then leave the entry in the
-// table for ever.
+// guards the count.
 struct KeyedMutex {
   std::mutex mutex;
   uint32_t users = 0;
 };
 
 // Invariant: the table has an entry for a key exactly while the key has users.
-using LockTable = std::map<uintptr_t, std::shared_ptr<KeyedMutex>>;
+using LockTable = std::map<uintptr_t, KeyedMutex>;
 
 extern LockTable& lockTable;
+// The entry that was erased last, for the next one to be made: a host that builds packages locks
+// one key after the other.
+extern LockTable::node_type& spareLock;
 extern Mutex& lockTableGuard;
 
 class TMVLockImpl final : public TMVLock {

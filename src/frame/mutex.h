@@ -35,11 +35,32 @@ namespace temvar {
 // A plain mutex, not recursive. Failures are thrown as std::system_error.
 class TMV_CAPABILITY("mutex") Mutex {
  public:
-  void Lock() TMV_ACQUIRE() { mutex_.lock(); }
+  void Lock() TMV_ACQUIRE() {
+    if (!TryLock()) LockContended();
+  }
   void Unlock() TMV_RELEASE() { mutex_.unlock(); }
 
  private:
   friend class Condition;
+
+  bool TryLock() { return mutex_.try_lock(); }
+
+  // The library holds its mutexes for less time than a way into the kernel and back takes, so a
+  // look that goes on for about that long is cheaper than sleeping at once.
+  void LockContended() TMV_NO_THREAD_SAFETY_ANALYSIS {
+    for (int i = 0; i < 100; ++i) {
+      PauseProcessor();
+      if (TryLock()) return;
+    }
+    mutex_.lock();
+  }
+
+  static void PauseProcessor() {
+#if defined(__i386__) || defined(__x86_64__)
+    __builtin_ia32_pause();
+#endif
+  }
+
   std::mutex mutex_;
 };
 

@@ -91,7 +91,7 @@ class Forest {
   static constexpr size_t kTasks = 40;
   static constexpr size_t kPackages = 12;
 
-  size_t Any(size_t count) { return random_() % count; }
+  size_t Any(size_t count) { return static_cast<size_t>(random_() % count); }
   // Names with few and with many holders, and such as are nobody's.
   std::string AnyName() { return std::to_string(Any(2) == 0 ? Any(4) : Any(80)); }
   Node& AnyPackage() { return nodes_[kTasks + Any(kPackages)]; }
