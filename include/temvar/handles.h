@@ -14,6 +14,12 @@
 //   tmv::RunningPool                        Start and Stop of the pool around a scope
 //   tmv::MakeFunc, MakeTask                 a C++ callable as the function of a task
 //   tmv::KeepGoing                          a pause point for such a callable
+//   tmv::FindEvent, PositionOf              from a name to an event, where a package stands
+//   tmv::Utf8, PathOf                       between std::filesystem::path and the library's text
+//
+// On top of it, each in a header of its own: temvar/job.h (jobs made of callables, which most hosts
+// want), describe.h (why does a job stand still), settings.h (typed reads), crash_watch.h (crash
+// reports in one call), load.h (the library loaded at run time).
 //
 // Threads: two threads may use two handles of one object, but not one handle at the same time
 // unless both only read it.
@@ -21,13 +27,17 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <iterator>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "temvar/temvar.h"
 
@@ -77,9 +87,7 @@ class Ref {
   // Adds a reference: for a pointer that the caller only borrowed, such as the argument of a task's
   // function or the result of a Get operation.
   static Ref Share(Interface* object) {
-    if (object) {
-      detail::AddReference(object);
-    }
+    if (object) detail::AddReference(object);
     return Adopt(object);
   }
 
@@ -111,9 +119,7 @@ class Ref {
 
   // Drops the reference.
   void Reset() {
-    if (Interface* object = Release()) {
-      detail::DropReference(object);
-    }
+    if (Interface* object = Release()) detail::DropReference(object);
   }
 
  private:
@@ -155,6 +161,7 @@ class BasicText {
   // The text; the empty text for null.
   const Char* c_str() const { return block_ ? block_.get() : &kEmpty; }
   std::basic_string_view<Char> View() const { return c_str(); }
+  operator std::basic_string<Char>() const { return c_str(); }
 
  private:
   static constexpr Char kEmpty{};
@@ -196,11 +203,25 @@ class Bytes {
   BinaryDataResult record_{};
 };
 
+// A path as the library takes it, and a path of the library's text: UTF-8, whatever the code page.
+inline std::string Utf8(const std::filesystem::path& path) {
+  const auto text = path.u8string();
+  return std::string(text.begin(), text.end());
+}
+inline std::filesystem::path PathOf(std::string_view utf8) {
+#if defined(__cpp_char8_t)
+  return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
+#else
+  return std::filesystem::u8path(utf8.begin(), utf8.end());
+#endif
+}
+
 // The parts of a path: "c:\logs\run.txt" gives "c:\logs\", "run" and ".txt".
 class PathPieces {
  public:
   // Splits a path, UTF-8.
   explicit PathPieces(const char* path) : parts_(TmvUtilityFile()->SplitPath(path)) {}
+  explicit PathPieces(const std::filesystem::path& path) : PathPieces(Utf8(path).c_str()) {}
   PathPieces(const PathPieces&) = delete;
   PathPieces& operator=(const PathPieces&) = delete;
   ~PathPieces() { TmvUtilityFile()->FreePathParts(&parts_); }
@@ -267,11 +288,79 @@ class TaskList {
 
 namespace detail {
 
+// What the host put into an event or a package by MakeEvent and Add: the library has no operation
+// that lists it. Held by the data of the object, and so as long as the object.
+struct TreeRecord {
+  std::string eventName;  // Empty for a package.
+  std::vector<Task> children;
+};
+
+// The records of this program or DLL. Never destroyed: a worker may outlive the static objects.
+class TreeRecords {
+ public:
+  static TreeRecords& Get() {
+    static TreeRecords* const records = new TreeRecords;
+    return *records;
+  }
+
+  // Adds a record to an object that has none. It goes with the data of the object.
+  void Attach(RkTask* task, std::string eventName) {
+    auto record = std::make_unique<TreeRecord>(TreeRecord{std::move(eventName), {}});
+    const Data data = Data::Adopt(CreateRkTaskData());
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      records_.insert(record.get());
+    }
+    data->SetPayload(record.release());
+    data->SetReleaser([](void* payload) {
+      const std::unique_ptr<TreeRecord> owned(static_cast<TreeRecord*>(payload));
+      const std::lock_guard<std::mutex> lock(Get().mutex_);
+      Get().records_.erase(owned.get());
+    });
+    task->SetData(data);
+  }
+
+  // False if the object has no record, or the host has put another payload in its place.
+  bool Append(RkTask* task, const Task& child) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    TreeRecord* const record = RecordOf(task);
+    if (record != nullptr) record->children.push_back(child);
+    return record != nullptr;
+  }
+
+  std::vector<Task> ChildrenOf(RkTask* task) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const TreeRecord* const record = RecordOf(task);
+    return record == nullptr ? std::vector<Task>() : record->children;
+  }
+
+  std::set<std::string> EventNames() {
+    std::set<std::string> names;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    for (const TreeRecord* record : records_) names.insert(record->eventName);
+    names.erase(std::string());
+    return names;
+  }
+
+ private:
+  TreeRecord* RecordOf(RkTask* task) const {
+    RkTaskData* const data = task->GetData();
+    if (data == nullptr) return nullptr;
+    const auto found = records_.find(static_cast<TreeRecord*>(data->GetPayload()));
+    return found == records_.end() ? nullptr : *found;
+  }
+
+  std::mutex mutex_;
+  std::set<TreeRecord*> records_;
+};
+
 // What needs the pool and has to be ended before it stops: a job may be paused, and Stop would wait
 // for it.
 class PoolUser {
  public:
   virtual void EndWithPool() = 0;
+  virtual std::string Describe() const = 0;
+  virtual const std::string& EventName() const = 0;
 
  protected:
   ~PoolUser() = default;
@@ -303,15 +392,20 @@ class PoolUsers {
   }
 
   void EndPool() {
-    std::map<const PoolUser*, std::weak_ptr<PoolUser>> users;
     {
       const std::lock_guard<std::mutex> lock(mutex_);
       poolEnded_ = true;
-      users.swap(users_);
     }
-    for (const auto& [key, weak] : users) {
-      if (const std::shared_ptr<PoolUser> user = weak.lock()) user->EndWithPool();
+    for (const std::shared_ptr<PoolUser>& user : List()) user->EndWithPool();
+  }
+
+  std::vector<std::shared_ptr<PoolUser>> List() {
+    std::vector<std::shared_ptr<PoolUser>> users;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    for (const auto& [key, weak] : users_) {
+      if (std::shared_ptr<PoolUser> user = weak.lock()) users.push_back(std::move(user));
     }
+    return users;
   }
 
  private:
@@ -348,9 +442,7 @@ namespace detail {
 // task that no registered event holds stays active after a report that did count.
 inline bool ReportWasLost(RkTask* task) {
   const int32_t state = task->GetState();
-  if (state != kTaskStateActive && state != kTaskStatePaused) {
-    return false;
-  }
+  if (state != kTaskStateActive && state != kTaskStatePaused) return false;
   const Task event = Task::Adopt(TmvTaskSchedular()->FindEventOfTask(task->GetName()));
   return event != nullptr;
 }
@@ -419,17 +511,28 @@ Func MakeFunc(Callable&& callable) {
 }
 
 // A plain task with a name and, if given, a callable as MakeFunc takes it. The name must be unique
-// among the tasks of all registered events.
+// among the tasks of all registered events; without one the task gets a number that is.
 inline Task MakeTask(const char* name) {
   Task task = Task::Adopt(CreateRkTask());
   task->SetName(name);
   return task;
 }
+inline Task MakeTask(const std::string& name) { return MakeTask(name.c_str()); }
 template <typename Callable>
 Task MakeTask(const char* name, Callable&& callable) {
   Task task = MakeTask(name);
   task->SetFunc(MakeFunc(std::forward<Callable>(callable)));
   return task;
+}
+template <typename Callable>
+Task MakeTask(const std::string& name, Callable&& callable) {
+  return MakeTask(name.c_str(), std::forward<Callable>(callable));
+}
+template <typename Callable,
+          typename = std::enable_if_t<!std::is_convertible_v<Callable&&, std::string>>>
+Task MakeTask(Callable&& callable) {
+  return MakeTask(Text(TmvUtilityApp()->NewPrefixedId("task")).c_str(),
+                  std::forward<Callable>(callable));
 }
 
 // A new package without tasks. Throws std::bad_alloc.
@@ -439,11 +542,16 @@ inline Package MakePackage() { return Package::Adopt(CreateRkTaskPackage()); }
 // when the event has ended or was cancelled: a cancel that meets the end calls the event's function
 // a second time, and that call is passed over. The task that it gets is the event, whose state says
 // how it ended: the state of the package that ended last, or kTaskStateCancelled.
+//
+// The event's own payload (GetData) notes the name for Describe and the packages for Check; a host
+// that sets another payload does without.
 inline Event MakeEvent(const char* name) {
   Event event = Event::Adopt(CreateRkTaskEvent());
   event->SetName(name);
+  detail::TreeRecords::Get().Attach(event, event->GetName());
   return event;
 }
+inline Event MakeEvent(const std::string& name) { return MakeEvent(name.c_str()); }
 template <typename Callable>
 Event MakeEvent(const char* name, Callable&& callable) {
   Event event = MakeEvent(name);
@@ -453,6 +561,58 @@ Event MakeEvent(const char* name, Callable&& callable) {
         if (!once->exchange(true)) detail::Invoke(stored, task);
       }));
   return event;
+}
+template <typename Callable>
+Event MakeEvent(const std::string& name, Callable&& callable) {
+  return MakeEvent(name.c_str(), std::forward<Callable>(callable));
+}
+
+// AddPackage and AddTask that keep a note of what was added, in the payload (GetData) of the event
+// or the package, so that Children lists it and Check looks into it.
+inline void Add(const Event& event, const Package& package) {
+  event->AddPackage(package);
+  detail::TreeRecords::Get().Append(event, package);
+}
+inline void Add(const Package& package, const Task& task) {
+  if (package->GetData() == nullptr) detail::TreeRecords::Get().Attach(package, {});
+  package->AddTask(task);
+  detail::TreeRecords::Get().Append(package, task);
+}
+
+// What was added by Add, in that order.
+inline std::vector<Task> Children(RkTask* eventOrPackage) {
+  return detail::TreeRecords::Get().ChildrenOf(eventOrPackage);
+}
+
+// The event that is registered under a name, or null.
+inline Event FindEvent(const char* name) {
+  Task found = Task::Adopt(TmvTaskSchedular()->FindEvent(name));
+  auto* const event = dynamic_cast<RkTaskEvent*>(found.Get());
+  if (event != nullptr) found.Release();
+  return Event::Adopt(event);
+}
+
+// Where a package stands, without a note of what was added: the child in progress with its
+// neighbours, and its number among all. Null where there is none.
+struct Position {
+  uint32_t index = 0;
+  uint32_t count = 0;
+  Task previous;
+  Task current;
+  Task next;
+};
+inline Position PositionOf(RkTaskPackage* package) {
+  // The list has the current task of each package of an event, which needn't be registered.
+  const Event around = Event::Adopt(CreateRkTaskEvent());
+  around->AddPackage(package);
+  const TaskList list(TmvTaskSchedular()->ListCurrentTasks(around));
+  Position position;
+  position.index = package->GetCurrentIndex();
+  position.count = package->GetCount();
+  position.previous = Task::Adopt(package->GetPrevious());
+  position.current = list.Empty() ? Task() : Task::Share(*list.begin());
+  position.next = Task::Adopt(package->GetNext());
+  return position;
 }
 
 }  // namespace tmv

@@ -105,10 +105,11 @@ class JobCore final : public PoolUser, public std::enable_shared_from_this<JobCo
   JobProgress GetProgress() const;
   JobProgress GetProgress(std::size_t lane) const;
   std::vector<JobFailure> Failures() const;
-  const std::string& EventName() const { return eventName_; }
+  const std::string& EventName() const override { return eventName_; }
   const std::string& LabelOf(std::size_t lane) const;
 
   void EndWithPool() override { Cancel(); }
+  std::string Describe() const override;
 
  private:
   using Lock = std::unique_lock<std::mutex>;
@@ -581,6 +582,33 @@ inline JobProgress JobCore::GetProgress() const {
 inline std::vector<JobFailure> JobCore::Failures() const {
   const Lock lock(mutex_);
   return failures_;
+}
+
+inline const char* NameOf(JobState state) {
+  constexpr const char* kNames[] = {"new",        "running",   "pausing", "paused",
+                                    "cancelling", "succeeded", "failed",  "cancelled"};
+  return kNames[static_cast<int>(state)];
+}
+
+inline std::string JobCore::Describe() const {
+  const auto counts = [](const JobProgress& progress) {
+    return std::to_string(progress.done) + " of " + std::to_string(progress.total) + " done, " +
+           std::to_string(progress.failed) + " failed, " + std::to_string(progress.running) +
+           " running";
+  };
+  const JobProgress all = GetProgress();
+  const Lock lock(mutex_);
+  std::string text = "job " + eventName_ + ": " + NameOf(State()) + ", " + counts(all) + ", " +
+                     std::to_string(held_.size()) + " held back\n";
+  for (std::size_t i = 0; i < lanes_.size(); ++i) {
+    text += "  lane " + std::to_string(i + 1) + " " + lanes_[i]->label + ": " +
+            counts(lanes_[i]->counts);
+    for (const Running& entry : running_) {
+      if (entry.step->lane == i) text += ", in " + entry.step->label;
+    }
+    text += "\n";
+  }
+  return text;
 }
 
 inline const std::string& JobCore::LabelOf(std::size_t lane) const {

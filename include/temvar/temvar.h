@@ -30,4 +30,8 @@
 #include "temvar/utility_string.h"
 #include "temvar/utility_sys.h"
 
+#if defined(TEMVAR_LOADED)
+#include "temvar/load.h"
+#endif
+
 #endif  // TEMVAR_TEMVAR_H_

@@ -1,7 +1,9 @@
 // The owners of temvar/handles.h, used as a host uses them. What is counted is releases: each
 // object must go exactly when its last handle goes.
+#include <temvar/describe.h>
 #include <temvar/handles.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -19,6 +21,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using test::Eventually;
+using testing::HasSubstr;
 
 std::atomic<int> releases{0};
 
@@ -202,6 +205,80 @@ TEST(HandlesTest, TextsBytesPathsAndSingleOwnersAreReleased) {
   tmv::Bytes unpacked;
   ASSERT_TRUE(TmvUtilityUnzip()->InflateBuffer(unpacked.Out(), moved.Data(), moved.Size()));
   EXPECT_EQ(unpacked.View(), text);
+}
+
+// A cancel that meets the end calls the event's function a second time.
+TEST(HandlesTest, TheFunctionOfAnEventIsCalledOnce) {
+  int calls = 0;
+  const tmv::Event event = tmv::MakeEvent(std::string("job"), [&calls] { ++calls; });
+  RkTaskFunc* const func = event->GetFunc();
+  for (int i = 0; i < 2; ++i) func->GetCallback()(event, func->GetData());
+  EXPECT_EQ(calls, 1);
+}
+
+TEST(HandlesTest, NamesPathsAndPlacesAreFoundAgain) {
+  const tmv::Task first = tmv::MakeTask([] {}), second = tmv::MakeTask([] {});
+  EXPECT_STRNE(first->GetName(), second->GetName());
+  const std::string text = tmv::Text(TmvUtilityString()->DupString("text"));
+  EXPECT_EQ(text, "text");
+  const std::string greek = "folder/\xCE\xBB.txt";
+  EXPECT_EQ(tmv::Utf8(tmv::PathOf(greek)), greek);
+  EXPECT_STREQ(tmv::PathPieces(tmv::PathOf(greek)).Name(), "\xCE\xBB");
+
+  const tmv::Package package = tmv::MakePackage();
+  tmv::Position position = tmv::PositionOf(package);
+  EXPECT_EQ(position.current, nullptr);
+  package->AddTask(first);
+  package->AddTask(second);
+  position = tmv::PositionOf(package);
+  EXPECT_EQ(position.current, first);
+  EXPECT_EQ(position.next, second);
+  EXPECT_EQ(position.previous, nullptr);
+  EXPECT_EQ(position.count, 2u);
+
+  const tmv::Event event = tmv::MakeEvent("job");
+  EXPECT_EQ(tmv::FindEvent("job"), nullptr);
+  TmvTaskSchedular()->RegisterEvent(event);
+  EXPECT_EQ(tmv::FindEvent("job"), event);
+  TmvTaskSchedular()->RemoveEvent("job");
+}
+
+TEST(HandlesTest, ACheckNamesWhatWouldStandForEver) {
+  const tmv::Event event = tmv::MakeEvent("job");
+  EXPECT_THAT(tmv::Check(event), testing::ElementsAre("event job has no package"));
+  const tmv::Package good = tmv::MakePackage(), bad = tmv::MakePackage();
+  tmv::Add(event, good);
+  tmv::Add(good, CountedTask("a"));
+  EXPECT_THAT(tmv::Check(event), testing::IsEmpty());
+  tmv::Add(event, tmv::MakePackage());
+  tmv::Add(event, bad);
+  tmv::Add(bad, tmv::MakeTask("a"));
+  tmv::Add(bad, tmv::MakePackage());
+  bad->AddTask(tmv::MakeTask("a"));
+  EXPECT_THAT(tmv::Check(event),
+              testing::ElementsAre(
+                  "package 2 has no task", "package 3 holds tasks that were not added by tmv::Add",
+                  "two tasks are named a", "package 3 holds a package, which never runs"));
+  const tmv::Event rival = tmv::MakeEvent("job");
+  tmv::Add(rival, good);
+  TmvTaskSchedular()->RegisterEvent(rival);
+  EXPECT_THAT(tmv::Check(event), testing::Contains("another event is named job"));
+  TmvTaskSchedular()->RemoveEvent("job");
+}
+
+TEST(HandlesTest, ADescriptionShowsWhereAnEventStands) {
+  std::atomic<int32_t> end{kTaskStateCreated};
+  test::Gate gate;
+  tmv::RunningPool pool(1);
+  const tmv::Task silent = tmv::MakeTask("silent", [&gate] { gate.Wait(); });
+  TmvTaskSchedular()->AddEvent(EventOf("job", {silent, tmv::MakeTask("next", [] {})}, end));
+  gate.WaitForArrivals(1);
+  EXPECT_THAT(tmv::Describe(),
+              HasSubstr("0 tasks queued, 1 events registered\n"
+                        "event job: created\n  task 1 of 2 silent: active, running\n"));
+  gate.Open();
+  EXPECT_EQ(EndOf(end), kTaskStateSucceeded);
+  EXPECT_THAT(tmv::Describe(), testing::Not(HasSubstr("event job")));
 }
 
 }  // namespace
