@@ -7,7 +7,7 @@
 
 function group_of(file) {
   sub(/.*\//, "", file)
-  if (file ~ /^(handles|job)\.h$/) return "cpp"
+  if (is_cpp) return "cpp"
   if (file ~ /^(task|lock)/) return "jobs"
   if (file ~ /^user_defaults/) return "settings"
   if (file ~ /^android/) return "android"
@@ -74,6 +74,12 @@ function put_comment(text) {
 
 function open_group() { print "/// @addtogroup " group_of(FILENAME) "\n/// @{\n" }
 
+# The headers of the C++ layer are those with its namespace.
+BEGIN {
+  while ((getline line < ARGV[1]) > 0) if (line == "namespace tmv {") is_cpp = 1
+  close(ARGV[1])
+}
+
 FNR == 1 && group_of(FILENAME) != "cpp" { open_group(); opened = 1 }
 
 /^ *\/\// {
@@ -91,7 +97,7 @@ FNR == 1 && group_of(FILENAME) != "cpp" { open_group(); opened = 1 }
 {
   end_code()
   was_comment = 0
-  if (opened == 2) { print ""; open_group(); opened = 1 }
+  if (opened == 2) { print ""; opened = 1 }
   match($0, /^ */)
   if ($0 == "" || RLENGTH < length(indent) || $0 ~ /^ *(}|#|public:|private:|protected:)/) {
     if ($0 == "" || RLENGTH < length(indent)) block = ""
@@ -104,8 +110,11 @@ FNR == 1 && group_of(FILENAME) != "cpp" { open_group(); opened = 1 }
     at = index(substr($0, RSTART), "//") + RSTART - 1
     $0 = substr($0, 1, at - 1) "///<" escaped(substr($0, at + 2))
   }
+  # A group takes what is in a namespace only from inside it.
+  if ($0 ~ /^}  \/\/ namespace tmv$/) print "/// @}\n"
   if (match($0, /^ */) && RLENGTH <= length(indent)) ended = $0 ~ /[;}]( *\/\/.*)?$/
   print
+  if ($0 == "namespace tmv {") { print ""; open_group() }
 }
 
-END { print "\n/// @}" }
+END { if (group_of(FILENAME) != "cpp") print "\n/// @}" }

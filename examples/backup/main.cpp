@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <exception>
 
+#include "crash_report.h"
 #include "folder.h"
 #include "options.h"
 #include "progress_line.h"
@@ -52,18 +53,6 @@ void ReportCrash(const TmvWideChar*) {
   std::fputs("backup has crashed; the report is in the folder crashes of the backup\n", stderr);
 }
 
-void InstallCrashReport(const fs::path& destination) {
-  const fs::path folder = destination / "crashes" / "";
-  fs::create_directories(folder);
-  const tmv::WideText wide(TmvUtilityString()->Utf8ToWide(support::Utf8FromPath(folder).c_str()));
-  tmv::MakeDbgReport()->Install(wide.c_str(), ReportCrash, nullptr);
-}
-
-// Key of a folder in the settings: the same name may be in two sources.
-std::string FolderKey(const fs::path& source, const Folder& folder) {
-  return support::Utf8FromPath(source / support::PathFromUtf8(folder.name));
-}
-
 void Run(tmv::Job& job, uint32_t workers, support::Terminal& terminal, std::FILE* screen,
          const Progress& progress) {
   ProgressLine line(3);
@@ -74,36 +63,18 @@ void Run(tmv::Job& job, uint32_t workers, support::Terminal& terminal, std::FILE
   });
 }
 
-void Remember(Settings& settings, const fs::path& source, const std::vector<Folder>& folders,
-              const std::string& summary) {
-  for (const Folder& folder : folders) {
-    if (folder.outcome == Folder::Outcome::kPacked) {
-      settings.SetDigest(FolderKey(source, folder), folder.digest);
-    }
-  }
-  char now[32];
-  TmvUtilitySys()->FormatCurrentTime(now, sizeof(now), "%Y-%m-%d %H:%M:%S");
-  settings.AddRun(std::string(now) + "  " + support::Utf8FromPath(source) + ": " + summary);
-  if (!settings.Save()) {
-    std::fputs("backup: the settings can't be saved; the next run packs all of this again\n",
-               stderr);
-  }
-}
-
 ExitStatus BackUp(Settings& settings) {
   support::Terminal terminal;
   const fs::path source = SourceOf(settings);
   const fs::path destination = DestinationOf(settings);
-  InstallCrashReport(destination);
+  InstallCrashReport(destination / "crashes", ReportCrash);
   // The digest and archive operations of the library print what they do.
   std::FILE* const screen = support::DivertOutput(destination / "backup.log");
   if (screen == nullptr) throw std::runtime_error("backup.log can't be written");
 
   std::vector<Folder> folders = ListFolders(source, destination, settings.exclusions());
-  for (Folder& folder : folders) {
-    folder.lastDigest = settings.Digest(FolderKey(source, folder));
-    RemoveLeftovers(folder);
-  }
+  settings.Recall(source, folders);
+  for (const Folder& folder : folders) RemoveLeftovers(folder);
   const Clock::time_point start = Clock::now();
   Progress progress;
   tmv::Job job("backup");
@@ -111,15 +82,18 @@ ExitStatus BackUp(Settings& settings) {
   if (!folders.empty()) Run(job, settings.workers(), terminal, screen, progress);
   for (const Folder& folder : folders) RemoveLeftovers(folder);
 
-  NoteFailures(job, folders);
-  const Totals totals = PrintTable(screen, folders, job.Failures());
+  NoteFailures(job.Failures(), folders);
+  const Totals totals = PrintTable(screen, terminal.Columns(), folders, job.Failures());
   const std::string summary = Summary(totals);
   const std::chrono::duration<double> elapsed = Clock::now() - start;
   std::fprintf(screen, "%s; in %s with %u workers, to %s\n", summary.c_str(),
                tmv::Text(TmvUtilitySys()->FormatDuration(elapsed.count())).c_str(),
                static_cast<unsigned>(settings.workers()),
                support::Utf8FromPath(destination).c_str());
-  Remember(settings, source, folders, summary);
+  if (!settings.Remember(source, folders, summary)) {
+    std::fputs("backup: the settings can't be saved; the next run packs all of this again\n",
+               stderr);
+  }
   const bool cancelled = job.GetState() == tmv::JobState::kCancelled;
   if (cancelled) std::fputs("cancelled\n", screen);
   std::fclose(screen);

@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "support/text.h"
+
 namespace backup {
 
 namespace {
@@ -20,7 +22,11 @@ constexpr char kRunCount[] = "Runs";
 constexpr int32_t kRunsKept = 50;
 
 std::string RunKey(int32_t run) { return "Run " + std::to_string(run % kRunsKept); }
-std::string DigestKey(const std::string& folder) { return "Digest of " + folder; }
+
+// The same name may be in two sources.
+std::string DigestKey(const std::filesystem::path& source, const Folder& folder) {
+  return "Digest of " + support::Utf8FromPath(source / support::PathFromUtf8(folder.name));
+}
 
 std::string SetAside(const std::string& path) {
   if (TmvUtilityFile()->IsDirectory(path.c_str())) throw std::runtime_error(path + " is a folder");
@@ -59,12 +65,20 @@ uint32_t Settings::workers() const {
   return std::clamp(std::thread::hardware_concurrency(), 2u, static_cast<uint32_t>(kMostWorkers));
 }
 
-std::string Settings::Digest(const std::string& folder) const {
-  return Text(DigestKey(folder).c_str());
+void Settings::Recall(const std::filesystem::path& source, std::vector<Folder>& folders) const {
+  for (Folder& folder : folders) folder.lastDigest = Text(DigestKey(source, folder).c_str());
 }
 
-void Settings::SetDigest(const std::string& folder, const std::string& digest) {
-  store_->SetString(DigestKey(folder).c_str(), digest.c_str(), nullptr);
+bool Settings::Remember(const std::filesystem::path& source, const std::vector<Folder>& folders,
+                        const std::string& summary) {
+  for (const Folder& folder : folders) {
+    if (folder.outcome != Folder::Outcome::kPacked) continue;
+    store_->SetString(DigestKey(source, folder).c_str(), folder.digest.c_str(), nullptr);
+  }
+  char now[32];
+  TmvUtilitySys()->FormatCurrentTime(now, sizeof(now), "%Y-%m-%d %H:%M:%S");
+  AddRun(std::string(now) + "  " + support::Utf8FromPath(source) + ": " + summary);
+  return Save();
 }
 
 void Settings::AddRun(const std::string& summary) {

@@ -3,9 +3,11 @@
 
 #include <temvar/temvar.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "folder.h"
 #include "options.h"
 
 namespace backup {
@@ -27,18 +29,20 @@ class Settings {
   std::string exclusions() const;
   uint32_t workers() const;
 
-  // The digest of a folder at its last backup; empty if there was none.
-  std::string Digest(const std::string& folder) const;
-  void SetDigest(const std::string& folder, const std::string& digest);
+  // Sets for each folder of `source` the digest of its last backup; empty if there was none.
+  void Recall(const std::filesystem::path& source, std::vector<Folder>& folders) const;
 
-  void AddRun(const std::string& summary);
+  // Keeps the digests of what was packed, and a line on the run, and writes the file; keeps the one
+  // before as FILE.last. False if it could not be written.
+  bool Remember(const std::filesystem::path& source, const std::vector<Folder>& folders,
+                const std::string& summary);
+
   // The last runs, the oldest first.
   std::vector<std::string> Runs() const;
 
-  // Writes the file, and keeps the one before as FILE.last. False if it could not be written.
-  bool Save();
-
  private:
+  void AddRun(const std::string& line);
+  bool Save();
   std::string Text(const char* key) const { return store_->GetString(key, nullptr); }
 
   TMVUserDefaults* store_;

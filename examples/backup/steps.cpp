@@ -131,20 +131,24 @@ void Steps::GiveName() {
 }  // namespace
 
 // A folder whose digests can't be taken isn't packed, and one that can't be packed isn't verified.
-void AddFolders(tmv::Job& job, std::vector<Folder>& folders, Progress& progress) {
+std::vector<tmv::JobLane> AddFolders(tmv::Job& job, std::vector<Folder>& folders,
+                                     Progress& progress) {
+  std::vector<tmv::JobLane> lanes;
   for (Folder& folder : folders) {
     progress.total += 3 * folder.bytes;
     Steps steps(folder, progress);
-    job.AddLane(folder.name)
-        .StopAtFailure()
+    tmv::JobLane lane = job.AddLane(folder.name);
+    lane.StopAtFailure()
         .Then("digest", [steps](JobContext& context) mutable { steps.Digest(context); })
         .Then("pack", [steps](JobContext& context) mutable { steps.Pack(context); })
         .Then("verify", [steps](JobContext& context) mutable { steps.Verify(context); });
+    lanes.push_back(lane);
   }
+  return lanes;
 }
 
-void NoteFailures(const tmv::Job& job, std::vector<Folder>& folders) {
-  for (const tmv::JobFailure& failure : job.Failures()) {
+void NoteFailures(const std::vector<tmv::JobFailure>& failures, std::vector<Folder>& folders) {
+  for (const tmv::JobFailure& failure : failures) {
     for (Folder& folder : folders) {
       if (folder.name == failure.lane) folder.outcome = Folder::Outcome::kFailed;
     }

@@ -17,12 +17,13 @@ struct Progress {
   uint64_t total = 0;
 };
 
-// A lane for each folder, with a callable for each step. The folders and the progress must outlive
-// the job.
-void AddFolders(tmv::Job& job, std::vector<Folder>& folders, Progress& progress);
+// A lane for each folder, with a callable for each step, and returns the lanes in that order. The
+// folders and the progress must outlive the job.
+std::vector<tmv::JobLane> AddFolders(tmv::Job& job, std::vector<Folder>& folders,
+                                     Progress& progress);
 
 // After the end of the job: a folder whose lane has a failure has failed.
-void NoteFailures(const tmv::Job& job, std::vector<Folder>& folders);
+void NoteFailures(const std::vector<tmv::JobFailure>& failures, std::vector<Folder>& folders);
 
 }  // namespace backup
 

@@ -19,8 +19,11 @@ struct Totals {
   size_t passedOver = 0;  // Files and folders that could not be read.
 };
 
-// Prints what became of each folder, what failed and what was passed over.
-Totals PrintTable(std::FILE* out, const std::vector<Folder>& folders,
+Totals Count(const std::vector<Folder>& folders);
+
+// Prints what became of each folder, in lines of up to `columns`, what failed and what was passed
+// over.
+Totals PrintTable(std::FILE* out, size_t columns, const std::vector<Folder>& folders,
                   const std::vector<tmv::JobFailure>& failures);
 
 // One line for each failure: "failed: LANE: message".
