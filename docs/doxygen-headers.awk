@@ -8,6 +8,7 @@
 function group_of(file) {
   sub(/.*\//, "", file)
   if (is_cpp) return "cpp"
+  if (is_c) return "cfunctions"
   if (file ~ /^(task|lock)/) return "jobs"
   if (file ~ /^user_defaults/) return "settings"
   if (file ~ /^android/) return "android"
@@ -76,18 +77,34 @@ function open_group() { print "/// @addtogroup " group_of(FILENAME) "\n/// @{\n"
 
 # The headers of the C++ layer are those with its namespace.
 BEGIN {
-  while ((getline line < ARGV[1]) > 0) if (line == "namespace tmv {") is_cpp = 1
+  while ((getline line < ARGV[1]) > 0) {
+    if (line == "namespace tmv {") is_cpp = 1
+    if (line ~ /^\/\*/) is_c = 1
+  }
   close(ARGV[1])
 }
 
-FNR == 1 && group_of(FILENAME) != "cpp" { open_group(); opened = 1 }
+# A C header: its comments become those of C++.
+is_c {
+  if (in_c || $0 ~ /^\/\*/) {
+    ends = sub(/ *\*\/ *$/, "")
+    if (in_c) sub(/^ *\*?/, ""); else sub(/^\/\*/, "")
+    in_c = !ends
+    $0 = "//" $0
+    if (ends && $0 == "//") next
+  } else if (match($0, /\/\* .* \*\/$/)) {
+    $0 = substr($0, 1, RSTART - 1) "// " substr($0, RSTART + 3, RLENGTH - 6)
+  }
+}
+
+FNR == 1 && !is_cpp && !is_c { open_group(); opened = 1 }
 
 /^ *\/\// {
   match($0, /^ */)
   if (!was_comment) { block = ""; in_span = 0 }
   indent = substr($0, 1, RLENGTH)
   # What these headers say at their head describes the whole group.
-  if (!opened) { print "/// @addtogroup cpp\n///"; opened = 2 }
+  if (!opened) { print "/// @addtogroup " group_of(FILENAME) "\n///"; opened = 2 }
   put_comment(substr($0, RLENGTH + 3))
   was_comment = 1
   ended = 0
@@ -97,7 +114,7 @@ FNR == 1 && group_of(FILENAME) != "cpp" { open_group(); opened = 1 }
 {
   end_code()
   was_comment = 0
-  if (opened == 2) { print ""; opened = 1 }
+  if (opened == 2) { print ""; opened = 1; if (is_c) open_group() }
   match($0, /^ */)
   if ($0 == "" || RLENGTH < length(indent) || $0 ~ /^ *(}|#|public:|private:|protected:)/) {
     if ($0 == "" || RLENGTH < length(indent)) block = ""
@@ -117,4 +134,4 @@ FNR == 1 && group_of(FILENAME) != "cpp" { open_group(); opened = 1 }
   if ($0 == "namespace tmv {") { print ""; open_group() }
 }
 
-END { if (group_of(FILENAME) != "cpp") print "\n/// @}" }
+END { if (!is_cpp) print "\n/// @}" }

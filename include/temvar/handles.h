@@ -595,11 +595,11 @@ inline Event FindEvent(const char* name) {
 // Where a package stands, without a note of what was added: the child in progress with its
 // neighbours, and its number among all. Null where there is none.
 struct Position {
-  uint32_t index = 0;
-  uint32_t count = 0;
-  Task previous;
-  Task current;
-  Task next;
+  uint32_t index = 0;  // Of the child in progress.
+  uint32_t count = 0;  // Of all children.
+  Task previous;       // The child before it.
+  Task current;        // The child in progress.
+  Task next;           // The child after it.
 };
 inline Position PositionOf(RkTaskPackage* package) {
   // The list has the current task of each package of an event, which needn't be registered.

@@ -34,11 +34,13 @@
 #elif defined(_WIN32)
 #define TMV_JOBS_DECLARE __declspec(dllimport)
 #else
+/* How the system spells it. */
 #define TMV_JOBS_DECLARE __attribute__((visibility("default")))
 #endif
 #if defined(__cplusplus)
 #define TMV_JOBS_API extern "C" TMV_JOBS_DECLARE
 #else
+/* Marks the functions that leave the library. */
 #define TMV_JOBS_API TMV_JOBS_DECLARE
 #endif
 
@@ -68,17 +70,19 @@ enum {
 /* For TmvJobGetProgress: the job as a whole. */
 #define TMV_JOB_ALL_LANES UINT32_MAX
 
+/* A job, made by TmvJobCreate. */
 typedef struct TmvJob TmvJob;
 
 /* What a running task may ask and say. Belongs to the thread and the time of the callback. */
 typedef struct TmvJobContext TmvJobContext;
 
+/* How far a job or a lane is. */
 typedef struct TmvJobProgress {
-  uint32_t total;
-  uint32_t done;
-  uint32_t failed;
-  uint32_t running;
-  double fraction; /* 0 to 1, with what the running tasks said by TmvJobSetProgress. */
+  uint32_t total;   /* Tasks in all. */
+  uint32_t done;    /* Those that ended without a failure. */
+  uint32_t failed;  /* Those that failed. */
+  uint32_t running; /* Those that run, or stand at a pause point. */
+  double fraction;  /* 0 to 1, with what the running tasks said by TmvJobSetProgress. */
 } TmvJobProgress;
 
 /* A task. 0 is success and anything else a failure, of which TmvJobSetError may say the reason. */
@@ -137,6 +141,7 @@ TMV_JOBS_API int32_t TmvJobPause(TmvJob* job);
  * job was resumed or cancelled, or ended, meanwhile. */
 TMV_JOBS_API int32_t TmvJobPauseAndWait(TmvJob* job);
 
+/* Lets a paused job go on. */
 TMV_JOBS_API int32_t TmvJobResume(TmvJob* job);
 
 /* Cancels the job, paused or not, and returns at once. */
@@ -147,6 +152,7 @@ TMV_JOBS_API int32_t TmvJobCancel(TmvJob* job);
  * not waited for. DEADLOCK in a task of this job. */
 TMV_JOBS_API int32_t TmvJobWait(TmvJob* job, int32_t milliseconds, int32_t* state);
 
+/* What the job is doing, or how it ended. */
 TMV_JOBS_API int32_t TmvJobGetState(TmvJob* job, int32_t* state);
 
 /* How far a lane is, or the job: TMV_JOB_ALL_LANES. */

@@ -27,8 +27,8 @@ class Settings {
 
   // A member of an object, or an element of an array, whose name is empty.
   struct Item {
-    std::string name;
-    Value* value;
+    std::string name;  // UTF-8.
+    Value* value;      // Valid as documented for TMVUserDefaults.
   };
 
   // The store registered as `name`; if there is none it is made from the file at `path`, which may
