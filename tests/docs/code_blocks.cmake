@@ -1,5 +1,5 @@
 # Compiles the blocks of C++ of one document. Three kinds, told by the word behind the language:
-#   ```cpp            statements; compiled as the body of a function, with <temvar/handles.h>
+#   ```cpp            statements; compiled as the body of a function, with the C++ layer
 #   ```cpp file       a whole source file; compiled as it stands
 #   ```cpp program    a whole program; compiled, linked with the library, and run: it must give 0
 #   ```cpp windows    a whole source file that needs Windows; compiled in builds for it
@@ -14,7 +14,11 @@ function(run what)
   endif()
 endfunction()
 
-set(prelude "#include <temvar/handles.h>
+set(prelude "#include <temvar/crash_watch.h>
+#include <temvar/describe.h>
+#include <temvar/handles.h>
+#include <temvar/job.h>
+#include <temvar/settings.h>
 #include <cstdio>
 #include <cstring>
 #include <string>
