@@ -4,7 +4,7 @@
 #include "temvar/export.h"
 #include "temvar/types.h"
 
-// Reads the compiled manifest of an Android package (AndroidManifest.xml as it stands in the .apk,
+// Reads the compiled manifest of an Android package (AndroidManifest.xml as it is in the .apk,
 // a document in Android's binary XML) and answers questions about its attributes.
 //
 // The document becomes an indented XML-like text, which the object keeps and searches:
@@ -14,9 +14,11 @@
 //     </uses-sdk>
 //   </manifest>
 //
-// An attribute with a text shows it as it stands, nothing escaped; any other (number, boolean,
+// An attribute with a text shows it as it is, nothing escaped; any other (number, boolean,
 // colour, reference) shows as `resourceID 0x` and its 32 bits in hexadecimal. Namespaces are left
-// out. Strings are read as UTF-16 of which the low bytes are kept: Latin-1 survives, the rest not.
+// out. Strings are read as UTF-16 of which the low bytes are kept: Latin-1 survives, the rest not,
+// and the pools in UTF-8 that newer packagers write come out as garbage. Reading ends at the first
+// text record and at the first end of a namespace.
 //
 // One object serves one document and one thread at a time; separate objects are independent.
 class TMVAndroidManifest {
@@ -30,7 +32,7 @@ class TMVAndroidManifest {
   // Throws std::bad_alloc.
   virtual bool Decode(const uint8_t* data, int32_t length) = 0;
 
-  // The value behind the first place where the bytes of `name` stand in the text: two bytes (`="`)
+  // The value after the first place where the bytes of `name` occur in the text: two bytes (`="`)
   // are passed over, and the value runs to the next quotation mark or to the end of the text. This
   // is a search and no look-up of a key: `name` is found inside longer names and in values too.
   // The caller frees the result with FreeString. It is never null: the empty string when `name`

@@ -4,7 +4,7 @@
 #include "temvar/export.h"
 #include "temvar/types.h"
 
-// Three numbers that stand in one text, as in "7,8,9".
+// Three numbers written in one text, as in "7,8,9".
 struct IntTriple {
   int32_t First;   // Up to the first comma.
   int32_t Second;  // Between the first two commas.
@@ -19,12 +19,12 @@ struct IntTriple {
 // the object that holds them. Texts are valid until ReleaseDocument, also after they were
 // overwritten.
 //
-// `parent` is the object that an operation works on; null stands for the root. A parent that is no
+// `parent` is the object that an operation works on; null means the root. A parent that is no
 // object has no members and takes none. It must belong to the store that is asked. A null key names
 // no member. A value of another type than the one asked for reads as the empty text, 0 or null.
 //
 // After ReleaseDocument, reads are empty and writes do nothing. A store is used by one thread at a
-// time. Whatever allocates throws std::bad_alloc; the document is then as it was.
+// time. What allocates throws std::bad_alloc, but for Save; the document is then as it was.
 class TMVUserDefaults {
  public:
   class Value;
@@ -53,9 +53,9 @@ class TMVUserDefaults {
   virtual IntTriple GetIntTriple(const char* key, Value* parent) = 0;
 
   // Writes the document to the file of the store, which is replaced in place: no temporary file, no
-  // backup. Nothing is reported. If the file can't be opened it stays as it is; if the disk is full
-  // it holds the beginning of the text. The document is unaffected by either.
-  // Throws std::bad_alloc, before the file is touched, also for a text that needs over 1 GiB.
+  // backup. Nothing is reported or thrown. If the file can't be opened, or the text finds no memory
+  // or needs over 1 GiB, the file stays as it is; if the disk is full, it holds the beginning of
+  // the text. The document is unaffected by all of these.
   virtual void Save() = 0;
 
   // Whether the file was there and valid when the store was made.
@@ -85,7 +85,7 @@ class TMVUserDefaults {
   // Element of an array. Null if `value` is no array or `index` is beyond its end.
   virtual Value* GetArrayElement(Value* value, uint32_t index) = 0;
 
-  // First member of an object and the place behind the last one: equal for an empty object. Both
+  // First member of an object and the place after the last one: equal for an empty object. Both
   // null if `value` is no object.
   virtual Member* GetMemberBegin(Value* value) = 0;
   virtual Member* GetMemberEnd(Value* value) = 0;
@@ -97,7 +97,7 @@ class TMVUserDefaults {
   virtual Value* GetMemberName(Member* member) = 0;
   virtual Value* GetMemberValue(Member* member) = 0;
 
-  // The text or the integer that a value holds, as told for GetString and GetInt.
+  // The text or the integer that a value holds, as documented for GetString and GetInt.
   virtual const char* GetValueString(Value* value) = 0;
   virtual int32_t GetValueInt(Value* value) = 0;
 

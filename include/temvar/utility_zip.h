@@ -17,22 +17,22 @@ class TMVUtilityZip {
  public:
   // Adds every file below `directory`; directories themselves leave no trace in the archive. The
   // name in the archive is the file's path without its first strlen(root) bytes, counting a
-  // separator that is added to a root without one. A null or empty root stands for `directory`, so
+  // separator that is added to a root without one. A null or empty root means `directory`, so
   // that names are relative to it. The text isn't compared: give a root that the path begins with.
-  // A path no longer than its root gets an empty name, as AddFile knows it. Links are followed,
-  // except into a directory that is being walked already. What can't be listed, or an empty text,
-  // adds nothing.
+  // A path no longer than its root gets an empty name, as AddFile knows it. A directory that links
+  // lead to is walked once, under the first of them, and not if it is being walked already. What
+  // can't be listed, pipes and devices, and an empty text add nothing.
   virtual void AddDirectory(const char* directory, const char* root) = 0;
 
-  // Adds the file at `path` under `name`. An empty name stands for the file's own: what stands
-  // behind the last backslash of the path, or behind the last slash if it has none. A path that was
+  // Adds the file at `path` under `name`. An empty name means the file's own: what follows the
+  // last backslash of the path, or the last slash if it has none. A path that was
   // added before gets the new name. Whether the file exists shows in WriteArchive.
   virtual void AddFile(const char* path, const char* name) = 0;
 
   // Writes the archive, replacing an existing file, with the files in the byte order of their
-  // paths. Files whose extension stands in `exclusions`, such as ";.zip;.tmp;" (lower case, may be
+  // paths. Files whose extension is in `exclusions`, such as ";.zip;.tmp;" (lower case, may be
   // null), are left out. False only if the archive can't be created or finished: a file that can't
-  // be read prints a line and stands in the archive as an empty or cut entry. Names are stored in
+  // be read prints a line and becomes an empty or cut entry. Names are stored in
   // the ANSI code page, times in local time. Memory doesn't grow with the size of the files.
   virtual bool WriteArchive(const char* archive, const char* exclusions) = 0;
 

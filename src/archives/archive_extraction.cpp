@@ -4,7 +4,7 @@
 #include <string>
 
 #include "archives/archive_reader.h"
-#include "archives/entry_directories.h"
+#include "archives/destination.h"
 #include "archives/entry_name.h"
 #include "archives/utility_unzip_impl.h"
 #include "platform/wide_errors.h"
@@ -19,51 +19,48 @@ namespace temvar {
 namespace {
 
 constexpr int kOutputError = -1;
+// What is written to the system at a time; most files go in one call.
+constexpr size_t kStreamSize = 64 << 10;
 
-void TellZipError(int code, const char* where) {
+void PrintZipError(int code, const char* where) {
   std::printf("error %d with zipfile in %s\n", code, where);
 }
 
-// Gives the file its entry's time as creation and last-write time. What fails is left as it is.
-void StampFile(const TmvWideChar* path, uLong dosDate) {
-  const FileHandle file(
-      CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-  if (!file.IsOpen()) return;
-  FILETIME creation;
-  FILETIME access;
-  FILETIME write;
+// Gives the file its entry's time as creation and last-write time. What fails stays as it is.
+void StampFile(const std::string& path, uLong dosDate) {
   FILETIME local;
   FILETIME stamp;
-  if (GetFileTime(file.get(), &creation, &access, &write) &&
-      DosDateTimeToFileTime(static_cast<WORD>(dosDate >> 16), static_cast<WORD>(dosDate), &local) &&
-      LocalFileTimeToFileTime(&local, &stamp)) {
-    SetFileTime(file.get(), &stamp, &access, &stamp);
+  if (!DosDateTimeToFileTime(static_cast<WORD>(dosDate >> 16), static_cast<WORD>(dosDate),
+                             &local) ||
+      !LocalFileTimeToFileTime(&local, &stamp)) {
+    return;
   }
+  const FileHandle file(CreateFileW(SystemPath(path.c_str()).get(), GENERIC_READ | GENERIC_WRITE, 0,
+                                    nullptr, OPEN_EXISTING, 0, nullptr));
+  if (file.IsOpen()) SetFileTime(file.get(), &stamp, nullptr, &stamp);
 }
 
 // One run of ExtractArchive over an open archive.
 class Extraction {
  public:
-  // `prefix` is the destination with its separator, which every entry's name is appended to.
-  Extraction(unzFile archive, std::string prefix)
-      : archive_(archive), prefix_(std::move(prefix)), links_(prefix_) {}
+  Extraction(unzFile archive, std::string prefix, const char* archivePath)
+      : archive_(archive), prefix_(prefix), destination_(std::move(prefix), archivePath) {}
 
   bool ExtractAll();
 
  private:
-  // These give 0 or the error that ends the run.
+  // These return 0 or the error that ends the run.
   int ExtractCurrent();
-  int Refuse(const std::string& name);
-  int ExtractFile(const EntryInfo& entry, const std::string& path);
-  // `*total` becomes the number of bytes that the entry gave.
+  int ExtractFolder(const EntryPlace& place, const std::string& shown);
+  int ExtractFile(const EntryInfo& entry, const EntryPlace& place, const std::string& shown);
+  // `*total` becomes the number of bytes that the entry yielded.
   int CopyOut(Stream output, uint64_t* total);
-
-  Stream OpenOutput(const TmvWideChar* wide, const std::string& path);
 
   const unzFile archive_;
   const std::string prefix_;
-  LinkGuard links_;
+  Destination destination_;
   const std::unique_ptr<char[]> block_ = NewReadBlock();
+  const std::unique_ptr<char[]> streamBuffer_{new char[kStreamSize]};
 };
 
 bool Extraction::ExtractAll() {
@@ -74,7 +71,7 @@ bool Extraction::ExtractAll() {
     if (i + 1 == archiveInfo.number_entry) break;
     const int result = unzGoToNextFile(archive_);
     if (result != UNZ_OK) {
-      TellZipError(result, "unzGoToNextFile");
+      PrintZipError(result, "unzGoToNextFile");
       return false;
     }
   }
@@ -85,79 +82,69 @@ int Extraction::ExtractCurrent() {
   EntryInfo entry;
   const int result = ReadEntryInfo(archive_, &entry);
   if (result != UNZ_OK) {
-    TellZipError(result, "unzGetCurrentFileInfo");
+    PrintZipError(result, "unzGetCurrentFileInfo");
     return result;
   }
   if (block_ == nullptr) {
     std::printf("Error allocating memory\n");
     return UNZ_INTERNALERROR;
   }
-  const std::string path = prefix_ + entry.name;
-  const bool isDirectory = LastComponent(path) == path.size();
-  const bool isInner = IsInnerName(entry.name) && links_.IsFreeOfLinks(entry.name);
-  if (isDirectory) {
-    std::printf("creating directory: %s\n", path.c_str());
-    if (!isInner) return Refuse(path);
-    MakeDirectory(path);
-    return UNZ_OK;
-  }
-  if (!isInner) {
-    std::printf(" extracting: %s\n", path.c_str());
-    return Refuse(path);
-  }
-  return ExtractFile(entry, path);
-}
-
-int Extraction::Refuse(const std::string& path) {
-  std::printf("error opening %s\n", path.c_str());
+  const std::string shown = prefix_ + entry.name;
+  const EntryPlace place = PlaceOfEntry(entry.name);
+  const bool isFolder = LastComponent(entry.name) == entry.name.size();
+  if (isFolder) return ExtractFolder(place, shown);
+  if (place.kind != EntryPlace::Kind::kOutside) return ExtractFile(entry, place, shown);
+  std::printf(" extracting: %s\nerror opening %s\n", shown.c_str(), shown.c_str());
   return UNZ_BADZIPFILE;
 }
 
-Stream Extraction::OpenOutput(const TmvWideChar* wide, const std::string& path) {
-  std::FILE* output = _wfopen(wide, TMV_WIDE("wb"));
-  const size_t last = LastComponent(path);
-  if (output == nullptr && last != 0) {
-    MakeParents(path.substr(0, last - 1));
-    output = _wfopen(wide, TMV_WIDE("wb"));
-  }
-  return Stream(output);
+int Extraction::ExtractFolder(const EntryPlace& place, const std::string& shown) {
+  std::printf("creating directory: %s\n", shown.c_str());
+  const bool isInside = place.kind == EntryPlace::Kind::kInside;
+  if (isInside && destination_.MakeFolder(place.path)) return UNZ_OK;
+  std::printf("error opening %s\n", shown.c_str());
+  return place.kind == EntryPlace::Kind::kOutside ? UNZ_BADZIPFILE : UNZ_OK;
 }
 
-int Extraction::ExtractFile(const EntryInfo& entry, const std::string& path) {
-  const SystemPath wide(path.c_str());
+int Extraction::ExtractFile(const EntryInfo& entry, const EntryPlace& place,
+                            const std::string& shown) {
   int result = OpenEntry(archive_, entry);
   if (result != UNZ_OK) {
-    TellZipError(result, "unzOpenCurrentFilePassword");
+    PrintZipError(result, "unzOpenCurrentFilePassword");
     unzCloseCurrentFile(archive_);
     return result;
   }
-  Stream output = OpenOutput(wide.get(), path);
+  const bool isInside = place.kind == EntryPlace::Kind::kInside;
+  Stream output = isInside ? destination_.Open(place.path) : nullptr;
   if (output == nullptr) {
-    std::printf("error opening %s\n", path.c_str());
+    // Costs this entry alone.
+    std::printf("error opening %s\n", shown.c_str());
     result = unzCloseCurrentFile(archive_);
   } else {
-    std::printf(" extracting: %s\n", path.c_str());
+    std::printf(" extracting: %s\n", shown.c_str());
     uint64_t count = 0;
     result = CopyOut(std::move(output), &count);
     if (result != UNZ_OK) {
       unzCloseCurrentFile(archive_);
       return result;
     }
-    StampFile(wide.get(), entry.dosDate);
+    StampFile(destination_.FullPath(place.path), entry.dosDate);
+    // Only here is the CRC known: a file with a wrong one is on disk already.
     result = CloseEntry(archive_, entry, count);
   }
-  if (result != UNZ_OK) TellZipError(result, "unzCloseCurrentFile");
+  if (result != UNZ_OK) PrintZipError(result, "unzCloseCurrentFile");
   return result;
 }
 
 int Extraction::CopyOut(Stream output, uint64_t* total) {
+  std::setvbuf(output.get(), streamBuffer_.get(), _IOFBF, kStreamSize);
   bool isWritten = true;
   int count = 0;
   while (isWritten && (count = unzReadCurrentFile(archive_, block_.get(), kReadSize)) > 0) {
     *total += static_cast<uint64_t>(count);
     isWritten = std::fwrite(block_.get(), static_cast<size_t>(count), 1, output.get()) == 1;
   }
-  if (count < 0) TellZipError(count, "unzReadCurrentFile");
+  if (count < 0) PrintZipError(count, "unzReadCurrentFile");
   // The last bytes leave for the disk, which may be full, only here.
   if (std::fclose(output.release()) != 0) isWritten = false;
   if (count < 0) return count;
@@ -170,19 +157,17 @@ int Extraction::CopyOut(Stream output, uint64_t* total) {
 
 bool TMVUtilityUnzipImpl::ExtractArchive(const char* archivePath, const char* destination) {
   const char* const path = TmvUtilityString()->SafeString(archivePath);
-  // An empty text would stand for the root of the current drive. Text that is no UTF-8 is empty
-  // too.
+  // An empty text would mean the root of the current drive. Text that is no UTF-8 is empty too.
   std::basic_string<TmvWideChar> prefix = ToWide(destination).get();
   if (prefix.empty()) return false;
   if (prefix.back() != TMV_WIDE('\\')) prefix += TMV_WIDE('\\');
+  // Through the interface, like a host: what replaces an operation there replaces it here too.
   const UnzipHandle archive(TmvUtilityUnzip()->OpenArchive(path));
   if (archive == nullptr) {
     WriteWideErrorLine((std::string("Cannot open ") + path).c_str());
     return false;
   }
-  std::string narrowPrefix = ToUtf8(prefix.c_str()).get();
-  CreateDirectoryW(SystemPath(narrowPrefix.c_str()).get(), nullptr);
-  return Extraction(archive.get(), std::move(narrowPrefix)).ExtractAll();
+  return Extraction(archive.get(), ToUtf8(prefix.c_str()).get(), path).ExtractAll();
 }
 
 }  // namespace temvar

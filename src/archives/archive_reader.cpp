@@ -15,22 +15,22 @@ unzFile OpenForReading(const char* archive) {
 }
 
 int ReadEntryInfo(unzFile archive, EntryInfo* info) {
-  // Names of usual length come with the first call; minizip tells the true length of longer ones.
-  constexpr size_t kUsualSize = 256;
-  unz_file_info raw;
-  info->name.resize(kUsualSize);
-  int result =
-      unzGetCurrentFileInfo(archive, &raw, info->name.data(), kUsualSize, nullptr, 0, nullptr, 0);
+  // Names of usual length come with the first call; minizip reports the true length of longer ones.
+  constexpr uLong kUsualSize = 256;
+  const auto read = [&](unz_file_info64* raw, uLong size) {
+    info->name.resize(size);
+    return unzGetCurrentFileInfo64(archive, raw, info->name.data(), size, nullptr, 0, nullptr, 0);
+  };
+  unz_file_info64 raw;
+  int result = read(&raw, kUsualSize);
+  if (result == UNZ_OK && raw.size_filename > kUsualSize) result = read(&raw, raw.size_filename);
   if (result != UNZ_OK) return result;
   info->name.resize(raw.size_filename);
-  if (raw.size_filename > kUsualSize) {
-    result = unzGetCurrentFileInfo(archive, &raw, info->name.data(), raw.size_filename, nullptr, 0,
-                                   nullptr, 0);
-  }
   info->dosDate = raw.dosDate;
   info->method = raw.compression_method;
+  info->crc = raw.crc;
   info->size = raw.uncompressed_size;
-  return result;
+  return UNZ_OK;
 }
 
 int OpenEntry(unzFile archive, const EntryInfo& info) {
@@ -39,11 +39,29 @@ int OpenEntry(unzFile archive, const EntryInfo& info) {
   return unzOpenCurrentFile(archive);
 }
 
+namespace {
+
+// Whether the entry's bytes, read once more, have the CRC that the directory states.
+bool HasStatedCrc(unzFile archive, const EntryInfo& info) {
+  const auto block = NewReadBlock();
+  if (block == nullptr || OpenEntry(archive, info) != UNZ_OK) return false;
+  uLong crc = crc32(0, nullptr, 0);
+  int count = 0;
+  while ((count = unzReadCurrentFile(archive, block.get(), kReadSize)) > 0) {
+    crc = crc32(crc, reinterpret_cast<const Bytef*>(block.get()), static_cast<uInt>(count));
+  }
+  unzCloseCurrentFile(archive);
+  return count == 0 && crc == info.crc;
+}
+
+}  // namespace
+
 int CloseEntry(unzFile archive, const EntryInfo& info, uint64_t count) {
   const int result = unzCloseCurrentFile(archive);
-  if (result != UNZ_OK) return result;
-  // minizip 1.1 doesn't look at the CRC of an entry that ends before its size is reached.
-  return static_cast<uLong>(count) == info.size ? UNZ_OK : UNZ_CRCERROR;
+  // minizip 1.1 doesn't look at the CRC of an entry that ends before its size is reached. Such
+  // entries are rare, so they are read twice, and all others without a second CRC.
+  if (result != UNZ_OK || count == info.size) return result;
+  return HasStatedCrc(archive, info) ? UNZ_OK : UNZ_CRCERROR;
 }
 
 std::unique_ptr<char[]> NewReadBlock() {

@@ -28,7 +28,8 @@ struct EntryInfo {
   std::string name;
   uLong dosDate;
   uLong method;
-  uLong size;  // Of the contents as the archive states it, in as many bits as a uLong has.
+  uLong crc;
+  uint64_t size;  // Of the contents, as the archive states it.
 };
 
 // Reads the current entry's information; minizip's result.
@@ -38,8 +39,8 @@ int ReadEntryInfo(unzFile archive, EntryInfo* info);
 // deflated are UNZ_BADZIPFILE.
 int OpenEntry(unzFile archive, const EntryInfo& info);
 
-// Closes the open entry, of which `count` bytes were read up to its end; minizip's result. Contents
-// of another size than stated are UNZ_CRCERROR.
+// Closes the open entry, of which `count` bytes were read up to its end; minizip's result. An entry
+// that ends before its stated size is UNZ_CRCERROR unless its CRC is right.
 int CloseEntry(unzFile archive, const EntryInfo& info, uint64_t count);
 
 // A block of kReadSize bytes, null if there is no memory.

@@ -32,19 +32,25 @@ ZipHandle CreateArchive(const char* path) {
   return ZipHandle(zipOpen2_64(SystemPath(path).get(), APPEND_STATUS_CREATE, nullptr, &files));
 }
 
-// The file's last-write time as a DOS date and time in local time; 0 for a file that isn't there.
-uLong DosDateOf(const char* path) {
+struct FileFacts {
+  uLong dosDate = 0;      // Last-write time in local time; 0 for a file that isn't there.
+  bool isDevice = false;  // A pipe or a device, whose reading may never end.
+};
+
+FileFacts FactsOf(const char* path) {
   WIN32_FIND_DATAW data;
   const FindHandle find(SystemPath(path).get(), &data);
-  if (!find.IsOpen()) return 0;
+  if (!find.IsOpen()) return {};
+  FileFacts facts;
+  facts.isDevice = (data.dwFileAttributes & FILE_ATTRIBUTE_DEVICE) != 0;
   FILETIME local;
   WORD date = 0;
   WORD time = 0;
-  if (!FileTimeToLocalFileTime(&data.ftLastWriteTime, &local) ||
-      !FileTimeToDosDateTime(&local, &date, &time)) {
-    return 0;
+  if (FileTimeToLocalFileTime(&data.ftLastWriteTime, &local) &&
+      FileTimeToDosDateTime(&local, &date, &time)) {
+    facts.dosDate = static_cast<uLong>(date) << 16 | time;
   }
-  return static_cast<uLong>(date) << 16 | time;
+  return facts;
 }
 
 std::string OwnName(const std::string& path) {
@@ -60,7 +66,7 @@ class Writer {
   void Add(const std::string& path, const std::string& name);
 
  private:
-  bool OpenEntry(const std::string& path, const std::string& name);
+  bool OpenEntry(uLong dosDate, const std::string& name);
   // 0, or the error that leaves the entry open, to be closed with what it holds.
   int CopyIn(const std::string& path, std::FILE* input);
 
@@ -69,9 +75,11 @@ class Writer {
 };
 
 void Writer::Add(const std::string& path, const std::string& name) {
-  if (!OpenEntry(path, name.empty() ? OwnName(path) : name)) return;
-  const Stream input(TmvUtilityFile()->OpenFile(path.c_str(), "rb"));
+  const FileFacts facts = FactsOf(path.c_str());
+  if (!OpenEntry(facts.dosDate, name.empty() ? OwnName(path) : name)) return;
+  const Stream input(facts.isDevice ? nullptr : TmvUtilityFile()->OpenFile(path.c_str(), "rb"));
   if (input == nullptr) {
+    // The entry stays open and empty; minizip closes it with the next one, or with the archive.
     std::printf("error in opening %s for reading\n", path.c_str());
     return;
   }
@@ -81,9 +89,9 @@ void Writer::Add(const std::string& path, const std::string& name) {
   }
 }
 
-bool Writer::OpenEntry(const std::string& path, const std::string& name) {
+bool Writer::OpenEntry(uLong dosDate, const std::string& name) {
   zip_fileinfo info = {};
-  info.dosDate = DosDateOf(path.c_str());
+  info.dosDate = dosDate;
   const NarrowText ansi(TmvUtilityString()->Utf8ToAnsi(name.c_str()));
   if (zipOpenNewFileInZip(archive_, ansi.get(), &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
                           Z_DEFAULT_COMPRESSION) == ZIP_OK) {

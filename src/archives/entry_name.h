@@ -1,39 +1,30 @@
-// Which names of archive entries may become paths.
+// Where the names of archive entries lead, by their text alone.
 #ifndef TEMVAR_ARCHIVES_ENTRY_NAME_H_
 #define TEMVAR_ARCHIVES_ENTRY_NAME_H_
 
 #include <string>
 #include <string_view>
-#include <utility>
-
-#include "platform/paths.h"
 
 namespace temvar {
 
-// Position behind the last slash or backslash of `name`; 0 if there is none.
+// Position after the last slash or backslash of `name`; 0 if there is none.
 size_t LastComponent(std::string_view name);
 
-// Whether `name`, appended to a directory, names something in it by its text alone. The rules are
-// those of Windows on every system, so that an archive unpacks in the same way everywhere: both
-// separators count, trailing dots and blanks of a component don't, and devices have names.
-bool IsInnerName(std::string_view name);
-
-// Tells whether the entries of one extraction reach their places without passing through a link
-// inside the destination. Remembers the directory that it looked at last.
-class LinkGuard {
- public:
-  // `destination` is the text that the names are appended to.
-  explicit LinkGuard(std::string destination) : destination_(std::move(destination)) {}
-
-  // `name` as IsInnerName accepts it.
-  bool IsFreeOfLinks(std::string_view name);
-
- private:
-  PathKind KindBelow(std::string_view name) const;
-
-  const std::string destination_;
-  std::string knownDirectory_;  // Holds no link; empty or with its separator at the end.
+struct EntryPlace {
+  enum class Kind {
+    kInside,    // A file or folder below the destination.
+    kReserved,  // Inside, but no file of that name can be made: a device, a stream, no name at all.
+    kOutside,   // Absolute, a drive, cut by a NUL, or with more `..` than components before them.
+  };
+  Kind kind;
+  // For kInside: the path from the destination on, with `\` between its components and without `.`
+  // and `..`, so that every component of it is looked at before anything is opened there. Ends with
+  // `\` for a folder; empty for the destination itself.
+  std::string path;
 };
+
+// Both separators count on every system; which names are reserved is the system's choice.
+EntryPlace PlaceOfEntry(std::string_view name);
 
 }  // namespace temvar
 

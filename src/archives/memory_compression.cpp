@@ -1,6 +1,7 @@
 // Compression from memory to memory with zlib; nothing is kept between calls.
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <iostream>
 #include <memory>
@@ -14,8 +15,14 @@ namespace temvar {
 namespace {
 
 constexpr char kZlibVersion[] = "1.2.5";
-constexpr size_t kBlockSize = 1024;
 constexpr int kGzipWindowBits = 15 + 16;
+
+// Stored blocks of level 0 are as long as the room for output, so this size is part of what
+// DeflateBuffer returns.
+constexpr size_t kPackedBlockSize = 1024;
+// Small enough to stay in the processor's cache until it is copied, large enough to make the costs
+// of a call of zlib disappear.
+constexpr size_t kUnpackedBlockSize = 64 << 10;
 
 // A zlib stream that is ended on every way out.
 class ZlibStream {
@@ -44,35 +51,137 @@ class ZlibStream {
 
 Bytef* Input(const void* data) { return static_cast<Bytef*>(const_cast<void*>(data)); }
 
-// Runs `step` until it gives something else than 0 and appends what comes out. Gives its last
+// Makes room for `count` bytes more. A string that doubles would copy a large result once more on
+// its way; this one grows at once to the size that the rest of the input promises if it is packed
+// like the part before. The promise of a forged input is trusted up to kTrusted bytes only, and
+// beyond them up to four times what is there.
+void MakeRoom(std::string& bytes, size_t count, const z_stream& stream) {
+  constexpr size_t kTrusted = 32 << 20;
+  if (count <= bytes.capacity() - bytes.size() || stream.avail_in == 0 || stream.total_in == 0)
+    return;
+  const double ratio = static_cast<double>(stream.total_out) / static_cast<double>(stream.total_in);
+  const double promised = static_cast<double>(stream.total_out) + ratio * stream.avail_in;
+  const size_t most = std::max(kTrusted, std::min(bytes.size(), kMaxBinaryDataSize / 4) * 4);
+  // A hundredth more, since the ratio is never quite the same.
+  bytes.reserve(static_cast<size_t>(std::min(promised * 1.01, static_cast<double>(most))));
+}
+
+// Runs `step` until it returns something else than 0 and appends its output. Returns its last
 // result, or Z_BUF_ERROR once the bytes are more than a BinaryDataResult can count.
 template <typename Step>
-int AppendAll(ZlibStream& stream, std::string& bytes, Step step) {
-  Bytef block[kBlockSize];
+int AppendAll(ZlibStream& stream, std::string& bytes, Bytef* block, size_t blockSize, Step step) {
   int result = Z_OK;
   while (result == Z_OK) {
     stream->next_out = block;
-    stream->avail_out = kBlockSize;
+    stream->avail_out = static_cast<uInt>(blockSize);
     result = step(stream.get());
-    const size_t count = kBlockSize - stream->avail_out;
+    const size_t count = blockSize - stream->avail_out;
     if (count > kMaxBinaryDataSize - bytes.size()) return Z_BUF_ERROR;
+    MakeRoom(bytes, count, *stream.get());
     bytes.append(reinterpret_cast<const char*>(block), count);
   }
   return result;
 }
 
-// Hands the bytes over after a stream's regular end; anything else is told in a line.
+// Hands the bytes over after a stream's regular end; prints a line after anything else.
 bool Finish(BinaryDataResult* result, std::unique_ptr<std::string> bytes, int zlibResult,
             const char* message, const char* operation) {
   if (zlibResult == Z_STREAM_END) {
     FillBinaryData(result, std::move(bytes));
     return true;
   }
-  std::cout << "Exception during zlib " << operation << ": (" << zlibResult << ") ";
+  // The code as text: the host may have set the stream to another base.
+  std::cout << "Exception during zlib " << operation << ": (" << std::to_string(zlibResult) << ") ";
   if (message != nullptr) std::cout << message;
   std::cout << std::endl;
   return false;
 }
+
+// GunzipBuffer is defined by a loop that lets zlib take at most one byte and make at most one in
+// each call, and that ends between two calls. Its result depends on the order in which zlib takes
+// and makes bytes: at the end of the input, bytes that zlib could still make are not made, and
+// after the last byte of output, at most one more is taken and looked at. That order is a property
+// of the data alone, since zlib takes a byte only when it can't go on without it. So all but the
+// tails of input and output is unpacked in one call of zlib, and the loop does the tails. For that
+// it must begin where one of its own calls would:
+//
+// 1. A call ends when a second byte would be taken, or a second one made.
+// 2. So a call ends between two bytes that are taken, or two that are made, in a row.
+// 3. The bytes of stored blocks are taken and made at once, each in a call of its own.
+//
+// Data in which both kinds alternate all the time hides where calls end; the loop unpacks it from
+// the start.
+class GunzipRun {
+ public:
+  GunzipRun(const void* data, uint32_t size, void* output, uint32_t capacity)
+      : data_(Input(data)),
+        output_(static_cast<Bytef*>(output)),
+        size_(size),
+        capacity_(capacity) {}
+
+  // 0 or -1. `*produced` is set with 0 only.
+  int32_t Run(uint32_t* produced) {
+    int result = Begin();
+    if (result == Z_OK && size_ > kTail && capacity_ > kTail) result = RunAhead();
+    while (result == Z_OK && stream_->total_out < capacity_ && stream_->total_in < size_) {
+      result = Step(1, 1);
+    }
+    if (result != Z_OK && result != Z_STREAM_END) return -1;
+    if (stream_.End() != Z_OK) return -1;
+    *produced = static_cast<uint32_t>(stream_->total_out);
+    return 0;
+  }
+
+ private:
+  // More than the search for the end of a call takes and makes.
+  static constexpr uInt kTail = 256;
+
+  int Begin() {
+    stream_.End();
+    const int result =
+        inflateInit2_(stream_.get(), kGzipWindowBits, kZlibVersion, sizeof(z_stream));
+    stream_->next_in = data_;
+    stream_->next_out = output_;
+    return result;
+  }
+
+  // Unpacks all but the tails, up to the end of a call. Z_OK if the loop has to go on.
+  int RunAhead() {
+    int result = Step(size_ - kTail, capacity_ - kTail);
+    for (uInt i = 0; result == Z_OK; ++i) {
+      // Nowhere did a call end: the loop has to do it all.
+      if (i == kTail) return Begin();
+      const uLong before = stream_->total_in + stream_->total_out;
+      result = i % 2 == 0 ? Step(1, 0) : Step(0, 1);
+      if (result == Z_BUF_ERROR) result = Z_OK;  // No move, which is an answer here.
+      // The byte before was of the other kind, and the next one is no byte of this kind.
+      if (i > 0 && stream_->total_in + stream_->total_out == before) break;
+    }
+    return result;
+  }
+
+  // One call of zlib that takes up to `taken` bytes and makes up to `made`.
+  int Step(uInt taken, uInt made) {
+    static constexpr Bytef kZlibHeader[] = {0x78, 0x01};
+    stream_->avail_in = taken;
+    stream_->avail_out = made;
+    int result = inflate(stream_.get(), Z_NO_FLUSH);
+    if (result != Z_DATA_ERROR) return result;
+    // Offers the stream a plain zlib header in place of what it refused. The zlib of today (1.2.13)
+    // stays in its failed state, so that this ends in -1 too.
+    stream_->next_in = Input(kZlibHeader);
+    stream_->avail_in = sizeof(kZlibHeader);
+    result = inflate(stream_.get(), Z_NO_FLUSH);
+    if (result == Z_OK) stream_->next_in = data_ + stream_->total_in;
+    return result == Z_STREAM_END ? Z_DATA_ERROR : result;
+  }
+
+  Bytef* const data_;
+  Bytef* const output_;
+  const uint32_t size_;
+  const uint32_t capacity_;
+  ZlibStream stream_{inflateEnd};
+};
 
 }  // namespace
 
@@ -84,8 +193,9 @@ bool TMVUtilityZipImpl::DeflateBuffer(BinaryDataResult* result, const void* data
   stream->next_in = Input(data);
   stream->avail_in = size;
   auto bytes = std::make_unique<std::string>();
-  const int last =
-      AppendAll(stream, *bytes, [](z_stream* zlib) { return deflate(zlib, Z_FINISH); });
+  Bytef block[kPackedBlockSize];
+  const int last = AppendAll(stream, *bytes, block, sizeof(block),
+                             [](z_stream* zlib) { return deflate(zlib, Z_FINISH); });
   stream.End();
   return Finish(result, std::move(bytes), last, stream->msg, "compression");
 }
@@ -97,39 +207,16 @@ bool TMVUtilityUnzipImpl::InflateBuffer(BinaryDataResult* result, const void* da
   stream->next_in = Input(data);
   stream->avail_in = size;
   auto bytes = std::make_unique<std::string>();
-  const int last =
-      AppendAll(stream, *bytes, [](z_stream* zlib) { return inflate(zlib, Z_NO_FLUSH); });
+  const auto block = std::make_unique_for_overwrite<Bytef[]>(kUnpackedBlockSize);
+  const int last = AppendAll(stream, *bytes, block.get(), kUnpackedBlockSize,
+                             [](z_stream* zlib) { return inflate(zlib, Z_NO_FLUSH); });
   stream.End();
   return Finish(result, std::move(bytes), last, stream->msg, "decompression");
 }
 
 int32_t TMVUtilityUnzipImpl::GunzipBuffer(const void* data, uint32_t size, void* output,
                                           uint32_t* capacity) {
-  static constexpr Bytef kZlibHeader[] = {0x78, 0x01};
-  ZlibStream stream(inflateEnd);
-  stream->next_in = Input(data);
-  stream->next_out = static_cast<Bytef*>(output);
-  if (inflateInit2_(stream.get(), kGzipWindowBits, kZlibVersion, sizeof(z_stream)) != Z_OK) {
-    return -1;
-  }
-  while (stream->total_out < *capacity && stream->total_in < size) {
-    stream->avail_in = 1;
-    stream->avail_out = 1;
-    int result = inflate(stream.get(), Z_NO_FLUSH);
-    if (result == Z_STREAM_END) break;
-    if (result == Z_DATA_ERROR) {
-      // Offers the stream a plain zlib header in place of what it refused. The zlib of today
-      // (1.2.13) stays in its failed state, so that this ends in -1 too.
-      stream->next_in = Input(kZlibHeader);
-      stream->avail_in = sizeof(kZlibHeader);
-      result = inflate(stream.get(), Z_NO_FLUSH);
-      if (result == Z_OK) stream->next_in = Input(data) + stream->total_in;
-    }
-    if (result != Z_OK) return -1;
-  }
-  if (stream.End() != Z_OK) return -1;
-  *capacity = static_cast<uint32_t>(stream->total_out);
-  return 0;
+  return GunzipRun(data, size, output, *capacity).Run(capacity);
 }
 
 }  // namespace temvar

@@ -12,8 +12,10 @@
 namespace temvar {
 namespace {
 
-void TellError(int code, const char* archive, const char* where) {
-  std::cerr << "Error " << code << " with zipfile " << archive << " in " << where << std::endl;
+void PrintError(int code, const char* archive, const char* where) {
+  // The code as text: the host may have set the stream to another base.
+  std::cerr << "Error " << std::to_string(code) << " with zipfile " << archive << " in " << where
+            << std::endl;
 }
 
 // Appends the open entry's contents; minizip's result, or UNZ_INTERNALERROR once there is more than
@@ -49,7 +51,7 @@ bool TMVUtilityUnzipImpl::ExtractEntry(BinaryDataResult* result, const char* arc
   EntryInfo info;
   int code = ReadEntryInfo(archive.get(), &info);
   if (code != UNZ_OK) {
-    TellError(code, path, "unzGetCurrentFileInfo.");
+    PrintError(code, path, "unzGetCurrentFileInfo.");
     return false;
   }
   const auto block = NewReadBlock();
@@ -59,21 +61,21 @@ bool TMVUtilityUnzipImpl::ExtractEntry(BinaryDataResult* result, const char* arc
   }
   code = OpenEntry(archive.get(), info);
   if (code != UNZ_OK) {
-    TellError(code, path, "unzOpenCurrentFilePassword.");
+    PrintError(code, path, "unzOpenCurrentFilePassword.");
     return false;
   }
   auto bytes = std::make_unique<std::string>();
   std::cout << "Extracting: " << info.name.c_str() << " from " << path << std::endl;
   code = AppendEntry(archive.get(), block.get(), bytes.get());
   if (code < 0) {
-    TellError(code, path, "unzReadCurrentFile");
+    PrintError(code, path, "unzReadCurrentFile");
     bytes->clear();
     code = unzCloseCurrentFile(archive.get());
   } else {
     code = CloseEntry(archive.get(), info, bytes->size());
   }
   if (code != UNZ_OK) {
-    TellError(code, path, "unzCloseCurrentFile");
+    PrintError(code, path, "unzCloseCurrentFile");
     bytes->clear();
   }
   FillBinaryData(result, std::move(bytes));

@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "platform/paths.h"
+#include "platform/ways.h"
 #include "platform/win32.h"
 #include "temvar/utility_string.h"
 #include "utilities/file/owned_handles.h"
@@ -34,53 +37,93 @@ bool IsSelfOrParent(const TmvWideChar* name) {
   return text == TMV_WIDE(".") || text == TMV_WIDE("..");
 }
 
-// Bytes that a path loses to become a name: the root's and those of a separator behind it.
+// Bytes that a path loses to become a name: the root's and those of a separator after it.
 size_t CutOf(const char* root) {
   const size_t length = std::strlen(root);
   const bool hasSeparator = length != 0 && (root[length - 1] == '/' || root[length - 1] == '\\');
   return hasSeparator ? length : length + 1;
 }
 
+// Lists a folder and all below it with a stack of its own: the thread's is too small for folders
+// that an archive of some kilobytes can make. A folder is listed to its end before the next one is
+// opened, so that depth costs no handles either.
 class Walk {
  public:
   Walk(size_t cut, const FileVisitor& visit) : cut_(cut), visit_(visit) {}
 
-  void Enter(WideString directory) {
-    if (directory.empty()) return;
-    if (!IsSeparator(directory.back())) directory += TMV_WIDE('/');
-    WIN32_FIND_DATAW data;
-    const FindHandle find(InSystemForm(directory + TMV_WIDE('*')).get(), &data);
-    if (!find.IsOpen()) return;
-    openDirectories_.push_back(directory);
-    do {
-      if (!IsSelfOrParent(data.cFileName)) Visit(directory + data.cFileName, data);
-    } while (FindNextFileW(find.get(), &data));
-    openDirectories_.pop_back();
+  void Run(WideString top) {
+    if (top.empty()) return;
+    path_ = std::move(top);
+    if (!IsSeparator(path_.back())) path_ += TMV_WIDE('/');
+    List();
+    while (!open_.empty()) {
+      Folder& folder = open_.back();
+      path_.resize(folder.length);
+      if (folder.inner.empty()) {
+        open_.pop_back();
+        continue;
+      }
+      const Inner inner = std::move(folder.inner.back());
+      folder.inner.pop_back();
+      path_ += inner.name;
+      if (inner.isLink && !IsNew(path_)) continue;
+      path_ += TMV_WIDE('/');
+      List();
+    }
   }
 
  private:
-  void Visit(const WideString& path, const WIN32_FIND_DATAW& data) {
-    if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-      const bool isLink = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-      if (!isLink || !LeadsBack(path)) Enter(path);
-      return;
-    }
-    const NarrowText text = ToUtf8(path.c_str());
-    visit_(text.get(), text.get() + std::min(cut_, std::strlen(text.get())));
+  struct Inner {
+    WideString name;
+    bool isLink;
+  };
+  // A folder on the way to the current one: the first `length` units of `path_`.
+  struct Folder {
+    size_t length;
+    std::vector<Inner> inner = {};  // Folders in it that are still to come.
+    std::optional<FileIdentity> identity = {};
+  };
+
+  // Visits the files of the folder `path_` and opens it.
+  void List() {
+    WIN32_FIND_DATAW data;
+    const FindHandle find(InSystemForm(path_ + TMV_WIDE('*')).get(), &data);
+    if (!find.IsOpen()) return;
+    Folder folder{path_.size()};
+    do {
+      if (IsSelfOrParent(data.cFileName)) continue;
+      if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        const bool isLink = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+        folder.inner.push_back({data.cFileName, isLink});
+      } else if ((data.dwFileAttributes & FILE_ATTRIBUTE_DEVICE) == 0) {
+        const NarrowText text = ToUtf8((path_ + data.cFileName).c_str());
+        visit_(text.get(), text.get() + std::min(cut_, std::strlen(text.get())));
+      }
+    } while (FindNextFileW(find.get(), &data));
+    open_.push_back(std::move(folder));
   }
 
-  // Whether a link leads to a directory that is being walked: such a walk would never end.
-  bool LeadsBack(const WideString& link) const {
-    const SystemPath linkPath = InSystemForm(link);
-    return std::any_of(openDirectories_.begin(), openDirectories_.end(),
-                       [&](const WideString& directory) {
-                         return IsSameFile(linkPath.get(), InSystemForm(directory).get());
-                       });
+  // Whether a link leads to a folder that is not being walked, which would never end, and that no
+  // other link led to: the ways through links that meet would be more than anybody can list.
+  bool IsNew(const WideString& link) {
+    FileIdentity target;
+    if (!IdentifyFile(InSystemForm(link).get(), &target)) return false;
+    for (Folder& folder : open_) {
+      if (!folder.identity) {
+        const WideString path = path_.substr(0, folder.length);
+        folder.identity = FileIdentity{};  // Of what is gone since: equal to nothing.
+        IdentifyFile(InSystemForm(path).get(), &*folder.identity);
+      }
+      if (*folder.identity == target) return false;
+    }
+    return linked_.insert(target).second;
   }
 
   const size_t cut_;
   const FileVisitor& visit_;
-  std::vector<WideString> openDirectories_;  // From the first to the one that is listed now.
+  WideString path_;
+  std::vector<Folder> open_;  // From the top to the folder that is walked now.
+  std::set<FileIdentity> linked_;
 };
 
 }  // namespace
@@ -89,7 +132,7 @@ void TMVUtilityZipImpl::AddDirectory(const char* directory, const char* root) {
   if (TmvUtilityString()->IsNullOrEmpty(directory)) return;
   if (TmvUtilityString()->IsNullOrEmpty(root)) root = directory;
   const FileVisitor add = [this](const char* path, const char* name) { AddFile(path, name); };
-  Walk(CutOf(root), add).Enter(ToWide(directory).get());
+  Walk(CutOf(root), add).Run(ToWide(directory).get());
 }
 
 void TMVUtilityZipImpl::AddFile(const char* path, const char* name) {

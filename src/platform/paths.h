@@ -1,5 +1,5 @@
-// What the library needs to know of paths and that no Win32 name answers alike on each system: what
-// a path leads to, and the forms in which the system's functions take it. New text is a block of
+// The forms in which the system's functions take a path, which no Win32 name makes alike on each
+// system. New text is a block of
 // malloc that ends in two NUL units; null means that the path is right as it is, as every path is
 // elsewhere than on Windows. Functions that make text throw std::bad_alloc.
 #ifndef TEMVAR_PLATFORM_PATHS_H_
@@ -8,13 +8,6 @@
 #include "temvar/types.h"
 
 namespace temvar {
-
-// What the last component of a path is. A link is a symbolic link or a mount point (junction).
-enum class PathKind { kMissing, kLink, kOther };
-PathKind KindOfPath(const TmvWideChar* path);
-
-// Whether both paths lead to the same existing file or directory, links followed.
-bool IsSameFile(const TmvWideChar* first, const TmvWideChar* second);
 
 // The form in which the system's file functions take `path` however long it is. Windows takes more
 // than 260 characters only of an absolute path behind `\\?\`, and none of more than 32,767: that

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <new>
 
 #include "settings/json_document.h"
 #include "settings/json_text.h"
@@ -119,11 +120,16 @@ IntTriple TMVUserDefaultsImpl::GetIntTriple(const char* key, Value* parent) {
 }
 
 void TMVUserDefaultsImpl::Save() {
-  if (document_ != nullptr) {
-    JsonText text;
+  if (document_ == nullptr) return;
+  JsonText text;
+  try {
     WritePretty(*document_, text);
-    WriteSettingsFile(path_.c_str(), text.GetString(), text.GetSize());
+  } catch (const std::bad_alloc&) {
+    // Like a file that can't be written: a foreign file of some kilobytes, nested deep enough, has
+    // gigabytes of indentation, and must not end a host that only wants to save it.
+    return;
   }
+  WriteSettingsFile(path_.c_str(), text.GetString(), text.GetSize());
 }
 
 bool TMVUserDefaultsImpl::IsLoaded() { return loaded_; }

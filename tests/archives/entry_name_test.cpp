@@ -1,5 +1,5 @@
 // ExtractArchive on names that lead out of the destination, and on long ones.
-#include <fstream>
+#include <algorithm>
 
 #include "archives/archive_test.h"
 
@@ -7,6 +7,8 @@ namespace {
 
 using namespace test;
 using testing::UnorderedElementsAre;
+
+constexpr bool kWindows = std::filesystem::path::preferred_separator == '\\';
 
 class EntryNameTest : public ArchiveTest {
  protected:
@@ -32,23 +34,62 @@ TEMVAR_IN_A_PLAIN_PLACE(EntryNameTest);
 
 TEST_P(EntryNameTest, NamesThatLeadOutAreRefused) {
   using namespace std::string_literals;
-  const std::string names[] = {
-      // Up.
-      "../x", "..\\x", "a/../../x", "a/../x", "..", "a/..", "../", "a/..\\",
-      // Up, behind what Windows drops from the end of a component.
-      ".. /x", "../. ./x", "... /x", "..../x", " /x", "a/. /x", "..\\ .\\x", ". ",
-      // Absolute, drives, servers, streams.
-      "/x", "\\x", "\\\\server\\share\\x", "//server/share/x", "\\\\?\\C:\\x", "\\\\.\\NUL", "C:x",
-      "C:\\x", "a/C:x", "x:stream", "a/x::$DATA",
-      // Devices, whatever follows.
-      "NUL", "nul", "con", "PRN", "aux", "LPT1", "conout$", "com9", "LPT0", "COM\xC2\xB9", "CONIN$",
-      "NUL.txt", "NUL .txt", "NUL.", "a/nul/x", "a\\Con.tar.gz", "COM1 ",
-      // A NUL cuts the path behind the name that was looked at.
-      "x\0/../y"s, "x\0"s};
+  std::vector<std::string> names = {// Up, also after some way down.
+                                    "../x", "..\\x", "a/../../x", "a/../../out/x", "./../x",
+                                    "a//../../x", "..", "a/..\\..", "../", "NUL/../../x",
+                                    // Absolute, drives, servers.
+                                    "/x", "\\x", "\\\\server\\share\\x", "//server/share/x",
+                                    "\\\\?\\C:\\x", "\\\\.\\NUL", "C:\\x", "c:/x",
+                                    // A NUL cuts the path after the name that was looked at.
+                                    "x\0/../y"s, "x\0"s};
+  if (kWindows) {
+    // Up, with what the system drops from the end of a component; drives without a separator.
+    names.insert(names.end(),
+                 {".. /x", "../. ./x", "... /x", "..../x", "..\\ .\\x", ". ", "C:x", "a:b"});
+  }
   for (const std::string& name : names) {
     SCOPED_TRACE(testing::PrintToString(name));
     ExpectRefused(name);
   }
+}
+
+// Devices, streams, and names of nothing: none is a file on Windows, and most are ones elsewhere.
+TEST_P(EntryNameTest, ReservedNamesCostTheirEntryAlone) {
+  const char* const nowhere[] = {"a/..", "a/.", "."};
+  const char* const reserved[] = {
+      "NUL",     "nul",           "con",         "PRN",       "aux.c",   "LPT1",       "conout$",
+      "com9",    "LPT0",          "COM\xC2\xB9", "CONIN$",    "NUL.txt", "NUL .txt",   "NUL.",
+      "d/nul/x", "d\\Con.tar.gz", "COM1 ",       "xy:stream", "d/C:x",   "d/x::$DATA", " /x"};
+  const auto expect = [this](const char* name, bool isTaken) {
+    SCOPED_TRACE(name);
+    PutArchive({{.name = name, .data = "1"}, {.name = "last", .data = "2"}});
+    const Extraction run = Extract();
+    EXPECT_TRUE(run.result);
+    EXPECT_EQ(run.output.out, (isTaken ? " extracting: " : "error opening ") + Full(name) +
+                                  "\n extracting: " + Full("last") + "\n");
+    std::string place = name;
+    std::replace(place.begin(), place.end(), '\\', '/');
+    EXPECT_EQ(Tree("out").count(place), isTaken ? 1u : 0u);
+    std::filesystem::remove_all(FilePath("out"));
+  };
+  for (const char* name : nowhere) expect(name, false);
+  for (const char* name : reserved) expect(name, !kWindows);
+  if (!kWindows) {
+    for (const char* name : {"a:b", "C:x", "...", ". ", "d/.. /x"}) expect(name, true);
+  }
+  PutArchive({{.name = "d/nul/"}, {.name = "last"}});
+  EXPECT_THAT(Extract().output.out,
+              testing::HasSubstr("creating directory: " + Full("d/nul/") + "\n" +
+                                 (kWindows ? "error opening " + Full("d/nul/") + "\n" : "")));
+}
+
+TEST_P(EntryNameTest, NamesMayGoUpInsideTheDestination) {
+  PutArchive({{.name = "a/b/../c", .data = "1"}, {.name = "x/../y/", .data = ""}});
+  const Extraction run = Extract();
+  EXPECT_TRUE(run.result);
+  EXPECT_EQ(run.output.out,
+            " extracting: " + Full("a/b/../c") + "\ncreating directory: " + Full("x/../y/") + "\n");
+  EXPECT_THAT(Tree("out"), UnorderedElementsAre("a/", "a/c", "y/"));
 }
 
 TEST_P(EntryNameTest, NamesThatOnlyLookLikeItAreUnpacked) {
@@ -78,13 +119,17 @@ TEST_P(EntryNameTest, LinksInTheDestinationAreNotFollowed) {
   std::filesystem::create_directory_symlink(FilePath("outside"), FilePath("out/real/deep"));
   std::filesystem::create_symlink(FilePath("outside/kept.txt"), FilePath("out/file.txt"));
   std::filesystem::create_symlink(FilePath("outside/new.txt"), FilePath("out/dangling.txt"));
-  for (const char* name : {"link/new.txt", "link/kept.txt", "link\\new.txt", "link/", "link/sub/",
-                           "real/deep/new.txt", "real/../link/x", "file.txt", "dangling.txt"}) {
+  for (const char* name :
+       {"link/new.txt", "link/kept.txt", "link\\new.txt", "link/", "link/sub/", "real/deep/new.txt",
+        "real/../link/x", "none/../link/x", "file.txt", "dangling.txt"}) {
     SCOPED_TRACE(name);
-    PutArchive({{.name = "real/ok", .data = "1"}, {.name = name, .data = "overwritten"}});
+    PutArchive({{.name = "real/ok", .data = "1"},
+                {.name = name, .data = "overwritten"},
+                {.name = "last", .data = "2"}});
     const Extraction run = Extract();
-    EXPECT_FALSE(run.result);
-    EXPECT_THAT(run.output.out, testing::EndsWith("error opening " + Full(name) + "\n"));
+    EXPECT_TRUE(run.result);
+    EXPECT_THAT(run.output.out, testing::EndsWith("error opening " + Full(name) +
+                                                  "\n extracting: " + Full("last") + "\n"));
     EXPECT_THAT(Tree("outside"), UnorderedElementsAre("kept.txt"));
     EXPECT_EQ(GetFile("outside/kept.txt"), "kept");
   }
@@ -119,6 +164,16 @@ TEST_P(EntryNameTest, LongNamesAreWhole) {
     EXPECT_THAT(run.output.out, testing::HasSubstr(Full(name) + "\n"));
     EXPECT_THAT(run.output.out, testing::EndsWith(" extracting: " + Full("b") + "\n"));
   }
+}
+
+TEST_P(EntryNameTest, TheArchiveItselfIsNoOutput) {
+  PutArchive({{.name = "a.zip", .data = "2"}, {.name = "b", .data = "3"}});
+  const std::string archive = GetFile("a.zip");
+  const Extraction run = ExtractTo(Path());
+  EXPECT_TRUE(run.result);
+  const std::string folder = Path() + '\\';
+  EXPECT_EQ(run.output.out, "error opening " + folder + "a.zip\n extracting: " + folder + "b\n");
+  EXPECT_EQ(GetFile("a.zip"), archive);
 }
 
 }  // namespace

@@ -1,4 +1,6 @@
 // ExtractEntry: one entry into memory.
+#include <iostream>
+
 #include "archives/archive_test.h"
 
 namespace {
@@ -77,18 +79,23 @@ TEST_P(ExtractEntryTest, WhatIsNotThereIsToldOnStandardError) {
 
 TEST_P(ExtractEntryTest, ADamagedEntryIsTrueWithoutBytes) {
   PutArchive({{.name = "crc", .data = "data", .crc = 1},
-              {.name = "short", .data = "data", .method = 8, .size = 100},
+              {.name = "short", .data = "data", .method = 8, .crc = 1, .size = 100},
+              {.name = "less", .data = "data", .method = 8, .size = 100},
               {.name = "data", .data = "data", .method = 8, .packed = "\xFF\xFF\xFF"},
               {.name = "method", .data = "data", .method = 12}});
   const std::pair<const char*, std::string> cases[] = {
       {"crc", ErrorText(-105, "unzCloseCurrentFile")},
       {"short", ErrorText(-105, "unzCloseCurrentFile")},
       {"data", ErrorText(-3, "unzReadCurrentFile")}};
+  std::cerr << std::hex;  // The host's setting, which codes don't follow.
   for (const auto& [entry, error] : cases) {
     ASSERT_TRUE(Take(entry));
     EXPECT_EQ(TakenBytes(), "");
     EXPECT_EQ(output_.err, error);
   }
+  std::cerr << std::dec;
+  ASSERT_TRUE(Take("less"));
+  EXPECT_EQ(TakenBytes(), "data");
   EXPECT_FALSE(Take("method"));
   EXPECT_EQ(output_.err, ErrorText(-103, "unzOpenCurrentFilePassword."));
   EXPECT_EQ(record_.Size, 77u);

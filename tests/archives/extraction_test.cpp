@@ -76,6 +76,17 @@ TEST_P(ExtractionTest, AnArchiveThatCantBeOpenedIsToldOnStandardError) {
   EXPECT_EQ(TmvUtilityUnzip()->OpenArchive(nullptr), nullptr);
 }
 
+TEST_P(ExtractionTest, AnArchiveEndsInAWholeRecord) {
+  for (const std::string& whole : {ZipBytes({}), ZipBytes({{.name = "f", .data = "x"}})}) {
+    PutFile("a.zip", whole);
+    EXPECT_TRUE(Extract().result);
+    for (size_t cut = 1; cut <= 22; ++cut) {
+      PutFile("a.zip", whole.substr(0, whole.size() - cut));
+      EXPECT_EQ(TmvUtilityUnzip()->OpenArchive(Archive().c_str()), nullptr) << cut;
+    }
+  }
+}
+
 TEST_P(ExtractionTest, AnEmptyDestinationIsRefused) {
   PutArchive({{.name = "f", .data = "x"}});
   for (const char* destination : {"", "\xFF not UTF-8"}) {
@@ -122,7 +133,10 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
        -5,
        kRead},
       {"stored data longer than stated", {.data = "data", .size = 2}, -105, kClose},
-      {"stored data shorter than stated", {.data = "data", .size = 100}, -105, kClose},
+      {"stored data shorter than stated, and a wrong CRC",
+       {.data = "data", .crc = 1, .size = 100},
+       -105,
+       kClose},
       {"an unknown method", {.data = "data", .method = 99}, -103, kOpen},
       {"encrypted", {.data = "data", .flags = 1, .packed = "twelve bytesdata"}, -105, kClose},
   };
@@ -140,6 +154,15 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
     EXPECT_EQ(Exists(Out("bad")), damage.where != kOpen);
     TakeFreshDestination();
   }
+}
+
+// The CRC decides, as it does for other readers.
+TEST_P(ExtractionTest, AnEntryMayHoldLessThanItStates) {
+  PutArchive({{.name = "stored", .data = "data", .size = 100},
+              {.name = "deflated", .data = "more", .method = 8, .size = 0xFFFFFFFE}});
+  EXPECT_TRUE(Extract().result);
+  EXPECT_EQ(GetFile("out/stored"), "data");
+  EXPECT_EQ(GetFile("out/deflated"), "more");
 }
 
 TEST_P(ExtractionTest, ADamagedDirectoryEndsTheExtraction) {

@@ -59,7 +59,7 @@ TEST_P(SettingsLimits, StaysWholeWhenMemoryIsShort) {
   EXPECT_THROW(store->SetInt("new", 1, nullptr), std::bad_alloc);
   EXPECT_THROW(store->SetInt("new", 1, nullptr), std::bad_alloc);
   EXPECT_THROW(store->SetString("1", longText.c_str(), nullptr), std::bad_alloc);
-  EXPECT_THROW(store->Save(), std::bad_alloc);
+  EXPECT_NO_THROW(store->Save());
   EXPECT_THROW(store->StringifyValue(store->GetRootValue()), std::bad_alloc);
   EXPECT_THROW(InitUserDefaults("other", Path(kFile).c_str()), std::bad_alloc);
   SetLimit(RLIMIT_AS, RLIM_INFINITY);

@@ -113,11 +113,11 @@ TEST_P(SettingsSave, HasADecimalPointInEveryLocale) {
   EXPECT_EQ(Compact(Load("[1.5,1234567.5]")), "[1.5,1.23457e+06]");
 }
 
-// 20,000 levels are 1.6 GB of indentation. Save refuses that before it touches the file.
-TEST_P(SettingsSave, RefusesATextThatNobodyCanHold) {
+// 20,000 levels are 1.6 GB of indentation: treated as a file that can't be written.
+TEST_P(SettingsSave, LeavesTheFileOfATextThatIsTooLarge) {
   const std::string deep = std::string(20000, '[') + std::string(20000, ']');
   TMVUserDefaults* store = Load(deep);
-  EXPECT_THROW(store->Save(), std::bad_alloc);
+  EXPECT_NO_THROW(store->Save());
   EXPECT_TRUE(GetFile(kFile) == deep);
   EXPECT_TRUE(Compact(store) == deep);
 }

@@ -5,10 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string>
+#include <string_view>
 
 #include "platform/posix/errors.h"
 #include "platform/posix/files/file_handle.h"
@@ -38,6 +41,8 @@ void FillData(const char* name, const struct stat& info, bool link, WIN32_FIND_D
   const bool directory = S_ISDIR(info.st_mode);
   const uint64_t size = S_ISREG(info.st_mode) ? static_cast<uint64_t>(info.st_size) : 0;
   data->dwFileAttributes = directory ? FILE_ATTRIBUTE_DIRECTORY : 0;
+  const bool isFile = S_ISREG(info.st_mode) || S_ISLNK(info.st_mode);
+  if (!directory && !isFile) data->dwFileAttributes |= FILE_ATTRIBUTE_DEVICE;
   if (link) data->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
   data->ftCreationTime = FileTimeOf(info.st_mtim);
   data->ftLastAccessTime = FileTimeOf(info.st_atim);
@@ -63,19 +68,27 @@ bool Describe(int directory, const char* path, const char* name, WIN32_FIND_DATA
 }
 
 // Whether `target`, reached by the link `path`, is also one of the directories that lead to it.
+// Each is opened from the one before: by their paths, deep ones would cost the square of their
+// depth.
 bool LeadsBack(const NarrowPath& path, const struct stat& target) {
-  NarrowPath above(path);
-  for (;;) {
-    const size_t length = above.length();
-    above.CutToParent();
+  constexpr int kFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+  std::string_view rest(path.c_str(), path.length());
+  // The parents of a relative path's "." are no part of the way.
+  int above = open(rest.front() == '/' ? "/" : ".", kFlags);
+  bool found = false;
+  while (above >= 0) {
     struct stat info;
-    if (stat(above.c_str(), &info) == 0 && SameFile(info, target)) return true;
-    // A relative path ends at ".", whose own parents are not part of the way.
-    if (above.length() >= length || std::strcmp(above.c_str(), "/") == 0 ||
-        std::strcmp(above.c_str(), ".") == 0) {
-      return false;
-    }
+    found = fstat(above, &info) == 0 && SameFile(info, target);
+    rest.remove_prefix(std::min(rest.find_first_not_of('/'), rest.size()));
+    const size_t end = rest.find('/');
+    if (found || end == rest.npos) break;
+    const int next = openat(above, std::string(rest.substr(0, end)).c_str(), kFlags);
+    rest.remove_prefix(end);
+    close(above);
+    above = next;
   }
+  if (above >= 0) close(above);
+  return found;
 }
 
 // Opens the directory `path` for listing; -1 and the last error on failure.

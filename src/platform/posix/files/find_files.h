@@ -5,6 +5,7 @@
 #include "platform/posix/win32_types.h"
 
 inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
+inline constexpr DWORD FILE_ATTRIBUTE_DEVICE = 0x40;  // Here: a pipe, a socket or a device.
 inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
 
 struct WIN32_FIND_DATAW {

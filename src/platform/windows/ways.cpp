@@ -1,0 +1,58 @@
+#include "platform/ways.h"
+
+#include <algorithm>
+#include <string>
+
+#include "platform/win32.h"
+
+namespace temvar {
+namespace {
+
+ComponentKind KindOf(const wchar_t* path) {
+  const DWORD attributes = GetFileAttributesW(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES) return ComponentKind::kMissing;
+  const bool isFolder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  const ComponentKind kind = isFolder ? ComponentKind::kFolder : ComponentKind::kFile;
+  if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return kind;
+  // Files of cloud stores and deduplicated files are reparse points too, but they lead nowhere
+  // else.
+  WIN32_FIND_DATAW data;
+  const HANDLE find = FindFirstFileW(path, &data);
+  if (find == INVALID_HANDLE_VALUE) return ComponentKind::kLink;
+  FindClose(find);
+  return IsReparseTagNameSurrogate(data.dwReserved0) ? ComponentKind::kLink : kind;
+}
+
+}  // namespace
+
+Way LookAlong(const TmvWideChar* path, size_t count) {
+  constexpr wchar_t kSeparators[] = L"\\/";
+  const std::wstring text(path);
+  size_t end = text.size();
+  for (size_t i = 0; i < count && end != std::wstring::npos && end > 0; ++i) {
+    end = text.find_last_of(kSeparators, end - 1);
+  }
+  end = end == std::wstring::npos ? 0 : end + 1;
+  for (size_t i = 0; i < count; ++i, ++end) {
+    end = std::min(text.find_first_of(kSeparators, end), text.size());
+    const ComponentKind kind = KindOf(text.substr(0, end).c_str());
+    if (kind != ComponentKind::kFolder) return {i, kind};
+  }
+  return {count, ComponentKind::kFolder};
+}
+
+bool IdentifyFile(const TmvWideChar* path, FileIdentity* identity) {
+  // FILE_FLAG_BACKUP_SEMANTICS is what opens a folder.
+  const HANDLE handle = CreateFileW(path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return false;
+  BY_HANDLE_FILE_INFORMATION information;
+  const BOOL isKnown = GetFileInformationByHandle(handle, &information);
+  CloseHandle(handle);
+  if (!isKnown) return false;
+  *identity = {information.dwVolumeSerialNumber,
+               uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
+  return true;
+}
+
+}  // namespace temvar
