@@ -43,6 +43,9 @@ struct Counts {
 };
 inline Counts counts;
 
+// The name of an event that some driver runs now, for tasks to pause.
+inline std::function<std::string()> someEvent;
+
 inline RkTaskSchedular& Schedular() { return *TmvTaskSchedular(); }
 
 // A number below `count`.
@@ -66,6 +69,8 @@ struct TaskModel {
   bool insertsNext = false;  // Inserts a task behind itself before it reports.
   bool cancelsItself = false;
   bool asks = false;  // Looks things up from within.
+  bool pausesItsEvent = false;
+  bool pausesAnother = false;
   TaskModel* next = nullptr;
   std::atomic<int> starts{0};
 };
@@ -193,6 +198,8 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
       task->silent = kind_ != Kind::kPlain && Chance(random, 5);
       task->cancelsItself = kind_ == Kind::kCancelled && Chance(random, 5);
       task->asks = Chance(random, 25);
+      task->pausesItsEvent = Chance(random, 4);
+      task->pausesAnother = Chance(random, 4);
       (last == nullptr ? model.first : last->next) = task;
       last = task;
       package->AddTask(MakeTask(task));
@@ -309,6 +316,8 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
       std::this_thread::sleep_for(std::chrono::microseconds(model.sleepMicroseconds));
     }
     if (model.asks) AskAround(model.name);
+    if (model.pausesItsEvent) Schedular().PauseEvent(name_.c_str());
+    if (model.pausesAnother) Schedular().PauseEvent(someEvent().c_str());
     if (model.cancelsItself) Schedular().CancelEventOfTask(model.name.c_str());
     if (model.insertsNext) InsertNext(model, task);
     if (!model.silent) Report(model, task);

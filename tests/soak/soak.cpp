@@ -1,7 +1,8 @@
 // A randomised run of the scheduler through its exports:
 //   soak SEED SECONDS [WORKERS [DRIVERS]]
-// Several threads make events and pause, resume, cancel, remove, edit and look up each other's. The
-// events themselves check what is promised: the order inside a package, one end for each event,
+// Several threads make events and pause, resume, cancel, remove, edit and look up each other's;
+// tasks pause their own event and each other's; workers of the host's own come and go. The events
+// themselves check what is promised: the order inside a package, one end for each event,
 // states, look-ups. At the end Stop must return and everything must have been released once. A
 // watchdog fails with a message where something hangs.
 #include <atomic>
@@ -255,6 +256,32 @@ void RunDrivers(Stage& stage) {
   for (std::thread& thread : threads) thread.join();
 }
 
+// A worker of the host's own after the other. What one of them was assigned and has not begun,
+// others must run.
+void ComeAndGo(const Stage& stage, uint64_t seed, Activity& activity) {
+  std::mt19937_64 random(seed);
+  while (std::chrono::steady_clock::now() < stage.end) {
+    const tmv::Thread worker = tmv::MakeThread();
+    worker->SetPool(TmvTaskPool());
+    worker->Start();
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
+    const Doing doing(activity, "Stop of", "a worker");
+    worker->Stop();
+  }
+  activity.Begin("done", true);
+}
+
+// Tasks that pause an event leave the resume to this thread.
+void ResumeNowAndThen(Stage& stage, const std::atomic<bool>& stopped) {
+  while (!stopped) {
+    for (Driver& driver : stage.drivers) {
+      const std::shared_ptr<EventModel> event = driver.Current();
+      if (event != nullptr) Schedular().ResumeEvent(event->name().c_str());
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+}
+
 void CheckBalance() {
   const auto check = [](const char* what, int64_t count) {
     if (count != 0) Fail(std::to_string(count) + " " + what + " were not released");
@@ -289,14 +316,26 @@ int main(int argc, char** argv) {
                                watchdog.Watch("driver " + std::to_string(i)));
   }
 
+  std::atomic<size_t> turn{0};
+  someEvent = [&stage, &turn] {
+    const auto event = stage.drivers[turn++ % stage.drivers.size()].Current();
+    return event == nullptr ? std::string() : event->name();
+  };
+
   Activity& self = watchdog.Watch("main");
+  std::atomic<bool> stopped{false};
   TmvTaskPool()->Start(workers);
+  std::thread resumes(ResumeNowAndThen, std::ref(stage), std::cref(stopped));
+  std::thread guests(ComeAndGo, std::cref(stage), seed, std::ref(watchdog.Watch("own workers")));
   self.Begin("waits for the drivers", true);
   RunDrivers(stage);
+  guests.join();
   {
     const Doing doing(self, "Stop", "");
     TmvTaskPool()->Stop();
   }
+  stopped = true;
+  resumes.join();
   for (Driver& driver : stage.drivers) driver.LetGo();
   TmvTaskSchedular()->RemoveEvent("bell");
   CheckBalance();
