@@ -46,10 +46,6 @@ TEST(TaskThread, IsFreedBeforeItWasStarted) {
   thread->Lock();
   thread->Unlock();
   thread->Wake();
-}
-
-TEST(TaskThread, JoinWithoutAThreadThrows) {
-  const ThreadPtr thread = MakeThread();
   ExpectError(std::errc::invalid_argument, [&thread] { thread->Join(); });
 }
 

@@ -44,10 +44,18 @@ TEST(Pause, OfAnUnknownOrIdleEventReturnsAtOnce) {
   Schedular().CancelEventEx("nothing", false);
   // Queued, with no worker to run it: swept, and nothing to wait for.
   const Job job("event", {{"task", Succeed}, {"behind"}});
+  const TaskPtr leaf = MakeTask("leaf");
+  const PackagePtr inner = MakePackage({leaf.get()});
+  inner->SetState(kTaskStateActive);
+  leaf->SetState(kTaskStateActive);
+  job.package->AddTask(inner.get());
+  job.package->AddTask(nullptr);
   job.Add();
   Schedular().PauseEvent("event");
   EXPECT_EQ(job[0]->GetState(), kTaskStatePaused);
   EXPECT_EQ(job[1]->GetState(), kTaskStateCreated);
+  EXPECT_EQ(inner->GetState(), kTaskStateActive);  // Walked, not swept.
+  EXPECT_EQ(leaf->GetState(), kTaskStatePaused);
   Schedular().ResumeEvent("event");
   EXPECT_EQ(job[0]->GetState(), kTaskStateActive);
 }

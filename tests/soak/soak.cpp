@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <deque>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <random>
@@ -178,21 +179,15 @@ class Driver {
   void Ask(EventModel& event) {
     const tmv::Task found = tmv::Task::Adopt(Schedular().FindEvent(event.name().c_str()));
     if (found) {
-      if (event.name() != found->GetName())
-        Fail("FindEvent returned " + std::string(found->GetName()));
-      TaskListNode* const list = Schedular().ListCurrentTasks(found);
-      for (TaskListNode* node = list; node != nullptr; node = node->next) {
-        const std::string name = node->task->GetName();
-        if (name.rfind(event.name(), 0) != 0) Fail("ListCurrentTasks returned " + name);
+      if (event.name() != found->GetName()) Fail("FindEvent returned another event");
+      for (RkTask* task : tmv::TaskList(Schedular().ListCurrentTasks(found))) {
+        if (std::string(task->GetName()).rfind(event.name(), 0) != 0)
+          Fail("a foreign current task");
       }
-      Schedular().FreeTaskList(list);
     }
     uint32_t count = 0;
-    TaskListNode* const running = TmvTaskPool()->ListRunning(event.name().c_str(), count);
-    uint32_t length = 0;
-    for (TaskListNode* node = running; node != nullptr; node = node->next) ++length;
-    TmvTaskPool()->FreeTaskList(running);
-    if (length != count) Fail("ListRunning returned a count that isn't the length of its list");
+    const tmv::TaskList running(TmvTaskPool()->ListRunning(event.name().c_str(), count));
+    if (std::distance(running.begin(), running.end()) != count) Fail("ListRunning miscounted");
     const std::string task = event.SomeTaskName(random_);
     const bool cancelled = Schedular().IsTaskCancelled(task.c_str());
     if (cancelled && event.kind() == Kind::kPlain) Fail(task + " reads as cancelled");

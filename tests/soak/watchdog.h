@@ -21,40 +21,35 @@ namespace soak {
   std::abort();
 }
 
-// What one thread does at this moment.
-class Activity {
- public:
+// What one thread does at this moment. A mutex for each, so that the drivers don't meet here.
+struct Activity {
   using Clock = std::chrono::steady_clock;
 
-  explicit Activity(std::string thread) : thread_(std::move(thread)) {}
-
   // A thread that rests has nothing more to do, or waits for others that are watched.
-  void Begin(const std::string& what, bool resting = false) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    what_ = what;
-    resting_ = resting;
-    since_ = Clock::now();
+  void Begin(const std::string& operation, bool rests = false) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    what = operation;
+    resting = rests;
+    since = Clock::now();
   }
 
-  std::chrono::duration<double> Age() {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return resting_ ? Clock::duration(0) : Clock::now() - since_;
-  }
-
-  std::string Text() {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return thread_ + ": " + what_;
-  }
-
- private:
-  std::mutex mutex_;
-  const std::string thread_;
-  std::string what_ = "not started";
-  bool resting_ = true;
-  Clock::time_point since_ = Clock::now();
+  std::mutex mutex;
+  std::string thread;
+  std::string what = "not started";
+  bool resting = true;
+  Clock::time_point since = Clock::now();
 };
 
-// Fails when a thread stays in one operation for too long, and tells what each of them was doing.
+// Marks an operation for the length of a scope.
+struct Doing {
+  Doing(Activity& owner, const std::string& what, const std::string& subject) : activity(owner) {
+    activity.Begin(what + " " + subject);
+  }
+  ~Doing() { activity.Begin("between two operations"); }
+  Activity& activity;
+};
+
+// Fails when a thread stays in one operation for too long, and prints what each of them was doing.
 class Watchdog {
  public:
   explicit Watchdog(std::chrono::seconds limit) : limit_(limit), thread_([this] { Run(); }) {}
@@ -70,21 +65,24 @@ class Watchdog {
   // The activity lives as long as the watchdog.
   Activity& Watch(const std::string& thread) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return activities_.emplace_back(thread);
+    activities_.emplace_back().thread = thread;
+    return activities_.back();
   }
 
  private:
   void Run() {
     std::unique_lock<std::mutex> lock(mutex_);
     while (!ended_.wait_for(lock, std::chrono::seconds(1), [this] { return end_; })) {
-      for (Activity& late : activities_) {
-        if (late.Age() <= limit_) continue;
-        for (Activity& each : activities_) {
-          std::fprintf(stderr, "%s for %.1f s\n", each.Text().c_str(), each.Age().count());
-        }
-        std::fprintf(stderr, "queued tasks: %u\n", TmvTaskPool()->GetQueuedCount());
-        Fail("an operation didn't end within " + std::to_string(limit_.count()) + " s");
+      std::string report;
+      bool late = false;
+      for (Activity& each : activities_) {
+        const std::lock_guard<std::mutex> hold(each.mutex);
+        const std::chrono::duration<double> age = Activity::Clock::now() - each.since;
+        late = late || (!each.resting && age > limit_);
+        report +=
+            "\n" + each.thread + ": " + each.what + " for " + std::to_string(age.count()) + " s";
       }
+      if (late) Fail("an operation doesn't end" + report);
     }
   }
 
@@ -94,22 +92,6 @@ class Watchdog {
   bool end_ = false;
   std::deque<Activity> activities_;
   std::thread thread_;
-};
-
-// Marks an operation for the length of a scope.
-class Doing {
- public:
-  Doing(Activity& activity, const std::string& what, const std::string& subject)
-      : activity_(activity) {
-    activity_.Begin(what + " " + subject);
-  }
-
-  ~Doing() { activity_.Begin("between two operations"); }
-  Doing(const Doing&) = delete;
-  Doing& operator=(const Doing&) = delete;
-
- private:
-  Activity& activity_;
 };
 
 }  // namespace soak

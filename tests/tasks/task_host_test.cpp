@@ -99,19 +99,15 @@ TEST(Task, HoldersLiveAsLongAsSomebodyHoldsThem) {
 TEST(Task, OneDataServesSeveralFunctions) {
   int released = 0;
   DataPtr data = MakeData(&released);
-  FuncPtr first(CreateRkTaskFunc());
-  FuncPtr second(CreateRkTaskFunc());
-  EXPECT_EQ(first->GetCallback(), nullptr);
-  EXPECT_EQ(first->GetData(), nullptr);
-  const RkTaskCallback callback = [](RkTask*, RkTaskData*) {};
-  first->SetCallback(callback, data.get());
-  second->SetCallback(callback, data.get());
-  EXPECT_EQ(first->GetCallback(), callback);
-  EXPECT_EQ(second->GetData(), data.get());
+  FuncPtr funcs[2] = {FuncPtr(CreateRkTaskFunc()), FuncPtr(CreateRkTaskFunc())};
+  EXPECT_EQ(funcs[0]->GetCallback(), nullptr);
+  EXPECT_EQ(funcs[0]->GetData(), nullptr);
+  for (FuncPtr& func : funcs) func->SetCallback([](RkTask*, RkTaskData*) {}, data.get());
+  EXPECT_EQ(funcs[1]->GetData(), data.get());
   data.reset();
-  first.reset();
+  funcs[0].reset();
   EXPECT_EQ(released, 0);
-  second.reset();
+  funcs[1].reset();
   EXPECT_EQ(released, 1);
 }
 
