@@ -35,6 +35,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -416,6 +417,30 @@ class PoolUsers {
 
 }  // namespace detail
 
+namespace detail {
+
+// A Start that fails half-way leaves threads, which Stop ends. One that finds the pool started has
+// made none, and the pool is somebody else's.
+inline void StartPool(uint32_t workers) {
+  try {
+    TmvTaskPool()->Start(workers);
+  } catch (const std::system_error& error) {
+    if (error.code() != std::errc::operation_not_permitted) TmvTaskPool()->Stop();
+    throw;
+  } catch (...) {
+    TmvTaskPool()->Stop();
+    throw;
+  }
+  PoolUsers::Get().BeginPool();
+}
+
+inline void StopPool() {
+  PoolUsers::Get().EndPool();
+  TmvTaskPool()->Stop();
+}
+
+}  // namespace detail
+
 // Runs the pool from here to the end of the scope, once in the life of the library. The end cancels
 // every tmv::Job of this program or DLL that has not ended, then stops the pool and waits for the
 // functions that run. Resume what was paused by PauseEvent before: Stop would wait for it. Declare
@@ -424,16 +449,10 @@ class PoolUsers {
 class RunningPool {
  public:
   // Starts the pool with that many workers. Throws as Start does.
-  explicit RunningPool(uint32_t workers) {
-    TmvTaskPool()->Start(workers);
-    detail::PoolUsers::Get().BeginPool();
-  }
+  explicit RunningPool(uint32_t workers) { detail::StartPool(workers); }
   RunningPool(const RunningPool&) = delete;
   RunningPool& operator=(const RunningPool&) = delete;
-  ~RunningPool() {
-    detail::PoolUsers::Get().EndPool();
-    TmvTaskPool()->Stop();
-  }
+  ~RunningPool() { detail::StopPool(); }
 };
 
 namespace detail {

@@ -45,7 +45,8 @@ class CallableOf final : public AnyCallable<Argument> {
 
   void Call(Argument argument) override {
     if constexpr (std::is_invocable_v<Stored&, Argument>) {
-      static_assert(std::is_void_v<std::invoke_result_t<Stored&, Argument>>, "see below");
+      static_assert(std::is_void_v<std::invoke_result_t<Stored&, Argument>>,
+                    "a failure is an exception, so the callable returns nothing");
       stored_(static_cast<Argument>(argument));
     } else {
       static_assert(std::is_invocable_v<Stored&>, "the callable takes the argument or nothing");

@@ -155,16 +155,14 @@ const char* TmvJobsErrorText(int32_t code) {
 
 int32_t TmvJobsStartPool(uint32_t workers) {
   return Guarded([workers] {
-    TmvTaskPool()->Start(workers);
-    tmv::detail::PoolUsers::Get().BeginPool();
+    tmv::detail::StartPool(workers);
     return TMV_JOBS_OK;
   });
 }
 
 int32_t TmvJobsStopPool() {
   return Guarded([] {
-    tmv::detail::PoolUsers::Get().EndPool();
-    TmvTaskPool()->Stop();
+    tmv::detail::StopPool();
     return TMV_JOBS_OK;
   });
 }

@@ -242,22 +242,6 @@ TEST(Job, MayBeDestroyedByItsOwnCallablesAndByItsEnd) {
   EXPECT_EQ(byCallable, nullptr);
 }
 
-TEST(Job, ACancelOfItsEventByNameEndsItToo) {
-  tmv::RunningPool pool(2);
-  for (const bool remove : {false, true}) {
-    std::atomic<int> begun{0}, ends{0};
-    Job job("by name");
-    job.AddLane().Then(Endless(begun)).Then([] { FAIL() << "after a cancel"; });
-    job.OnEnd([&ends] { ++ends; });
-    job.Start();
-    Eventually([&] { return begun == 1; });
-    TmvTaskSchedular()->CancelEventEx(job.EventName().c_str(), remove);
-    EXPECT_EQ(job.Wait(), JobState::kCancelled);
-    EXPECT_EQ(ends, 1);
-    Eventually([] { return TmvTaskSchedular()->GetEventCount() == 0; });
-  }
-}
-
 // Cancels, pauses and ends that meet. Whatever comes first: one end, the counts agree with it, and
 // nothing of the host is in use once Wait has returned.
 TEST(Job, RacesOfCancelAndEndHaveOneWinner) {
