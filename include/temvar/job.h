@@ -215,8 +215,9 @@ class Job {
 
   // Sets what runs once, after the last callable, of the form void(JobState) or void(). It runs
   // before Wait returns, on a worker, or in Start or Cancel when those end the job themselves. It
-  // may destroy the Job. What it throws is kept among the failures, as "OnEnd", and changes nothing
-  // else. Not called for a job that was never started. Throws std::logic_error after Start.
+  // may destroy the Job, and must not wait for a thread that does: post to a window, do not send.
+  // What it throws is kept among the failures, as "OnEnd", and changes nothing else. Not called for
+  // a job that was never started. Throws std::logic_error after Start.
   template <typename Callable>
   Job& OnEnd(Callable&& callable) {
     SetOnEnd(detail::MakeCallable<JobState>(std::forward<Callable>(callable)));
