@@ -26,22 +26,8 @@
 
 #include <stdint.h>
 
-#if defined(TEMVAR_JOBS_BUILDING)
-#define TMV_JOBS_LINKAGE_EXPORT
-#endif
-#if defined(_WIN32) && defined(TMV_JOBS_LINKAGE_EXPORT)
-#define TMV_JOBS_DECLARE __declspec(dllexport)
-#elif defined(_WIN32)
-#define TMV_JOBS_DECLARE __declspec(dllimport)
-#else
-/* How the system spells it. */
-#define TMV_JOBS_DECLARE __attribute__((visibility("default")))
-#endif
 #if defined(__cplusplus)
-#define TMV_JOBS_API extern "C" TMV_JOBS_DECLARE
-#else
-/* Marks the functions that leave the library. */
-#define TMV_JOBS_API TMV_JOBS_DECLARE
+extern "C" {
 #endif
 
 /* Codes. TmvJobsErrorText has a sentence for each. */
@@ -96,88 +82,92 @@ typedef void (*TmvJobRelease)(void* user);
 typedef void (*TmvJobEnd)(int32_t state, void* user);
 
 /* A sentence in English for a code; static text, never null. */
-TMV_JOBS_API const char* TmvJobsErrorText(int32_t code);
+const char* TmvJobsErrorText(int32_t code);
 
 /* Starts the pool with this number of workers, once in the life of libTemvar. WRONG_STATE if it has
  * been started. A host that started it by TmvTaskPool() of libTemvar leaves both functions alone.
  */
-TMV_JOBS_API int32_t TmvJobsStartPool(uint32_t workers);
+int32_t TmvJobsStartPool(uint32_t workers);
 
 /* Cancels the jobs that have not ended, paused ones too, and stops the pool for good. Waits for the
  * tasks that run. Call it on a thread of the host, before libTemvar is unloaded and never from
  * DllMain. DEADLOCK in a task, where the jobs are cancelled all the same; WRONG_STATE without a
  * pool. */
-TMV_JOBS_API int32_t TmvJobsStopPool(void);
+int32_t TmvJobsStopPool(void);
 
 /* A new job, freed with TmvJobFree. */
-TMV_JOBS_API int32_t TmvJobCreate(const char* label, TmvJob** job);
+int32_t TmvJobCreate(const char* label, TmvJob** job);
 
 /* Cancels the job and waits until its tasks and its end callback have returned, then frees it. The
  * callback that calls this is not waited for. Null does nothing. */
-TMV_JOBS_API int32_t TmvJobFree(TmvJob* job);
+int32_t TmvJobFree(TmvJob* job);
 
 /* A new lane: its tasks run one after the other, the lanes side by side. `lane` becomes its number,
  * counted from 0. WRONG_STATE once the job has been started; so with the next three. */
-TMV_JOBS_API int32_t TmvJobAddLane(TmvJob* job, const char* label, uint32_t* lane);
+int32_t TmvJobAddLane(TmvJob* job, const char* label, uint32_t* lane);
 
 /* The first failure ends the lane. */
-TMV_JOBS_API int32_t TmvJobStopAtFailure(TmvJob* job, uint32_t lane);
+int32_t TmvJobStopAtFailure(TmvJob* job, uint32_t lane);
 
 /* Appends a task to a lane. `release` may be null. On failure `user` stays the caller's, and
  * `release` is not called. */
-TMV_JOBS_API int32_t TmvJobAddTask(TmvJob* job, uint32_t lane, const char* label, TmvJobTask task,
-                                   void* user, TmvJobRelease release);
+int32_t TmvJobAddTask(TmvJob* job, uint32_t lane, const char* label, TmvJobTask task, void* user,
+                      TmvJobRelease release);
 
 /* Sets what is called at the end; null takes it back. Not called for a job that never started. */
-TMV_JOBS_API int32_t TmvJobOnEnd(TmvJob* job, TmvJobEnd end, void* user);
+int32_t TmvJobOnEnd(TmvJob* job, TmvJobEnd end, void* user);
 
 /* Starts the job, once. Before the pool is started it waits for that. */
-TMV_JOBS_API int32_t TmvJobStart(TmvJob* job);
+int32_t TmvJobStart(TmvJob* job);
 
 /* Holds the job and returns at once: running tasks stop at their next TmvJobKeepGoing. */
-TMV_JOBS_API int32_t TmvJobPause(TmvJob* job);
+int32_t TmvJobPause(TmvJob* job);
 
 /* The same, and waits until no task works; the caller's own is not waited for. WRONG_STATE if the
  * job was resumed or cancelled, or ended, meanwhile. */
-TMV_JOBS_API int32_t TmvJobPauseAndWait(TmvJob* job);
+int32_t TmvJobPauseAndWait(TmvJob* job);
 
 /* Lets a paused job go on. */
-TMV_JOBS_API int32_t TmvJobResume(TmvJob* job);
+int32_t TmvJobResume(TmvJob* job);
 
 /* Cancels the job, paused or not, and returns at once. */
-TMV_JOBS_API int32_t TmvJobCancel(TmvJob* job);
+int32_t TmvJobCancel(TmvJob* job);
 
 /* Waits for the end, at most this long; below 0 without a limit, 0 looks only. `state` becomes the
  * state of the job; it may be null, and is written on TIMEOUT too. A job that was not started is
  * not waited for. DEADLOCK in a task of this job. */
-TMV_JOBS_API int32_t TmvJobWait(TmvJob* job, int32_t milliseconds, int32_t* state);
+int32_t TmvJobWait(TmvJob* job, int32_t milliseconds, int32_t* state);
 
 /* What the job is doing, or how it ended. */
-TMV_JOBS_API int32_t TmvJobGetState(TmvJob* job, int32_t* state);
+int32_t TmvJobGetState(TmvJob* job, int32_t* state);
 
 /* How far a lane is, or the job: TMV_JOB_ALL_LANES. */
-TMV_JOBS_API int32_t TmvJobGetProgress(TmvJob* job, uint32_t lane, TmvJobProgress* progress);
+int32_t TmvJobGetProgress(TmvJob* job, uint32_t lane, TmvJobProgress* progress);
 
 /* Number of failures so far. */
-TMV_JOBS_API int32_t TmvJobGetFailureCount(TmvJob* job, uint32_t* count);
+int32_t TmvJobGetFailureCount(TmvJob* job, uint32_t* count);
 
 /* A failure as text, "lane/label: reason". Copies as much of it as fits into `buffer`, always with
  * a NUL and never half a character. `needed`, which may be null, becomes the size of the whole with
  * its NUL; a null `buffer` of size 0 only asks for it. INVALID_ARGUMENT beyond the last failure. */
-TMV_JOBS_API int32_t TmvJobGetFailure(TmvJob* job, uint32_t index, char* buffer, uint32_t size,
-                                      uint32_t* needed);
+int32_t TmvJobGetFailure(TmvJob* job, uint32_t index, char* buffer, uint32_t size,
+                         uint32_t* needed);
 
 /* In a task: a pause point, which blocks while the job is paused. 0 if the job has been cancelled
  * and the task should return; its result does not matter then. Else 1. */
-TMV_JOBS_API int32_t TmvJobKeepGoing(TmvJobContext* context);
+int32_t TmvJobKeepGoing(TmvJobContext* context);
 
 /* In a task: whether the job has been cancelled, 1 or 0. Never blocks. */
-TMV_JOBS_API int32_t TmvJobIsCancelled(TmvJobContext* context);
+int32_t TmvJobIsCancelled(TmvJobContext* context);
 
 /* In a task: how far it is, 0 to 1. */
-TMV_JOBS_API int32_t TmvJobSetProgress(TmvJobContext* context, double fraction);
+int32_t TmvJobSetProgress(TmvJobContext* context, double fraction);
 
 /* In a task: the reason of the failure that it is about to return. */
-TMV_JOBS_API int32_t TmvJobSetError(TmvJobContext* context, const char* reason);
+int32_t TmvJobSetError(TmvJobContext* context, const char* reason);
+
+#if defined(__cplusplus)
+}
+#endif
 
 #endif /* TEMVAR_JOBS_H_ */
