@@ -212,17 +212,19 @@ TEST(Job, APausedJobNeverKeepsAnybody) {
 TEST(Job, MayBeDestroyedByItsOwnCallablesAndByItsEnd) {
   tmv::RunningPool pool(2);
   const auto life = std::make_shared<int>(0);
+  std::atomic<int> destroyed{0};
   auto byEnd = std::make_unique<Job>();
   byEnd->AddLane().Then([life] {});
   byEnd->OnEnd([&, life] {
     byEnd->Wait();  // Has ended.
     byEnd.reset();
+    ++destroyed;
   });
   byEnd->Start();
   auto shared = std::make_shared<Job>();  // Held by nobody but its own callable.
   shared->AddLane().Then([shared, life] {});
   std::exchange(shared, nullptr)->Start();
-  Eventually([&] { return life.use_count() == 1; });
+  Eventually([&] { return destroyed == 1 && life.use_count() == 1; });
 
   auto byCallable = std::make_unique<Job>();
   std::atomic<int> begun{0};
@@ -232,12 +234,13 @@ TEST(Job, MayBeDestroyedByItsOwnCallablesAndByItsEnd) {
       .Then([&, life] {
         Eventually([&] { return begun == 1; });
         byCallable.reset();
+        ++destroyed;
         EXPECT_EQ(life.use_count(), 2) << "this callable, and the test";
       })
       .Then([life] { FAIL() << "after a cancel"; });
 
   byCallable->Start();
-  Eventually([&] { return life.use_count() == 1; });
+  Eventually([&] { return destroyed == 2 && life.use_count() == 1; });
   EXPECT_EQ(byEnd, nullptr);
   EXPECT_EQ(byCallable, nullptr);
 }
