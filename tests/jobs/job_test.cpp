@@ -153,7 +153,8 @@ TEST(Job, APauseThatWaitsReturnsWhenNoCallableWorks) {
   Job job("both");
   for (int i = 0; i < 2; ++i) {
     job.AddLane().Then([&](Context& context) {
-      Eventually([&] { return ++begun >= 2; });
+      ++begun;
+      Eventually([&] { return begun == 2; });
       if (job.PauseAndWait()) ++paused;  // Each counts the other as standing.
       EXPECT_THROW(job.Wait(), std::system_error);
       context.SetProgress(2);
