@@ -24,6 +24,10 @@ as_root() {
   fi
 }
 
+apt_get() {
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -o DPkg::Lock::Timeout=900 "$@" </dev/null
+}
+
 # not_installed PACKAGE...: those of the list that are missing, one a line.
 not_installed() {
   dpkg-query -W -f '${db:Status-Status} ${Package}\n' "$@" 2>/dev/null |
