@@ -35,10 +35,23 @@ not_installed() {
     comm -13 - <(printf '%s\n' "$@" | sort -u)
 }
 
-# debian_mirror: the archive that this machine takes its packages from.
+# own_archive: address and codename of the archive that this system takes its packages from.
+own_archive() {
+  local codename
+  codename=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
+  [ -n "$codename" ] || die "/etc/os-release has no VERSION_CODENAME"
+  apt-get indextargets --format '$(REPO_URI) $(SUITE) $(CODENAME) $(COMPONENT)' \
+    'Created-By: Packages' 2>/dev/null |
+    awk -v name="$codename" '($2 == name || $3 == name) && $4 == "main" && !found {
+      print $1, name; found = 1 }'
+}
+
+# debian_mirror: Debian's archive, the one that this system uses if it is a Debian.
 debian_mirror() {
-  local uri
-  uri=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 2>/dev/null |
-    grep -E '/debian/?$' | head -n 1) || true
-  echo "${uri:-http://deb.debian.org/debian}"
+  local uri name
+  read -r uri name < <(own_archive) || true
+  case ${uri:-} in
+    */debian | */debian/) echo "$uri" ;;
+    *) echo http://deb.debian.org/debian ;;
+  esac
 }
