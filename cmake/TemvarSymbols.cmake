@@ -1,0 +1,28 @@
+# temvar_keep_symbols(LIBRARY OBJECTS...): an optimised build of the library carries the lines of its
+# sources, so that a crash report of a customer can be read. On Windows they are split off into
+# LIBRARY.debug beside the DLL, which names that file in a debug link; LLDB and GDB look for it in the
+# folder of the DLL. On Linux the package is split instead, by the identifier of the build.
+#
+# The lines are DWARF. A PDB, which Visual Studio and WinDbg read, needs a linker that writes one:
+# GNU ld from 2.40 on takes --pdb, but the compilers write its contents (-gcodeview) from GCC 14 on.
+
+# What the folder of the sources is called in the lines, wherever it was built; where a system keeps
+# the sources of packages, debuggers find them by themselves.
+set(TEMVAR_SOURCE_FOLDER "/usr/src/libtemvar-${PROJECT_VERSION}")
+
+function(temvar_keep_symbols library)
+  foreach(target IN LISTS library ARGN)
+    target_compile_options(${target} PRIVATE
+      "$<$<CONFIG:Release>:-g;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=${TEMVAR_SOURCE_FOLDER}>")
+  endforeach()
+  if(NOT WIN32)
+    target_link_options(${library} PRIVATE "-Wl,--build-id")
+  elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
+    set(file "$<TARGET_FILE:${library}>")
+    add_custom_command(TARGET ${library} POST_BUILD
+      COMMAND "${CMAKE_OBJCOPY}" --only-keep-debug "${file}" "${file}.debug"
+      COMMAND "${CMAKE_OBJCOPY}" --strip-unneeded "--add-gnu-debuglink=${file}.debug" "${file}"
+      VERBATIM)
+    install(FILES "${file}.debug" DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT symbols)
+  endif()
+endfunction()

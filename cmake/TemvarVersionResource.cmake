@@ -1,0 +1,18 @@
+# temvar_version_resource(LIBRARY): name and version of a DLL, as the system's own dialogs show them.
+if(WIN32)
+  enable_language(RC)
+endif()
+
+function(temvar_version_resource library)
+  if(NOT WIN32)
+    return()
+  endif()
+  get_target_property(TEMVAR_RESOURCE_NAME ${library} OUTPUT_NAME)
+  get_target_property(prefix ${library} PREFIX)
+  if(prefix)
+    string(PREPEND TEMVAR_RESOURCE_NAME "${prefix}")
+  endif()
+  set(resource "${CMAKE_CURRENT_BINARY_DIR}/${library}_version.rc")
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/version.rc.in" "${resource}" @ONLY)
+  target_sources(${library} PRIVATE "${resource}")
+endfunction()
