@@ -92,7 +92,11 @@ void CheckDump(const Ending& ending, const CrashRun& run, const Minidump& dump) 
   EXPECT_EQ(dump.platform, kWindows ? 2u : 0x8201u);
   // On Linux the signal stands as the code, and the handlers' code beside it.
   EXPECT_EQ(dump.exception.code, kWindows ? ending.code : static_cast<uint32_t>(ending.signal));
+  // In the list of threads Windows may show the crashed one inside the call that writes the dump
+  // (Wine 10 does, Wine 8 does not); its stack holds the frame of the fault either way.
   if (kWindows) return;
+  EXPECT_EQ(dump.FindThread(dump.exception.thread)->registers.instruction,
+            dump.exception.registers.instruction);
   EXPECT_THAT(dump.exception.parameters, ElementsAre(ending.code));
   EXPECT_TRUE(dump.texts_end);
   EXPECT_TRUE(dump.ranges_apart);
@@ -138,8 +142,8 @@ TEST_P(EveryWay, LeavesDumpAndArchiveAndTellsTheHost) {
     EXPECT_TRUE(dump.exception.registers.known);
     const DumpThread* const thread = dump.FindThread(dump.exception.thread);
     ASSERT_NE(thread, nullptr);
-    EXPECT_EQ(thread->registers.instruction, dump.exception.registers.instruction);
-    EXPECT_GT(thread->stack_size, 0u);
+    EXPECT_GE(dump.exception.registers.stack, thread->stack_start);
+    EXPECT_LT(dump.exception.registers.stack, thread->stack_start + thread->stack_size);
     CheckDump(way, run, dump);
   }
 }

@@ -10,7 +10,10 @@ function(read_exports file result)
         NOT CMAKE_MATCH_1 STREQUAL CMAKE_MATCH_2)
       message(SEND_ERROR "an export of ${file} has no name")
     endif()
-    string(REGEX MATCHALL "\n\t\\[ *[0-9]+\\] [A-Za-z_][A-Za-z0-9_@]*" lines "${text}")
+    # Lines of the last table end in a name; binutils from 2.41 on put more in front of it.
+    string(FIND "${text}" "[Ordinal/Name Pointer] Table" start)
+    string(SUBSTRING "${text}" ${start} -1 text)
+    string(REGEX MATCHALL "\n\t\\[ *[0-9]+\\] [^\r\n]*[A-Za-z0-9_@]" lines "${text}")
   else()
     execute_process(COMMAND "${NM}" -D --defined-only "${file}"
       OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
