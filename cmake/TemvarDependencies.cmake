@@ -1,10 +1,18 @@
 # Libraries that the library calls. Each is found as an imported target:
 #   ZLIB::ZLIB, temvar::minizip, temvar::rapidjson, and elsewhere than on Windows
 #   OpenSSL::Crypto, temvar::uuid and Threads::Threads.
+#
+# On Windows zlib and minizip go into libTemvar.dll: fewer files to ship, and no clash with a host's
+# own zlib1.dll.
+set(minizip_names minizip)
+if(MINGW)
+  set(ZLIB_USE_STATIC_LIBS ON)
+  set(minizip_names libminizip.a minizip)
+endif()
 find_package(ZLIB REQUIRED)
 
 find_path(MINIZIP_INCLUDE_DIR NAMES unzip.h PATH_SUFFIXES minizip)
-find_library(MINIZIP_LIBRARY NAMES minizip)
+find_library(MINIZIP_LIBRARY NAMES ${minizip_names})
 if(NOT MINIZIP_INCLUDE_DIR OR NOT MINIZIP_LIBRARY)
   message(FATAL_ERROR "minizip not found: on Debian install libminizip-dev; for a Windows build run "
                       "scripts/setup windows, which builds it")
@@ -13,6 +21,13 @@ add_library(temvar_minizip INTERFACE)
 add_library(temvar::minizip ALIAS temvar_minizip)
 target_include_directories(temvar_minizip SYSTEM INTERFACE "${MINIZIP_INCLUDE_DIR}")
 target_link_libraries(temvar_minizip INTERFACE "${MINIZIP_LIBRARY}" ZLIB::ZLIB)
+if(MINGW AND NOT CMAKE_CROSSCOMPILING)
+  # Packages of minizip for Windows may be built with this one, too.
+  find_library(TEMVAR_BZIP2_LIBRARY NAMES libbz2.a)
+  if(TEMVAR_BZIP2_LIBRARY)
+    target_link_libraries(temvar_minizip INTERFACE "${TEMVAR_BZIP2_LIBRARY}")
+  endif()
+endif()
 
 find_path(RAPIDJSON_INCLUDE_DIR NAMES rapidjson/document.h)
 if(NOT RAPIDJSON_INCLUDE_DIR)
