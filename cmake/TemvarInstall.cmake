@@ -9,7 +9,7 @@ include(CMakePackageConfigHelpers)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/temvar"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT development
   FILES_MATCHING PATTERN "*.h")
-install(TARGETS temvar EXPORT TemvarTargets
+install(TARGETS temvar temvar_jobs EXPORT TemvarTargets
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
     COMPONENT runtime NAMELINK_COMPONENT development
@@ -45,9 +45,13 @@ foreach(kind LIB INCLUDE)
     set(pkgconfig_${kind} "\${prefix}/${CMAKE_INSTALL_${kind}DIR}")
   endif()
 endforeach()
-configure_file("${PROJECT_SOURCE_DIR}/cmake/temvar.pc.in" "${PROJECT_BINARY_DIR}/temvar.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/temvar.pc"
-  DESTINATION "${pkgconfig_dir}" COMPONENT development)
+foreach(library Temvar TemvarJobs)
+  string(REPLACE TemvarJobs temvar-jobs file "${library}")
+  string(REPLACE Temvar temvar file "${file}")
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/temvar.pc.in" "${PROJECT_BINARY_DIR}/${file}.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/${file}.pc"
+    DESTINATION "${pkgconfig_dir}" COMPONENT development)
+endforeach()
 
 # Documents and examples keep the places that they have to each other here, so that their links hold.
 foreach(file LICENSE README.md CHANGELOG.md)

@@ -29,6 +29,8 @@ endfunction()
 
 file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/exports.txt" names)
 temvar_import_library(libTemvar "${names}")
+file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/exports_jobs.txt" names)
+temvar_import_library(TemvarJobs "${names}")
 
 # docs/licences.md has every notice but this one, which is longer than all of them together.
 find_file(TEMVAR_GPL3_TEXT GPL-3 PATHS /usr/share/common-licenses

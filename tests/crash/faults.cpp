@@ -49,8 +49,7 @@ void CrashOnWorker(Function fault) {
   RkTaskFunc* const func = CreateRkTaskFunc();
   static Function in_task = nullptr;
   in_task = fault;
-  func->Bind(
-      nullptr, [](RkTask*, RkTaskData*) { in_task(); }, nullptr);
+  func->SetCallback([](RkTask*, RkTaskData*) { in_task(); }, nullptr);
   TmvTaskPool()->Start(2);
   TmvTaskPool()->AddFunc(func);
   std::this_thread::sleep_for(std::chrono::minutes(2));

@@ -12,8 +12,10 @@ using Stack = rapidjson::internal::Stack<temvar::BoundedAllocator<1000>>;
 TEST(SettingsMemory, GrowsToItsLimitAndKeepsWhatItHolds) {
   Stack stack(nullptr, 16);
   size_t count = 0;
-  EXPECT_THROW(
-      for (;; ++count) { *stack.Push<uint64_t>() = count; }, std::bad_alloc);
+  const auto fill = [&] {
+    for (;; ++count) *stack.Push<uint64_t>() = count;
+  };
+  EXPECT_THROW(fill(), std::bad_alloc);
   EXPECT_EQ(stack.GetSize(), count * sizeof(uint64_t));
   EXPECT_GE(count, 1000 / 3 * 2 / sizeof(uint64_t));
   EXPECT_LE(stack.GetCapacity(), 1000u);

@@ -79,8 +79,8 @@ TEST(Task, HoldersLiveAsLongAsSomebodyHoldsThem) {
     EXPECT_EQ(task->GetData(), nullptr);
 
     FuncPtr func(CreateRkTaskFunc());
-    func->Bind(
-        &released, [](RkTask*, RkTaskData*) {}, CountRelease);
+    const RkTaskCallback nothing = [](RkTask*, RkTaskData*) {};
+    func->Bind(&released, nothing, CountRelease);
     EXPECT_EQ(func->GetData()->GetPayload(), &released);
     task->SetFunc(func.get());
     func.reset();

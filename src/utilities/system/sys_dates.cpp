@@ -94,11 +94,11 @@ int64_t StartOfYear(int32_t year) {
 
 }  // namespace
 
+// The format is the host's, which the compiler can't check here.
 void TMVUtilitySysImpl::FormatTime(int64_t time, char* buffer, size_t size, const char* format) {
   if (time < 0 || time >= kFormatTimeLimit) time = 0;
   const std::optional<std::tm> local = LocalTime(time);
   if (!local) return;
-    // The format is the host's, which the compiler can't check here.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
   std::strftime(buffer, size, format, &*local);
