@@ -3,8 +3,9 @@
 # LIBRARY.debug beside the DLL, which names that file in a debug link; LLDB and GDB look for it in the
 # folder of the DLL. On Linux the package is split instead, by the identifier of the build.
 #
-# The lines are DWARF. A PDB, which Visual Studio and WinDbg read, needs a linker that writes one:
-# GNU ld from 2.40 on takes --pdb, but the compilers write its contents (-gcodeview) from GCC 14 on.
+# The lines are DWARF, which LLDB and GDB read. Visual Studio and WinDbg read PDB instead. GNU ld writes
+# one (--pdb, from 2.40 on), but only clang writes what has to be in it: mingw's GCC 14.2 of Debian 13
+# accepts -gcodeview and leaves the objects without any.
 
 # What the folder of the sources is called in the lines, wherever it was built; where a system keeps
 # the sources of packages, debuggers find them by themselves.
