@@ -54,10 +54,9 @@ foreach(library Temvar TemvarJobs)
 endforeach()
 
 # Documents and examples keep the places that they have to each other here, so that their links hold.
-foreach(file LICENSE README.md CHANGELOG.md)
-  install(FILES "${PROJECT_SOURCE_DIR}/${file}"
-    DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
-endforeach()
+file(GLOB pages "${PROJECT_SOURCE_DIR}/*.md")
+install(FILES ${pages} "${PROJECT_SOURCE_DIR}/LICENSE"
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs"
   DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development
   FILES_MATCHING PATTERN "*.md")

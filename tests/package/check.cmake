@@ -1,4 +1,4 @@
-# Whether a host finds all that it needs in the package for Windows, unpacked in MADE.
+# Whether a host finds all that it needs in the packages for Windows, unpacked in MADE.
 cmake_minimum_required(VERSION 3.25)
 include("${CMAKE_CURRENT_LIST_DIR}/../support/module_tables.cmake")
 
@@ -12,9 +12,21 @@ file(GLOB_RECURSE files RELATIVE "${root}" "${root}/*")
 
 # What a host needs, with each public header.
 file(GLOB headers RELATIVE "${SOURCE}" "${SOURCE}/include/temvar/*")
-foreach(name IN ITEMS README.md bin/libTemvar.dll lib/libTemvar.dll.a lib/libTemvar.def
-    lib/cmake/Temvar/TemvarConfig.cmake lib/cmake/Temvar/TemvarTargets.cmake
-    lib/pkgconfig/temvar.pc LISTS headers)
+set(needed README.md lib/libTemvar.dll.a lib/libTemvarJobs.dll.a lib/cmake/Temvar/TemvarConfig.cmake
+  lib/cmake/Temvar/TemvarTargets.cmake lib/pkgconfig/temvar.pc lib/pkgconfig/temvar-jobs.pc
+  share/doc/Temvar/examples/CMakeLists.txt ${headers})
+foreach(library libTemvar TemvarJobs)
+  list(APPEND needed bin/${library}.dll bin/${library}.dll.debug lib/${library}.def)
+  if(LLVM_DLLTOOL)
+    list(APPEND needed lib/${library}.lib)
+  endif()
+endforeach()
+foreach(header IN LISTS headers)
+  file(STRINGS "${SOURCE}/${header}" pages REGEX "docs/[a-z-]+\\.md")
+  list(TRANSFORM pages REPLACE ".*(docs/[a-z-]+\\.md).*" "share/doc/Temvar/\\1")
+  list(APPEND needed ${pages})
+endforeach()
+foreach(name IN LISTS needed)
   if(NOT name IN_LIST files)
     message(SEND_ERROR "${name} is missing")
   endif()
@@ -28,8 +40,8 @@ endforeach()
 # Every import is in the package or in Windows.
 list(FILTER files INCLUDE REGEX "\\.(dll|exe)$")
 list(LENGTH files count)
-if(NOT count EQUAL 4)
-  message(SEND_ERROR "not libTemvar.dll and three libraries of the compiler: ${files}")
+if(NOT count EQUAL 5)
+  message(SEND_ERROR "not two libraries of ours and three of the compiler: ${files}")
 endif()
 foreach(file IN LISTS files)
   get_filename_component(name "${file}" NAME)
@@ -60,6 +72,23 @@ foreach(table exports imports)
   endif()
   set(${table} "${packed}")
 endforeach()
+# Symbols are beside the libraries, not in them, and ours have a version resource.
+foreach(file IN LISTS files)
+  execute_process(COMMAND "${OBJDUMP}" -h "${root}/${file}"
+    OUTPUT_VARIABLE sections COMMAND_ERROR_IS_FATAL ANY)
+  if(sections MATCHES "\\.debug_info")
+    message(SEND_ERROR "${file} is not stripped")
+  endif()
+  if(file MATCHES "Temvar" AND NOT sections MATCHES "\\.gnu_debuglink.*\\.rsrc|\\.rsrc.*\\.gnu_debuglink")
+    message(SEND_ERROR "${file} has no version or does not name its symbols: ${sections}")
+  endif()
+endforeach()
+execute_process(COMMAND "${OBJDUMP}" -h "${root}/bin/libTemvar.dll.debug"
+  OUTPUT_VARIABLE sections COMMAND_ERROR_IS_FATAL ANY)
+if(NOT sections MATCHES "\\.debug_line")
+  message(SEND_ERROR "libTemvar.dll.debug has no lines: ${sections}")
+endif()
+
 file(STRINGS "${root}/lib/libTemvar.def" listed)
 list(TRANSFORM listed STRIP)
 list(REMOVE_ITEM exports ${listed})
