@@ -30,9 +30,6 @@
 #include "temvar/utility_string.h"
 #include "temvar/utility_sys.h"
 
-// The version of these headers, as macros.
-#include "temvar/version.h"
-
 #if defined(TEMVAR_LOADED)
 #include "temvar/load.h"
 #endif
