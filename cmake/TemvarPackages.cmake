@@ -3,7 +3,9 @@
 # and for the symbols, see TemvarDebianPackage.cmake.
 set(CPACK_PACKAGE_NAME "libtemvar")
 set(CPACK_PACKAGE_VENDOR "The libTemvar authors")
-set(CPACK_PACKAGE_CONTACT "The libTemvar authors <libtemvar@localhost>")
+set(TEMVAR_MAINTAINER "The libTemvar authors <libtemvar@example.org>"
+  CACHE STRING "Who makes the packages and answers for them")
+set(CPACK_PACKAGE_CONTACT "${TEMVAR_MAINTAINER}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
 set(CPACK_VERBATIM_VARIABLES ON)
