@@ -434,18 +434,23 @@ inline void StartPool(uint32_t workers) {
   PoolUsers::Get().BeginPool();
 }
 
+// Stop waits for functions that run, paused ones too, and nothing but a resume wakes those.
 inline void StopPool() {
   PoolUsers::Get().EndPool();
+  for (const std::string& name : TreeRecords::Get().EventNames()) {
+    TmvTaskSchedular()->ResumeEvent(name.c_str());
+  }
   TmvTaskPool()->Stop();
 }
 
 }  // namespace detail
 
 // Runs the pool from here to the end of the scope, once in the life of the library. The end cancels
-// every tmv::Job of this program or DLL that has not ended, then stops the pool and waits for the
-// functions that run. Resume what was paused by PauseEvent before: Stop would wait for it. Declare
-// it after all that the tasks refer to, in a scope of one of the host's own threads; never as a
-// static object, which would stop the pool at unload. Throws as Start does.
+// every tmv::Job of this program or DLL that has not ended, resumes every event of MakeEvent that
+// is registered, then stops the pool and waits for the functions that run; other events that are
+// paused have to be resumed before. Declare it after all that the tasks refer to, in a scope of one
+// of the host's own threads; never as a static object, which would stop the pool at unload. Throws
+// as Start does.
 class RunningPool {
  public:
   // Starts the pool with that many workers. Throws as Start does.

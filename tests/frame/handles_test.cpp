@@ -139,6 +139,24 @@ TEST(HandlesTest, AnEndThatAPauseSwallowedIsReportedAgain) {
   EXPECT_TRUE(nextRan);
 }
 
+TEST(HandlesTest, APoolThatIsLeftWhileAnEventIsPausedResumesIt) {
+  std::atomic<int32_t> end{kTaskStateCreated};
+  std::atomic<bool> running{false};
+  const tmv::Task task = tmv::MakeTask("paused", [&](RkTask* self) {
+    running = true;
+    while (self->GetState() != kTaskStatePaused) std::this_thread::yield();
+    tmv::KeepGoing(self);
+  });
+  {
+    tmv::RunningPool pool(1);
+    TmvTaskSchedular()->AddEvent(EventOf("job", {task}, end));
+    Eventually([&running] { return running.load(); });
+    TmvTaskSchedular()->PauseEvent("job");
+  }
+  EXPECT_EQ(task->GetState(), kTaskStateSucceeded);
+  TmvTaskSchedular()->RemoveEvent("job");
+}
+
 TEST(HandlesTest, ACancelledCallableLeavesAtItsPausePoint) {
   std::atomic<int32_t> end{kTaskStateCreated};
   tmv::Task task;
