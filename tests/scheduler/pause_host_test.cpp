@@ -58,6 +58,7 @@ TEST(Pause, OfAnUnknownOrIdleEventReturnsAtOnce) {
   EXPECT_EQ(leaf->GetState(), kTaskStatePaused);
   Schedular().ResumeEvent("event");
   EXPECT_EQ(job[0]->GetState(), kTaskStateActive);
+  Pool().RemoveQueued("event");  // The end of the process would not release it.
 }
 
 TEST(Pause, AQueuedTaskParksWhenItsTurnComes) {

@@ -187,7 +187,8 @@ class Driver {
     }
     uint32_t count = 0;
     const tmv::TaskList running(TmvTaskPool()->ListRunning(event.name().c_str(), count));
-    if (std::distance(running.begin(), running.end()) != count) Fail("ListRunning miscounted");
+    const auto length = static_cast<uint32_t>(std::distance(running.begin(), running.end()));
+    if (length != count) Fail("ListRunning miscounted");
     const std::string task = event.SomeTaskName(random_);
     const bool cancelled = Schedular().IsTaskCancelled(task.c_str());
     if (cancelled && event.kind() == Kind::kPlain) Fail(task + " reads as cancelled");
