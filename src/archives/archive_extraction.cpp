@@ -19,8 +19,9 @@ namespace temvar {
 namespace {
 
 constexpr int kOutputError = -1;
-// What is written to the system at a time; most files go in one call.
-constexpr size_t kStreamSize = 64 << 10;
+// A damaged entry leaves on disk what came before the damage, in whole blocks of this size.
+constexpr unsigned kDamageBlock = 8192;
+static_assert(kReadSize % kDamageBlock == 0);
 
 void PrintZipError(int code, const char* where) {
   std::printf("error %d with zipfile in %s\n", code, where);
@@ -54,13 +55,14 @@ class Extraction {
   int ExtractFolder(const EntryPlace& place, const std::string& shown);
   int ExtractFile(const EntryInfo& entry, const EntryPlace& place, const std::string& shown);
   // `*total` becomes the number of bytes that the entry yielded.
-  int CopyOut(Stream output, uint64_t* total);
+  int CopyOut(const EntryInfo& entry, Stream output, uint64_t* total);
+  // After a failed read, with `done` bytes written: writes what is whole in small blocks.
+  void CopyUpToDamage(const EntryInfo& entry, std::FILE* output, uint64_t done);
 
   const unzFile archive_;
   const std::string prefix_;
   Destination destination_;
   const std::unique_ptr<char[]> block_ = NewReadBlock();
-  const std::unique_ptr<char[]> streamBuffer_{new char[kStreamSize]};
 };
 
 bool Extraction::ExtractAll() {
@@ -123,7 +125,7 @@ int Extraction::ExtractFile(const EntryInfo& entry, const EntryPlace& place,
   } else {
     std::printf(" extracting: %s\n", shown.c_str());
     uint64_t count = 0;
-    result = CopyOut(std::move(output), &count);
+    result = CopyOut(entry, std::move(output), &count);
     if (result != UNZ_OK) {
       unzCloseCurrentFile(archive_);
       return result;
@@ -136,21 +138,36 @@ int Extraction::ExtractFile(const EntryInfo& entry, const EntryPlace& place,
   return result;
 }
 
-int Extraction::CopyOut(Stream output, uint64_t* total) {
-  std::setvbuf(output.get(), streamBuffer_.get(), _IOFBF, kStreamSize);
+int Extraction::CopyOut(const EntryInfo& entry, Stream output, uint64_t* total) {
+  // The blocks are larger than a stream's own buffer.
+  std::setvbuf(output.get(), nullptr, _IONBF, 0);
   bool isWritten = true;
   int count = 0;
   while (isWritten && (count = unzReadCurrentFile(archive_, block_.get(), kReadSize)) > 0) {
     *total += static_cast<uint64_t>(count);
     isWritten = std::fwrite(block_.get(), static_cast<size_t>(count), 1, output.get()) == 1;
   }
-  if (count < 0) PrintZipError(count, "unzReadCurrentFile");
+  if (count < 0) {
+    PrintZipError(count, "unzReadCurrentFile");
+    CopyUpToDamage(entry, output.get(), *total);
+  }
   // The last bytes leave for the disk, which may be full, only here.
   if (std::fclose(output.release()) != 0) isWritten = false;
   if (count < 0) return count;
   if (isWritten) return UNZ_OK;
   std::printf("error in writing extracted file\n");
   return kOutputError;
+}
+
+void Extraction::CopyUpToDamage(const EntryInfo& entry, std::FILE* output, uint64_t done) {
+  unzCloseCurrentFile(archive_);
+  if (OpenEntry(archive_, entry) != UNZ_OK) return;
+  uint64_t read = 0;
+  int count = 0;
+  while ((count = unzReadCurrentFile(archive_, block_.get(), kDamageBlock)) > 0) {
+    read += static_cast<uint64_t>(count);
+    if (read > done) std::fwrite(block_.get(), static_cast<size_t>(count), 1, output);
+  }
 }
 
 }  // namespace

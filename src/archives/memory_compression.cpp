@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "archives/utility_unzip_impl.h"
@@ -20,7 +21,7 @@ constexpr int kGzipWindowBits = 15 + 16;
 // Stored blocks of level 0 are as long as the room for output, so this size is part of what
 // DeflateBuffer returns.
 constexpr size_t kPackedBlockSize = 1024;
-// Small enough to stay in the processor's cache until it is copied, large enough to make the costs
+// Small enough to stay in the processor's cache while it is filled, large enough to make the costs
 // of a call of zlib disappear.
 constexpr size_t kUnpackedBlockSize = 64 << 10;
 
@@ -51,34 +52,58 @@ class ZlibStream {
 
 Bytef* Input(const void* data) { return static_cast<Bytef*>(const_cast<void*>(data)); }
 
-// Makes room for `count` bytes more. A string that doubles would copy a large result once more on
-// its way; this one grows at once to the size that the rest of the input promises if it is packed
-// like the part before. The promise of a forged input is trusted up to kTrusted bytes only, and
-// beyond them up to four times what is there.
+// Appends all that the stream packs. Returns zlib's last result, or Z_BUF_ERROR once the bytes are
+// more than a BinaryDataResult can count.
+int AppendPacked(ZlibStream& stream, std::string& bytes) {
+  Bytef block[kPackedBlockSize];
+  int result = Z_OK;
+  while (result == Z_OK) {
+    stream->next_out = block;
+    stream->avail_out = sizeof(block);
+    result = deflate(stream.get(), Z_FINISH);
+    const size_t count = sizeof(block) - stream->avail_out;
+    if (count > kMaxBinaryDataSize - bytes.size()) return Z_BUF_ERROR;
+    bytes.append(reinterpret_cast<const char*>(block), count);
+  }
+  return result;
+}
+
+// Makes room for `count` bytes more. A string that doubles would touch the memory of a large result
+// once more on its way; this one grows at once to the size that the rest of the input promises if
+// it is packed like the part before. Room that is never used costs address space alone, of which a
+// 32-bit process has little: the promise is trusted up to a bound, and beyond it up to four times
+// what is there.
 void MakeRoom(std::string& bytes, size_t count, const z_stream& stream) {
-  constexpr size_t kTrusted = 32 << 20;
-  if (count <= bytes.capacity() - bytes.size() || stream.avail_in == 0 || stream.total_in == 0)
-    return;
+  constexpr size_t kTrusted = size_t{sizeof(void*) == 8 ? 256u : 64u} << 20;
+  if (count <= bytes.capacity() - bytes.size() || stream.total_in == 0) return;
   const double ratio = static_cast<double>(stream.total_out) / static_cast<double>(stream.total_in);
   const double promised = static_cast<double>(stream.total_out) + ratio * stream.avail_in;
   const size_t most = std::max(kTrusted, std::min(bytes.size(), kMaxBinaryDataSize / 4) * 4);
   // A hundredth more, since the ratio is never quite the same.
-  bytes.reserve(static_cast<size_t>(std::min(promised * 1.01, static_cast<double>(most))));
+  const double wanted = promised * 1.01 + static_cast<double>(count);
+  try {
+    bytes.reserve(static_cast<size_t>(std::min(wanted, static_cast<double>(most))));
+  } catch (const std::bad_alloc&) {
+    // Without the promise, then: the string takes what it needs.
+  }
 }
 
-// Runs `step` until it returns something else than 0 and appends its output. Returns its last
-// result, or Z_BUF_ERROR once the bytes are more than a BinaryDataResult can count.
-template <typename Step>
-int AppendAll(ZlibStream& stream, std::string& bytes, Bytef* block, size_t blockSize, Step step) {
+// The same for what the stream unpacks, which goes straight into the string.
+int AppendUnpacked(ZlibStream& stream, std::string& bytes) {
   int result = Z_OK;
+  // A small input doesn't fill a large block.
+  size_t room =
+      std::clamp<size_t>(size_t{stream->avail_in} * 4, kPackedBlockSize, kUnpackedBlockSize);
   while (result == Z_OK) {
-    stream->next_out = block;
-    stream->avail_out = static_cast<uInt>(blockSize);
-    result = step(stream.get());
-    const size_t count = blockSize - stream->avail_out;
-    if (count > kMaxBinaryDataSize - bytes.size()) return Z_BUF_ERROR;
-    MakeRoom(bytes, count, *stream.get());
-    bytes.append(reinterpret_cast<const char*>(block), count);
+    const size_t before = bytes.size();
+    MakeRoom(bytes, room, *stream.get());
+    bytes.resize(before + room);
+    stream->next_out = reinterpret_cast<Bytef*>(bytes.data()) + before;
+    stream->avail_out = static_cast<uInt>(room);
+    result = inflate(stream.get(), Z_NO_FLUSH);
+    bytes.resize(before + room - stream->avail_out);
+    if (bytes.size() > kMaxBinaryDataSize) return Z_BUF_ERROR;
+    room = kUnpackedBlockSize;
   }
   return result;
 }
@@ -193,9 +218,7 @@ bool TMVUtilityZipImpl::DeflateBuffer(BinaryDataResult* result, const void* data
   stream->next_in = Input(data);
   stream->avail_in = size;
   auto bytes = std::make_unique<std::string>();
-  Bytef block[kPackedBlockSize];
-  const int last = AppendAll(stream, *bytes, block, sizeof(block),
-                             [](z_stream* zlib) { return deflate(zlib, Z_FINISH); });
+  const int last = AppendPacked(stream, *bytes);
   stream.End();
   return Finish(result, std::move(bytes), last, stream->msg, "compression");
 }
@@ -207,9 +230,7 @@ bool TMVUtilityUnzipImpl::InflateBuffer(BinaryDataResult* result, const void* da
   stream->next_in = Input(data);
   stream->avail_in = size;
   auto bytes = std::make_unique<std::string>();
-  const auto block = std::make_unique_for_overwrite<Bytef[]>(kUnpackedBlockSize);
-  const int last = AppendAll(stream, *bytes, block.get(), kUnpackedBlockSize,
-                             [](z_stream* zlib) { return inflate(zlib, Z_NO_FLUSH); });
+  const int last = AppendUnpacked(stream, *bytes);
   stream.End();
   return Finish(result, std::move(bytes), last, stream->msg, "decompression");
 }

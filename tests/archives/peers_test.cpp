@@ -105,24 +105,6 @@ TEST_P(PeersTest, UnpacksWhatOthersPack) {
            });
 }
 
-// What the library doesn't read ends with false and never with other contents.
-TEST_P(PeersTest, RefusesWhatItDoesntRead) {
-  MakeTree();
-  WithEach({{"zip", "cd tree && zip -r -P secret ../a.zip ."},
-            {"zip", "cd tree && zip -r0 -P secret ../a.zip ."},
-            {"7z", "cd tree && 7z a -tzip -psecret -mem=AES256 ../a.zip ."},
-            {"7z", "cd tree && 7z a -tzip -mm=PPMd ../a.zip ."},
-            {"python3", PythonZip(",zipfile.ZIP_BZIP2")},
-            {"python3", PythonZip(",zipfile.ZIP_LZMA")},
-            {"zip", "cd tree && zip -r ../whole.zip . && head -c 250000 ../whole.zip > ../a.zip"}},
-           [this] {
-             EXPECT_FALSE(Extract().result);
-             if (Exists(Out("text.txt"))) {
-               EXPECT_NE(GetFile(Out("text.txt")), GetFile("tree/text.txt"));
-             }
-           });
-}
-
 TEST_P(PeersTest, OthersReadWhatItPacks) {
   MakeTree();
   const tmv::Zip zip = tmv::MakeZip();
@@ -139,38 +121,6 @@ TEST_P(PeersTest, OthersReadWhatItPacks) {
              ExpectSameFiles("seen");
              std::filesystem::remove_all(FilePath("seen"));
            });
-}
-
-TEST_P(PeersTest, BuffersAreExchangedWithPython) {
-  if (!Has("python3")) GTEST_SKIP() << "needs python3";
-  const std::string data = NoisyBytes(50'000) + std::string(50'000, 'x');
-  PutFile("data", data);
-  ASSERT_TRUE(
-      Shell(Python("import gzip,zlib\nd=open(\"data\",\"rb\").read()\n"
-                   "open(\"gz\",\"wb\").write(gzip.compress(d))\n"
-                   "open(\"z\",\"wb\").write(zlib.compress(d,9))")))
-      << log_;
-  const std::string gzipped = GetFile("gz");
-  std::string output(data.size(), '\0');
-  auto capacity = static_cast<uint32_t>(output.size());
-  EXPECT_EQ(TmvUtilityUnzip()->GunzipBuffer(gzipped.data(), static_cast<uint32_t>(gzipped.size()),
-                                            output.data(), &capacity),
-            0);
-  EXPECT_EQ(capacity, data.size());
-  EXPECT_TRUE(output == data);
-
-  const std::string packed = GetFile("z");
-  tmv::Bytes record;
-  ASSERT_TRUE(TmvUtilityUnzip()->InflateBuffer(record.Out(), packed.data(),
-                                               static_cast<uint32_t>(packed.size())));
-  EXPECT_TRUE(record.View() == data);
-  ASSERT_TRUE(tmv::MakeZip()->DeflateBuffer(record.Out(), data.data(),
-                                            static_cast<uint32_t>(data.size()), 6));
-  PutFile("ours", record.View());
-  EXPECT_TRUE(
-      Shell(Python("import zlib\nassert zlib.decompress(open(\"ours\",\"rb\").read())=="
-                   "open(\"data\",\"rb\").read()")))
-      << log_;
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The loops over zlib that GunzipBuffer and InflateBuffer are documented as: slow, and right to the
-// byte. Tests and fuzz targets compare the library with them.
+// The loops over zlib that GunzipBuffer and InflateBuffer are documented as: slow, right to the
+// byte.
 #ifndef TESTS_SUPPORT_ZLIB_LOOPS_H_
 #define TESTS_SUPPORT_ZLIB_LOOPS_H_
 
