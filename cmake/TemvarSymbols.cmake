@@ -27,3 +27,22 @@ function(temvar_keep_symbols library)
     install(FILES "${file}.debug" DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT symbols)
   endif()
 endfunction()
+
+# temvar_split_symbols(NAME TARGET FOLDER): the build target NAME puts two files into FOLDER: the
+# program or library of TARGET without what only a debugger needs, which is what is shipped, and
+# that as FILE.debug, which is kept. The first names the second (debuglink), so debuggers find it
+# beside the first. Both have the build identifier that a dump names.
+function(temvar_split_symbols name target folder)
+  set(shipped "${folder}/$<TARGET_FILE_NAME:${target}>")
+  set(stamp "${CMAKE_CURRENT_BINARY_DIR}/${name}.stamp")
+  add_custom_command(OUTPUT "${stamp}"
+    COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}"
+    COMMAND "${CMAKE_OBJCOPY}" --only-keep-debug "$<TARGET_FILE:${target}>" "${shipped}.debug"
+    COMMAND "${CMAKE_OBJCOPY}" --strip-unneeded "--add-gnu-debuglink=${shipped}.debug"
+      "$<TARGET_FILE:${target}>" "${shipped}"
+    COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
+    DEPENDS ${target}
+    COMMENT "Splitting the symbols off ${target}"
+    VERBATIM)
+  add_custom_target(${name} DEPENDS "${stamp}")
+endfunction()

@@ -4,7 +4,7 @@
 #include "temvar/export.h"
 #include "temvar/types.h"
 
-// Told where the archive of a finished report lies. The text is valid during the call, and the file
+// Receives the path of a finished report's archive. The text is valid during the call, and the file
 // may be missing: nothing that fails in a report stops the rest of it.
 using ReportCallback = void (*)(const TmvWideChar* archivePath);
 
@@ -15,19 +15,30 @@ using CollectCallback = void (*)(const TmvWideChar* dumpDirectory, void** result
 
 // Watches the process for crashes. A crash leaves a minidump in a directory of the host's choice,
 // then the host may add to that directory, then all of it is packed into an archive, and the host
-// is told. Nothing is sent anywhere and no dialog is shown.
+// is notified. Nothing is sent anywhere and no dialog is shown.
 //
 // Both callbacks run on the crashing thread of a process that has just failed: the heap may be
-// damaged or locked, other threads may run on, and a second crash in them ends the process. The
-// stack has 256 KiB, or what is left of it on Windows.
+// damaged or locked, and other threads run on. The stack has 256 KiB, or what is left of it on
+// Windows. A callback that throws is passed over, and the report goes on with the archive and the
+// notice. So is a callback that crashes or takes more than a minute, on Linux; on Windows a crash in
+// a callback is a crash of its own, and the second one inside a report ends the process. After a
+// callback or the heap has hung, each further one has five seconds.
 //
-// What counts as a crash, and how the process ends after it, is told in docs/crash-reports.md.
+// What counts as a crash, and how the process ends after it: docs/crash-reports.md.
 class TMVDbgReport {
  public:
-  // Installs the handlers for the life of the process. Dumps are `dumpDirectory`, the local time as
-  // 14 digits, and ".dmp"; archives have ".zip" behind that. The directory has to exist, and to end
-  // in a separator: without one the files lie beside it, with its name in front. `onReport` may be
-  // null; a null `onCollect` is left out.
+  // Installs the handlers for the life of the process, and keeps the library loaded for as long.
+  // Dumps are `dumpDirectory`, the local time as 14 digits, and ".dmp"; archives have ".zip" after
+  // that. `onReport` may be null; a null `onCollect` is left out.
+  //
+  // The directory has to exist and to end in a separator: without one the dumps lie beside it, with
+  // its name in front, and the archive lacks them. It should be absolute: a relative one counts from
+  // the current directory of the moment of the crash. Nothing in it is ever removed, and an archive
+  // holds every earlier dump that is still there: the host clears what it has dealt with. Dumps hold
+  // what was on the stacks, and who can write to the directory can put files into the next archive:
+  // it belongs to the user of the process alone. On Linux the files are readable by that user only,
+  // and links in the directory are neither followed nor packed.
+  //
   // A second call replaces the callbacks and puts the handlers back that another library may have
   // displaced; its directory counts only if the first call gave none.
   // Never fails. Throws std::bad_alloc. Belongs to the start of the host, on one thread.

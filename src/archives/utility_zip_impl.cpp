@@ -131,7 +131,9 @@ class Walk {
 void TMVUtilityZipImpl::AddDirectory(const char* directory, const char* root) {
   if (TmvUtilityString()->IsNullOrEmpty(directory)) return;
   if (TmvUtilityString()->IsNullOrEmpty(root)) root = directory;
-  const FileVisitor add = [this](const char* path, const char* name) { AddFile(path, name); };
+  const FileVisitor add = [this](const char* path, const char* name) {
+    if (!filter_ || filter_(path)) AddFile(path, name);
+  };
   Walk(CutOf(root), add).Run(ToWide(directory).get());
 }
 

@@ -4,14 +4,12 @@
 #include "crash/handlers.h"
 #include "crash/report_state.h"
 #include "platform/crash_clock.h"
+#include "platform/crash_steps.h"
 #include "platform/crash_thread.h"
 #include "platform/win32.h"
 
 namespace temvar {
 namespace {
-
-// SIGABRT of the Windows runtime.
-constexpr int kAbortSignal = 22;
 
 class TMVDbgReportImpl final : public TMVDbgReport {
  public:
@@ -38,18 +36,19 @@ void InstallHandlers() {
 void TMVDbgReportImpl::Install(const TmvWideChar* dumpDirectory, ReportCallback onReport,
                                CollectCallback onCollect) {
   SetDirectory(dumpDirectory);
-  report_callback.store(onReport);
-  collect_callback.store(onCollect);
+  reportCallback.store(onReport);
+  collectCallback.store(onCollect);
+  PrepareCrashSteps();
   PrepareCrashTime();
   KeepCrashStack();
   InstallHandlers();
 }
+
+TMVDbgReportImpl* ToImpl(TMVDbgReport* report) { return dynamic_cast<TMVDbgReportImpl*>(report); }
 
 }  // namespace
 }  // namespace temvar
 
 TMVDbgReport* CreateTmvDbgReport() { return new temvar::TMVDbgReportImpl; }
 
-void DestroyTmvDbgReport(TMVDbgReport* report) {
-  delete static_cast<temvar::TMVDbgReportImpl*>(report);
-}
+void DestroyTmvDbgReport(TMVDbgReport* report) { delete temvar::ToImpl(report); }

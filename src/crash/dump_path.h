@@ -9,9 +9,10 @@
 
 namespace temvar {
 
-// The path of one report's dump: directory, local time, ".dmp". It is built in a buffer that was
-// reserved at Install, since a thread may crash while it holds the lock of the heap. There are
-// eight buffers; only a ninth report at the same time takes memory of its own.
+// The paths of one report: directory, local time, ".dmp", and for the archive ".zip" after that.
+// They are built in a buffer that was reserved at Install, since a thread may crash while it holds
+// the lock of the heap. There are as many buffers as threads are waited for (running_reports.h);
+// only a report beyond those takes memory of its own.
 class DumpPath {
  public:
   // Makes the buffers for reports into `directory`. They are kept until the process ends: a crash
@@ -21,18 +22,20 @@ class DumpPath {
   // The directory given to Reserve; "" before it.
   static const TmvWideChar* Directory();
 
-  // Takes a buffer and builds the path of this moment.
+  // Takes a buffer and builds the paths of this moment.
   DumpPath();
   ~DumpPath();
   DumpPath(const DumpPath&) = delete;
   DumpPath& operator=(const DumpPath&) = delete;
 
-  const TmvWideChar* Text() const { return text_; }
+  const TmvWideChar* Dump() const { return dump_; }
+  const TmvWideChar* Archive() const { return archive_; }
 
  private:
-  TmvWideChar* text_ = nullptr;
   size_t place_ = 0;  // Of the buffer; one past the last for memory of its own.
   std::unique_ptr<TmvWideChar[]> overflow_;  // That memory.
+  TmvWideChar* dump_ = nullptr;
+  TmvWideChar* archive_ = nullptr;
 };
 
 }  // namespace temvar

@@ -1,24 +1,18 @@
 #include "crash/handlers.h"
 
-#include "crash/exit_flag.h"
 #include "crash/report.h"
+#include "crash/report_state.h"
 #include "crash/running_reports.h"
 
 namespace temvar {
-namespace {
-
-constexpr DWORD kAccessViolation = 0xC0000005;
-constexpr DWORD kHeapCorruption = 0xC0000374;
-
-}  // namespace
 
 LONG CALLBACK VectoredHandler(EXCEPTION_POINTERS* exception) {
   if (IsExiting()) return 1;
   switch (exception->ExceptionRecord->ExceptionCode) {
-    case kAccessViolation:
+    case static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION):
       MakeReport(exception, false);
       return EXCEPTION_CONTINUE_SEARCH;
-    case kHeapCorruption:
+    case static_cast<DWORD>(STATUS_HEAP_CORRUPTION):
       // First, so that an exception in this report doesn't start another one.
       SetExiting();
       MakeReport(exception, true);

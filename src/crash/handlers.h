@@ -5,9 +5,9 @@
 
 namespace temvar {
 
-// Sees every exception first, taken by somebody later or not. Reports an access violation without
-// telling the host, since the process may live on; a damaged heap for good. 1 when the exit flag is
-// set or the heap is damaged, else 0: execution is never resumed.
+// Sees every exception first, whether somebody takes it later or not. Reports an access violation
+// without telling the host, since the process may live on; a damaged heap for good. 1 when the exit
+// flag is set or the heap is damaged, else 0: execution is never resumed.
 LONG CALLBACK VectoredHandler(EXCEPTION_POINTERS* exception);
 
 // Sees what nobody took: reports it, tells the host, and lets the process end without a dialog.

@@ -1,29 +1,37 @@
 #include "crash/report.h"
 
 #include <cstdlib>
-#include <memory>
-#include <string>
+#include <string_view>
 
+#include "archives/utility_zip_impl.h"
 #include "crash/dump_path.h"
-#include "crash/minidump_filter.h"
 #include "crash/report_state.h"
 #include "crash/running_reports.h"
 #include "platform/crash_steps.h"
 #include "platform/crash_thread.h"
-#include "temvar/utility_zip.h"
 #include "utilities/string/text.h"
 
 namespace temvar {
 namespace {
 
-struct DestroyZip {
-  void operator()(TMVUtilityZip* zip) const { DestroyTmvUtilityZip(zip); }
-};
+constexpr size_t kMaxFileName = 256;
+
+// The name as the loader spells it; another case is another module.
+bool IsNtdll(const WCHAR* path) {
+  WCHAR name[kMaxFileName] = {};
+  _wsplitpath(path, nullptr, nullptr, name, nullptr);
+  return std::basic_string_view<WCHAR>(name) == TMV_WIDE("ntdll");
+}
+
+void FilterModule(const WCHAR* path, PMINIDUMP_CALLBACK_OUTPUT output) {
+  if ((output->ModuleWriteFlags & ModuleWriteDataSeg) == 0) return;
+  if (path != nullptr && IsNtdll(path)) return;
+  output->ModuleWriteFlags &= ~static_cast<decltype(output->ModuleWriteFlags)>(ModuleWriteDataSeg);
+}
 
 void WriteDump(const TmvWideChar* path, EXCEPTION_POINTERS* exception) {
   const DumpTurn turn;
-  const HANDLE file =
-      CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE file = CreateDumpFile(path);
   if (file == INVALID_HANDLE_VALUE) return;
   MINIDUMP_EXCEPTION_INFORMATION information = {GetCurrentThreadId(), exception, FALSE};
   MINIDUMP_CALLBACK_INFORMATION callback = {FilterMinidump, nullptr};
@@ -33,42 +41,48 @@ void WriteDump(const TmvWideChar* path, EXCEPTION_POINTERS* exception) {
 }
 
 void Collect() {
-  const CollectCallback collect = collect_callback.load();
+  const CollectCallback collect = collectCallback.load();
   if (collect == nullptr) return;
   void* result = nullptr;
   collect(DumpPath::Directory(), &result);
   std::free(result);
 }
 
-// Packs the dump directory, without the archives of earlier reports.
-void WriteArchive(const char* archive) {
+// Packs the dump directory, without the archives of earlier reports. Where somebody else has left a
+// link in it, what that leads to is none of the report's business, and a FIFO would be waited for.
+void WriteArchive(const TmvWideChar* path) {
+  StoreArchivePath(path);
+  if (!PrepareArchiveFile(path)) return;
+  const size_t directoryLength = std::basic_string_view<TmvWideChar>(DumpPath::Directory()).size();
   const NarrowText directory = ToUtf8(DumpPath::Directory());
-  const std::unique_ptr<TMVUtilityZip, DestroyZip> zip(CreateTmvUtilityZip());
-  zip->AddDirectory(directory.get(), nullptr);
-  zip->WriteArchive(archive, ";.zip;");
+  TMVUtilityZipImpl zip([directoryLength](const char* file) {
+    return IsPlainFile(ToWide(file).get(), directoryLength);
+  });
+  zip.AddDirectory(directory.get(), nullptr);
+  zip.WriteArchive(ToUtf8(path).get(), ";.zip;");
 }
 
 }  // namespace
 
+BOOL CALLBACK FilterMinidump(PVOID, PMINIDUMP_CALLBACK_INPUT input,
+                             PMINIDUMP_CALLBACK_OUTPUT output) {
+  if (input == nullptr || output == nullptr) return FALSE;
+  if (input->CallbackType == ModuleCallback) FilterModule(input->Module.FullPath, output);
+  return input->CallbackType <= IncludeModuleCallback ? TRUE : FALSE;
+}
+
 void MakeReport(EXCEPTION_POINTERS* exception, bool notify) {
   const RunningReport running;
-  if (!HasCrashStack() || running.GoesInCircles()) return;
-  const DumpPath dump;
-  WriteDump(dump.Text(), exception);
-  ExpectHeapInCrash();
-  Collect();
+  const CrashStackUse stack;
+  if (!stack.IsEnough() || running.GoesInCircles()) return;
+  const DumpPath path;
+  WriteDump(path.Dump(), exception);
 
-  const std::string archive = std::string(ToUtf8(dump.Text()).get()) + ".zip";
-  const WideText archive_path = ToWide(archive.c_str());
-  StoreArchivePath(archive_path.get());
-  try {
-    WriteArchive(archive.c_str());
-  } catch (...) {
-    // Too little memory for an archive: the host still learns of the dump beside it.
-  }
-
-  const ReportCallback report = report_callback.load();
-  if (notify && report != nullptr) report(archive_path.get());
+  const bool heapServes = HeapServesInCrash();
+  RunCrashStep([] { Collect(); });
+  if (heapServes) RunCrashStep([&] { WriteArchive(path.Archive()); });
+  const ReportCallback report = reportCallback.load();
+  if (notify && report != nullptr) RunCrashStep([&] { report(path.Archive()); });
 }
 
 }  // namespace temvar

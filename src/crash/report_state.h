@@ -1,4 +1,5 @@
-// What the crash report knows for the whole process.
+// What the crash report knows for the whole process. It has no lock: a thread may crash while it
+// holds any.
 #ifndef TEMVAR_CRASH_REPORT_STATE_H_
 #define TEMVAR_CRASH_REPORT_STATE_H_
 
@@ -23,11 +24,15 @@ struct ReportPaths {
 ReportPaths& GetReportPaths();
 
 // Remembers the path of a new archive. Of two threads that crash at once, one may leave this to the
-// other; nothing is stored once the paths are gone.
+// other; nothing is stored once the paths are gone. Takes the heap.
 void StoreArchivePath(const TmvWideChar* path);
 
-extern std::atomic<ReportCallback> report_callback;
-extern std::atomic<CollectCallback> collect_callback;
+extern std::atomic<ReportCallback> reportCallback;
+extern std::atomic<CollectCallback> collectCallback;
+
+// The exit flag, through the pointer of this moment. Any thread, and safe in a crash.
+bool IsExiting();
+void SetExiting();
 
 }  // namespace temvar
 

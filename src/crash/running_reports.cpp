@@ -11,8 +11,7 @@
 namespace temvar {
 namespace {
 
-constexpr size_t kMaxReports = 64;  // What goes beyond is made, but not waited for.
-constexpr int kMaxDepth = 2;        // Of reports inside each other.
+constexpr int kMaxDepth = 2;  // Of reports inside each other.
 constexpr std::chrono::milliseconds kPause{5};
 constexpr int kPauses = 60 * 200;
 constexpr int kPausesOfTurn = 30 * 200;
@@ -31,7 +30,20 @@ bool OthersRun() {
   });
 }
 
+// The process that the tables are about. A child that was forked during a report has its parent's,
+// and would wait for threads that it doesn't have.
+constinit std::atomic<DWORD> owner{0};
+
+void ForgetParent() {
+  const DWORD process = GetCurrentProcessId();
+  const DWORD before = owner.exchange(process);
+  if (before == process || before == 0) return;
+  for (std::atomic<DWORD>& place : threads) place.store(0);
+  turn.store(0);
+}
+
 size_t TakePlace() {
+  ForgetParent();
   for (size_t i = 0; i < kMaxReports; ++i) {
     DWORD free = 0;
     if (threads[i].compare_exchange_strong(free, GetCurrentThreadId())) return i;

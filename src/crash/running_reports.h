@@ -6,6 +6,8 @@
 
 namespace temvar {
 
+inline constexpr size_t kMaxReports = 64;  // What goes beyond is made, but not waited for.
+
 // Lives as long as a report of the calling thread. Safe in a crash.
 class RunningReport {
  public:

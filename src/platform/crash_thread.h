@@ -25,9 +25,24 @@ class CrashThreadScope {
 // process. A second call on one thread does nothing.
 void KeepCrashStack() noexcept;
 
-// False when the calling thread has overflown its stack without such room: a report would only
-// overflow what is left, and that may end the thread and leave the process. Safe in a crash.
-bool HasCrashStack() noexcept;
+// Lives as long as a report of the calling thread, and lets it use the room that is kept: a report
+// that begins with a little more than that left would run into the guard in front of it. Safe in a
+// crash.
+class CrashStackUse {
+ public:
+  CrashStackUse() noexcept;
+  ~CrashStackUse();
+  CrashStackUse(const CrashStackUse&) = delete;
+  CrashStackUse& operator=(const CrashStackUse&) = delete;
+
+  // False when so little is left that a report would overflow it, which may end the thread and
+  // leave the process running.
+  bool IsEnough() const { return isEnough_; }
+
+ private:
+  void* guard_ = nullptr;  // The opened page; null when none was in the way.
+  bool isEnough_ = true;
+};
 
 }  // namespace temvar
 

@@ -29,6 +29,7 @@
 
 #include "platform/posix/clock.h"
 #include "platform/posix/crash/exceptions.h"
+#include "platform/posix/crash/minidump/dump.h"
 #include "platform/posix/crypto.h"
 #include "platform/posix/errors.h"
 #include "platform/posix/files/file_io.h"

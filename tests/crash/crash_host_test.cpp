@@ -1,4 +1,4 @@
-// Crashes child programs and looks at what is left: the files, what the callbacks were told, and
+// Crashes child programs and looks at what is left: the files, what the callbacks were given, and
 // how the process ended.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 
 namespace {
 
-using namespace temvar_test;
+using namespace test;
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
@@ -25,7 +25,7 @@ using testing::UnorderedElementsAre;
 
 constexpr bool kWindows = std::filesystem::path::preferred_separator == '\\';
 
-// What a crash leads to: what the handlers see, 0 when no report is told of; how many passes of the
+// What a crash leads to: what the handlers see, 0 when no report is made; how many passes of the
 // handlers make one, the vectored handler and the unhandled filter or one of them; and how the
 // process ends.
 struct Ending {
@@ -54,6 +54,8 @@ const Way kWays[] = {
     {"null-call", kAccess, kSegfault},
     {"division", {0xC0000094, 1, 0, 0xC0000094}, {0xC0000094, 1, SIGFPE, 0}},
     {"illegal", {0xC000001D, 1, 0, 0xC000001D}, {0xC000001D, 1, SIGILL, 0}},
+    {"breakpoint", {0x80000003, 1, 0, 0x80000003}, {0x80000003, 1, SIGTRAP, 0}},
+    {"forbidden-call", {0xC000001C, 1, 0, 0xC000001C}, {0xC000001C, 1, SIGSYS, 0}},
     {"stack-overflow", kOverflow, kSegfault},
     {"abort", kUnreported, kAborted},
     {"terminate", kUnreported, kAborted},
@@ -66,9 +68,9 @@ const Way kWays[] = {
 };
 
 bool EndedAs(const CrashRun& run, const char* way) {
-  const auto is_it = [way](const Way& other) { return other.name == std::string(way); };
-  const Ending& ending = std::find_if(std::begin(kWays), std::end(kWays), is_it)->Here();
-  return !run.End().timed_out && run.End().signal == ending.signal &&
+  const auto isIt = [way](const Way& other) { return other.name == std::string(way); };
+  const Ending& ending = std::find_if(std::begin(kWays), std::end(kWays), isIt)->Here();
+  return !run.End().timedOut && run.End().signal == ending.signal &&
          run.End().status == ending.status;
 }
 
@@ -82,7 +84,7 @@ std::string NameOfWay(const testing::TestParamInfo<Way>& info) {
 }
 
 // What only a reader who knows the system can check: the code, the system's own fields, and where
-// the fault happened, as far as the child has told it.
+// the fault happened, as far as the child has logged it.
 void CheckDump(const Ending& ending, const CrashRun& run, const Minidump& dump) {
   constexpr uint64_t kFunctionSize = 2048;  // No function of the child is larger.
   if (const uint64_t fault = run.FaultAddress(); fault != 0) {
@@ -90,7 +92,7 @@ void CheckDump(const Ending& ending, const CrashRun& run, const Minidump& dump) 
     EXPECT_LT(dump.exception.registers.instruction, fault + kFunctionSize);
   }
   EXPECT_EQ(dump.platform, kWindows ? 2u : 0x8201u);
-  // On Linux the signal stands as the code, and the handlers' code beside it.
+  // On Linux the signal is the code, and the handlers' code beside it.
   EXPECT_EQ(dump.exception.code, kWindows ? ending.code : static_cast<uint32_t>(ending.signal));
   // In the list of threads Windows may show the crashed one inside the call that writes the dump
   // (Wine 10 does, Wine 8 does not); its stack holds the frame of the fault either way.
@@ -98,13 +100,13 @@ void CheckDump(const Ending& ending, const CrashRun& run, const Minidump& dump) 
   EXPECT_EQ(dump.FindThread(dump.exception.thread)->registers.instruction,
             dump.exception.registers.instruction);
   EXPECT_THAT(dump.exception.parameters, ElementsAre(ending.code));
-  EXPECT_TRUE(dump.texts_end);
-  EXPECT_TRUE(dump.ranges_apart);
+  EXPECT_TRUE(dump.textsEnd);
+  EXPECT_TRUE(dump.rangesApart);
   EXPECT_EQ(dump.processor, 9);
   EXPECT_THAT(dump.system, StartsWith("Linux "));
   EXPECT_NE(dump.process, 0u);
   EXPECT_EQ(dump.streams.count(0x47670009), 1u) << "mappings";
-  EXPECT_THAT(dump.modules, Contains(testing::Field(&DumpModule::build_id, SizeIs(20))));
+  EXPECT_THAT(dump.modules, Contains(testing::Field(&DumpModule::buildId, SizeIs(20))));
 }
 
 class EveryWay : public testing::TestWithParam<Way> {};
@@ -142,8 +144,8 @@ TEST_P(EveryWay, LeavesDumpAndArchiveAndTellsTheHost) {
     EXPECT_TRUE(dump.exception.registers.known);
     const DumpThread* const thread = dump.FindThread(dump.exception.thread);
     ASSERT_NE(thread, nullptr);
-    EXPECT_GE(dump.exception.registers.stack, thread->stack_start);
-    EXPECT_LT(dump.exception.registers.stack, thread->stack_start + thread->stack_size);
+    EXPECT_GE(dump.exception.registers.stack, thread->stackStart);
+    EXPECT_LT(dump.exception.registers.stack, thread->stackStart + thread->stackSize);
     CheckDump(way, run, dump);
   }
 }
@@ -168,7 +170,7 @@ TEST(CrashReport, ShowsTheOtherThreads) {
   EXPECT_GE(dump.threads.size(), 2u);
   for (const DumpThread& thread : dump.threads) {
     EXPECT_TRUE(thread.registers.known) << thread.id;
-    EXPECT_GT(thread.stack_size, 0u) << thread.id;
+    EXPECT_GT(thread.stackSize, 0u) << thread.id;
   }
 }
 
@@ -178,6 +180,46 @@ TEST(CrashReport, OutlivesTheHandleAndASecondInstall) {
   EXPECT_TRUE(EndedAs(run, "division")) << run.Describe();
   EXPECT_THAT(run.Dumps(), SizeIs(1));
   EXPECT_THAT(run.Lines("collect"), ElementsAre(run.DumpDirectory() + " null"));
+  EXPECT_THAT(run.Lines("report"), SizeIs(1));
+}
+
+// The handlers stay in force, so the code that they lead to stays as well.
+TEST(CrashReport, OutlivesTheHostsHoldOnTheLibrary) {
+  CrashRun run;
+  run.Start("null-write", {"unloaded"});
+  EXPECT_TRUE(EndedAs(run, "null-write")) << run.Describe();
+  EXPECT_THAT(run.Lines("report"), SizeIs(1));
+}
+
+// Nobody is asked whether the host will handle a fault: a dump and an archive, but no notice, and
+// the exit flag stays as it is.
+TEST(CrashReport, AFaultThatTheHostHandlesLeavesDumpAndArchive) {
+  CrashRun run;
+  run.Start("null-write", {"caught"});
+  EXPECT_EQ(run.End().status, 0u) << run.Describe();
+  EXPECT_THAT(run.Lines("ran"), ElementsAre("on"));
+  EXPECT_THAT(run.Lines("collect"), ElementsAre(run.DumpDirectory() + " null"));
+  EXPECT_THAT(run.Lines("report"), IsEmpty());
+  ASSERT_THAT(run.Dumps(), SizeIs(1));
+  ASSERT_THAT(run.Archives(), SizeIs(1));
+  EXPECT_THAT(ReadMinidump(run.Dumps()[0]).errors, IsEmpty());
+  EXPECT_THAT(EntryNames(run.Archives()[0]), ElementsAre(NameOf(run.Dumps()[0])));
+}
+
+// With the exit flag set around it such a fault leaves nothing, and the next crash is reported.
+TEST(CrashReport, AProbeUnderTheExitFlagLeavesReportingOn) {
+  CrashRun run;
+  run.Start("division", {"probe"});
+  EXPECT_TRUE(EndedAs(run, "division")) << run.Describe();
+  EXPECT_THAT(run.Dumps(), SizeIs(1));
+  EXPECT_THAT(run.Lines("report"), SizeIs(1));
+}
+
+TEST(CrashReport, ACallbackMayThrow) {
+  CrashRun run;
+  run.Start("division", {"throw-in-collect"});
+  EXPECT_TRUE(EndedAs(run, "division")) << run.Describe();
+  EXPECT_THAT(run.Archives(), SizeIs(1));
   EXPECT_THAT(run.Lines("report"), SizeIs(1));
 }
 
@@ -237,7 +279,7 @@ TEST(CrashReport, TakesPathsOfEveryKind) {
 TEST(CrashReport, AnOverflowOfAThreadOfTheHostIsNotReported) {
   CrashRun run;
   run.Start("thread-overflow");
-  EXPECT_FALSE(run.End().timed_out);
+  EXPECT_FALSE(run.End().timedOut);
   EXPECT_THAT(run.Lines("collect"), IsEmpty()) << run.Describe();
   EXPECT_THAT(run.Dumps(), IsEmpty());
   // 64-bit Wine (seen in 8.0) ends that thread alone.

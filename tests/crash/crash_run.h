@@ -1,5 +1,5 @@
-#ifndef TEMVAR_TESTS_CRASH_CRASH_RUN_H_
-#define TEMVAR_TESTS_CRASH_CRASH_RUN_H_
+#ifndef TESTS_CRASH_CRASH_RUN_H_
+#define TESTS_CRASH_CRASH_RUN_H_
 
 #include <algorithm>
 #include <filesystem>
@@ -14,7 +14,7 @@
 #include "support/work_folder.h"
 #include "support/zip_file.h"
 
-namespace temvar_test {
+namespace test {
 
 inline std::string ReadAll(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
@@ -28,14 +28,15 @@ class CrashRun {
     std::filesystem::create_directories(Folder() / "dumps");
   }
 
-  // Crashes in the way called `way` and waits for the end. `directory` stands for the dump
+  // Crashes in the way called `way` and waits for the end. An empty `directory` is the dump
   // directory, which is made; others can be named below Folder().
   void Start(const std::string& way, const std::vector<std::string>& options = {},
-             const std::string& directory = "") {
+             const std::string& directory = "",
+             const std::filesystem::path& program = ProgramFolder() / "crash_child") {
     std::vector<std::string> arguments = {way, directory.empty() ? DumpDirectory() : directory,
                                           Utf8(Folder() / "log")};
     arguments.insert(arguments.end(), options.begin(), options.end());
-    end_ = RunChild(ProgramFolder() / "crash_child", arguments, Folder() / "output");
+    end_ = RunChild(program, arguments, Folder() / "output");
   }
 
   const ChildEnd& End() const { return end_; }
@@ -61,7 +62,7 @@ class CrashRun {
   std::vector<std::filesystem::path> Dumps() const { return Files(".dmp"); }
   std::vector<std::filesystem::path> Archives() const { return Files(".zip"); }
 
-  // Where the function lies that crashes, as the child has logged it; 0 for none.
+  // Where the function is that crashes, as the child has logged it; 0 for none.
   uint64_t FaultAddress() const {
     const std::vector<std::string> lines = Lines("fault");
     return lines.empty() ? 0 : std::stoull(lines.front());
@@ -71,7 +72,7 @@ class CrashRun {
   std::string Describe() const {
     std::ostringstream text;
     text << "signal " << end_.signal << ", status " << std::hex << end_.status << std::dec
-         << (end_.timed_out ? ", timed out" : "") << "\nlog:\n"
+         << (end_.timedOut ? ", timed out" : "") << "\nlog:\n"
          << ReadAll(Folder() / "log") << "output:\n"
          << ReadAll(Folder() / "output") << "files:\n";
     for (const auto& entry : std::filesystem::recursive_directory_iterator(Folder())) {
@@ -101,6 +102,6 @@ inline std::vector<std::string> EntryNames(const std::filesystem::path& archive)
   return names;
 }
 
-}  // namespace temvar_test
+}  // namespace test
 
-#endif  // TEMVAR_TESTS_CRASH_CRASH_RUN_H_
+#endif  // TESTS_CRASH_CRASH_RUN_H_

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <exception>
 #include <stdexcept>
+#include <string_view>
 #include <thread>
 
 #if defined(__clang__)
@@ -47,9 +48,9 @@ TEST_KEEP_FRAME void ThrowUncaught() { throw std::runtime_error("nobody catches 
 // On a worker of the pool, in the middle of a task.
 void CrashOnWorker(Function fault) {
   RkTaskFunc* const func = CreateRkTaskFunc();
-  static Function in_task = nullptr;
-  in_task = fault;
-  func->SetCallback([](RkTask*, RkTaskData*) { in_task(); }, nullptr);
+  static Function inTask = nullptr;
+  inTask = fault;
+  func->SetCallback([](RkTask*, RkTaskData*) { inTask(); }, nullptr);
   TmvTaskPool()->Start(2);
   TmvTaskPool()->AddFunc(func);
   std::this_thread::sleep_for(std::chrono::minutes(2));
@@ -87,11 +88,19 @@ const struct {
     {"worker", [] { CrashOnWorker(WriteNull); }, WriteNull},
     {"worker-overflow", [] { CrashOnWorker(Overflow); }, Overflow},
     {"two-threads", CrashOnTwoThreads, WriteNull},
+    {"breakpoint", StopAtBreakpoint},
+    {"forbidden-call", CallForbidden},
     // On a thread that the library knows nothing of.
     {"thread-overflow", [] { std::thread(Overflow).join(); }},
 };
 
+// "stack-left-100": a write to address 0 with 100 KiB of the stack left.
+constexpr std::string_view kStackLeft = "stack-left-";
+
 TEST_KEEP_FRAME void CallFault(const std::string& name) {
+  if (name.rfind(kStackLeft, 0) == 0) {
+    CrashOnSmallStack(1024 * std::stoul(name.substr(kStackLeft.size())));
+  }
   for (const auto& way : kWays) {
     if (way.name == name) way.crash();
   }

@@ -1,6 +1,6 @@
-// Ways to crash, for crash_child.
-#ifndef TEMVAR_TESTS_CRASH_FAULTS_H_
-#define TEMVAR_TESTS_CRASH_FAULTS_H_
+// Ways to crash, and what may be wrong with the process that does, for crash_child.
+#ifndef TESTS_CRASH_FAULTS_H_
+#define TESTS_CRASH_FAULTS_H_
 
 #include <string>
 
@@ -17,9 +17,21 @@ const void* FaultFunction(const std::string& way);
 void DamageHeap();
 // Crashes inside malloc, under its lock; where that can't be had, does nothing.
 void CrashUnderHeapLock();
-// Skips faulting instructions from now on, as a structured handler of the host may. Windows only.
-void CatchFaults();
-// Handles the signals of a crash by a line in the log and the exit status 42. Not on Windows.
-void InstallForeignHandler(void (*log)(const char* line));
+// Stops at a breakpoint; calls the system in a way that it forbids.
+void StopAtBreakpoint();
+void CallForbidden();
+// Writes to address 0 with `left` bytes of the stack left. Windows has its handlers there;
+// elsewhere does nothing.
+void CrashOnSmallStack(size_t left);
+// Takes care of access violations, as a handler of the host does: set before Install, and used.
+void InstallCatcher();
+void RunCaught(const std::string& way);
+// Sets the process up for the option of crash_child called `option`, before Install and after it.
+// `log` writes a line.
+void SetUp(const std::string& option, bool installed, void (*log)(const char* line));
+// Takes the library out of the process, as far as the host can.
+void UnloadLibrary();
+// Forks a process that crashes, and waits for its end; does nothing on Windows.
+void ForkAndCrash();
 
-#endif  // TEMVAR_TESTS_CRASH_FAULTS_H_
+#endif  // TESTS_CRASH_FAULTS_H_

@@ -1,11 +1,109 @@
+#include <fcntl.h>
+#include <pthread.h>
+#include <sched.h>
+#include <setjmp.h>
 #include <signal.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <thread>
 
 #include "crash/faults.h"
+
+namespace {
+
+void (*foreignLog)(const char*) = nullptr;
+sigjmp_buf recovery;
+
+// Handles the signals of a crash by a line in the log and the exit status 42.
+void InstallForeignHandler() {
+  struct sigaction action = {};
+  action.sa_flags = SA_SIGINFO;
+  action.sa_sigaction = [](int number, siginfo_t* info, void*) {
+    // Only the fault itself has an address, and it is null.
+    const bool fault = number == SIGSEGV && info->si_code > 0 && info->si_addr == nullptr;
+    foreignLog(fault || number == SIGABRT ? "foreign " : "foreign-wrong ");
+    _exit(42);
+  };
+  sigaction(SIGSEGV, &action, nullptr);
+  sigaction(SIGABRT, &action, nullptr);
+}
+
+// Looks on and leaves the signal to whoever comes next.
+void InstallOnlooker() {
+  struct sigaction action = {};
+  action.sa_handler = [](int number) {
+    foreignLog("onlooker ");
+    signal(number, SIG_DFL);
+  };
+  sigaction(SIGSEGV, &action, nullptr);
+}
+
+void BlockSignals() {
+  sigset_t all;
+  sigfillset(&all);
+  pthread_sigmask(SIG_BLOCK, &all, nullptr);
+}
+
+void UseUpDescriptors() {
+  while (open("/dev/null", O_RDONLY) >= 0) {
+  }
+}
+
+void LimitFiles() {
+  const rlimit limit = {8192, RLIM_INFINITY};
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+// In a name space of the process's own. Without the rights for that /proc stays.
+void HideProc() {
+  if (unshare(CLONE_NEWNS) != 0) return;
+  mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
+  mount("none", "/proc", "tmpfs", 0, nullptr);
+}
+
+void StartTimer() {
+  signal(SIGALRM, [](int) {});
+  const itimerval often = {{0, 2000}, {0, 2000}};
+  setitimer(ITIMER_REAL, &often, nullptr);
+}
+
+void ChangeZone() {
+  setenv("TZ", "TST-13:37", 1);
+  tzset();
+}
+
+void StartThreads() {
+  for (int i = 0; i < 600; ++i) {
+    std::thread([] { pause(); }).detach();
+  }
+}
+
+const struct {
+  const char* option;
+  bool afterInstall;
+  void (*setUp)();
+} kSetUps[] = {
+    {"foreign", false, InstallForeignHandler},
+    {"foreign-later", true, InstallForeignHandler},
+    {"onlooker", false, InstallOnlooker},
+    {"signals-blocked", false, BlockSignals},
+    {"no-descriptors", true, UseUpDescriptors},
+    {"file-limit", true, LimitFiles},
+    {"no-proc", true, HideProc},
+    {"timer", true, StartTimer},
+    {"zone", true, ChangeZone},
+    {"many-threads", true, StartThreads},
+};
+
+}  // namespace
 
 void DamageHeap() {
   // A block that is freed twice: glibc's free() aborts with a message.
@@ -31,18 +129,35 @@ void CrashUnderHeapLock() {
   std::free(barrier);
 }
 
-void CatchFaults() {}
+void StopAtBreakpoint() { __asm__ volatile("int3"); }
 
-void InstallForeignHandler(void (*log)(const char* line)) {
-  static void (*foreign_log)(const char*) = log;
-  struct sigaction action = {};
-  action.sa_flags = SA_SIGINFO;
-  action.sa_sigaction = [](int number, siginfo_t* info, void*) {
-    // Only the fault itself has an address, and it is null.
-    const bool fault = number == SIGSEGV && info->si_code > 0 && info->si_addr == nullptr;
-    foreign_log(fault || number == SIGABRT ? "foreign" : "foreign-wrong");
-    _exit(42);
-  };
-  sigaction(SIGSEGV, &action, nullptr);
-  sigaction(SIGABRT, &action, nullptr);
+void CallForbidden() {
+  // As the kernel does for a system call that a filter forbids.
+  siginfo_t info = {};
+  info.si_signo = SIGSYS;
+  info.si_code = SI_QUEUE;
+  syscall(SYS_rt_tgsigqueueinfo, getpid(), syscall(SYS_gettid), SIGSYS, &info);
+}
+
+void CrashOnSmallStack(size_t) {}
+
+void InstallCatcher() {
+  signal(SIGSEGV, [](int) { siglongjmp(recovery, 1); });
+}
+
+void RunCaught(const std::string& way) {
+  if (sigsetjmp(recovery, 1) == 0) CrashBy(way);
+}
+
+void SetUp(const std::string& option, bool installed, void (*log)(const char* line)) {
+  foreignLog = log;
+  for (const auto& entry : kSetUps) {
+    if (entry.option == option && entry.afterInstall == installed) entry.setUp();
+  }
+}
+
+void ForkAndCrash() {
+  const pid_t child = fork();
+  if (child == 0) CrashBy("division");
+  waitpid(child, nullptr, 0);
 }

@@ -1,10 +1,12 @@
 #include <windows.h>
 
+#include <thread>
+
 #include "crash/faults.h"
 
 namespace {
 
-// Goes on behind the faulting instruction. Called after the handlers that were there before.
+// Goes on after the faulting instruction. Called after the handlers that were there before.
 LONG CALLBACK SkipInstruction(EXCEPTION_POINTERS* pointers) {
   if (pointers->ExceptionRecord->ExceptionCode != EXCEPTION_ACCESS_VIOLATION) {
     return EXCEPTION_CONTINUE_SEARCH;
@@ -18,6 +20,20 @@ LONG CALLBACK SkipInstruction(EXCEPTION_POINTERS* pointers) {
   return EXCEPTION_CONTINUE_EXECUTION;
 }
 
+// Crashes with `left` bytes between here and the end of the stack.
+__attribute__((noinline)) void CrashWithStackLeft(size_t left) {
+  MEMORY_BASIC_INFORMATION stack = {};
+  VirtualQuery(&stack, &stack, sizeof(stack));
+  volatile char frame[512];
+  frame[0] = 1;
+  if (static_cast<size_t>(&frame[0] - static_cast<char*>(stack.AllocationBase)) > left) {
+    CrashWithStackLeft(left);
+  } else {
+    CrashBy("null-write");
+  }
+  frame[1] = 1;
+}
+
 }  // namespace
 
 // What the heap of the system raises when it finds damage. Wine's own checks are off.
@@ -25,6 +41,20 @@ void DamageHeap() { RaiseException(0xC0000374, EXCEPTION_NONCONTINUABLE, 0, null
 
 void CrashUnderHeapLock() {}
 
-void CatchFaults() { AddVectoredExceptionHandler(0, SkipInstruction); }
+void StopAtBreakpoint() { RaiseException(EXCEPTION_BREAKPOINT, 0, 0, nullptr); }
 
-void InstallForeignHandler(void (*)(const char*)) {}
+void CallForbidden() { RaiseException(0xC000001C, 0, 0, nullptr); }
+
+void CrashOnSmallStack(size_t left) { CrashWithStackLeft(left); }
+
+void InstallCatcher() {}
+
+void RunCaught(const std::string& way) {
+  void* const handler = AddVectoredExceptionHandler(0, SkipInstruction);
+  CrashBy(way);
+  RemoveVectoredExceptionHandler(handler);
+}
+
+void SetUp(const std::string&, bool, void (*)(const char*)) {}
+
+void ForkAndCrash() {}

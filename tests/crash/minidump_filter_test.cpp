@@ -1,4 +1,4 @@
-#include "crash/minidump_filter.h"
+#include "crash/report.h"
 
 #include <gtest/gtest.h>
 

@@ -18,12 +18,13 @@
 #include <thread>
 
 #include "crash/crash_run.h"
+#include "platform/posix/crash/abort_message.h"
 #include "platform/posix/crash/minidump/dump.h"
 #include "platform/posix/crash/minidump/dump_file.h"
 
 namespace {
 
-using namespace temvar_test;
+using namespace test;
 using testing::IsEmpty;
 
 constexpr size_t kPage = 4096;
@@ -118,7 +119,7 @@ TEST(MinidumpWriter, TakesAStackPointerThatLeadsAnywhere) {
     Fault fault(AddressOf(test.pointer), AddressOf(test.pointer));
     const Minidump dump = fault.Dump();
     EXPECT_THAT(dump.errors, IsEmpty()) << test.what;
-    EXPECT_TRUE(dump.ranges_apart) << test.what;
+    EXPECT_TRUE(dump.rangesApart) << test.what;
     EXPECT_EQ(dump.exception.address, 0x1234u);
     EXPECT_EQ(dump.exception.registers.stack, AddressOf(test.pointer));
     if (test.start == nullptr) continue;
@@ -156,18 +157,18 @@ TEST(MinidumpWriter, KeepsStacksApartThatRunIntoEachOther) {
   end.set_value();
   other.join();
   EXPECT_THAT(dump.errors, IsEmpty());
-  EXPECT_TRUE(dump.ranges_apart);
-  EXPECT_GT(dump.FindThread(dump.exception.thread)->stack_size, 64u * 1024);
+  EXPECT_TRUE(dump.rangesApart);
+  EXPECT_GT(dump.FindThread(dump.exception.thread)->stackSize, 64u * 1024);
 }
 
-TEST(MinidumpWriter, TellsOfAFileThatCantBeWritten) {
+TEST(MinidumpWriter, ReportsAFileThatCantBeWritten) {
   Fault fault(0, 0);
   const WorkFolder folder;
   const OpenFile full("/dev/full", O_RDWR);
   const OpenFile created(folder.path() / "dump");
-  const OpenFile read_only(folder.path() / "dump", O_RDONLY);
+  const OpenFile readOnly(folder.path() / "dump", O_RDONLY);
   EXPECT_FALSE(fault.Write(full.descriptor));
-  EXPECT_FALSE(fault.Write(read_only.descriptor));
+  EXPECT_FALSE(fault.Write(readOnly.descriptor));
   EXPECT_FALSE(fault.Write(-1));
 }
 
@@ -211,20 +212,20 @@ struct ImageCase {
   const char* what;
   std::function<void(Image&)> damage;
   bool listed;
-  size_t id_size;
+  size_t idSize;
   size_t size = sizeof(Image);  // Of the file.
 };
 
 const ImageCase kImageCases[] = {
     {"sound", [](Image&) {}, true, 20},
     {"of no size", [](Image&) {}, false, 0, 0},
-    {"segments behind the end", [](Image& i) { i.header.e_phoff = 5000; }, false, 0},
+    {"segments after the end", [](Image& i) { i.header.e_phoff = 5000; }, false, 0},
     {"more segments than a page", [](Image& i) { i.header.e_phnum = UINT16_MAX; }, false, 0},
     {"segments of another size", [](Image& i) { i.header.e_phentsize = 8; }, false, 0},
     {"nothing to load", [](Image& i) { i.load.p_type = PT_NULL; }, false, 0},
     {"segment around the end", [](Image& i) { i.load.p_vaddr = UINT64_MAX - 9; }, false, 0},
     {"segment of 8 GiB", [](Image& i) { i.load.p_memsz = uint64_t{1} << 33; }, false, 0},
-    {"notes behind the end", [](Image& i) { i.notes.p_vaddr = kPage; }, true, 0},
+    {"notes after the end", [](Image& i) { i.notes.p_vaddr = kPage; }, true, 0},
     {"notes without end", [](Image& i) { i.notes.p_memsz = UINT64_MAX; }, true, 0},
     {"notes cut", [](Image& i) { i.notes.p_memsz = sizeof(Elf64_Nhdr) + 4; }, true, 0},
     {"no notes", [](Image& i) { i.notes.p_memsz = 0; }, true, 0},
@@ -256,13 +257,22 @@ TEST(MinidumpWriter, TakesEveryFileForAnImageThatLooksLikeOneAndNoOther) {
     munmap(mapped, 2 * kPage);
 
     EXPECT_THAT(dump.errors, IsEmpty()) << test.what;
-    EXPECT_TRUE(dump.ranges_apart) << test.what;
+    EXPECT_TRUE(dump.rangesApart) << test.what;
     const DumpModule* const module = dump.FindModule(AddressOf(mapped));
     EXPECT_EQ(module != nullptr, test.listed) << test.what;
     if (module == nullptr) continue;
-    EXPECT_EQ(module->build_id.size(), test.id_size) << test.what;
+    EXPECT_EQ(module->buildId.size(), test.idSize) << test.what;
     EXPECT_EQ(module->size, kPage) << test.what;
   }
+}
+
+TEST(AbortMessage, OfTheHeapIsNoAssertion) {
+  using temvar::posix::IsHeapMessage;
+  EXPECT_TRUE(IsHeapMessage("malloc(): corrupted top size"));
+  EXPECT_TRUE(IsHeapMessage("double free or corruption (!prev)"));
+  EXPECT_FALSE(IsHeapMessage("malloc-bench: main.c:12: main: Assertion `size > 0' failed.\n"));
+  EXPECT_FALSE(IsHeapMessage("free(): : main.c:12: main: Assertion `0' failed.\n"));
+  EXPECT_FALSE(IsHeapMessage("*** stack smashing detected ***: terminated\n"));
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
-// Starts a program and tells how it ended. child_process_posix.cpp, child_process_windows.cpp.
-#ifndef TEMVAR_TESTS_SUPPORT_CHILD_PROCESS_H_
-#define TEMVAR_TESTS_SUPPORT_CHILD_PROCESS_H_
+// Starts a program and reports how it ended. child_process_posix.cpp, child_process_windows.cpp.
+#ifndef TESTS_SUPPORT_CHILD_PROCESS_H_
+#define TESTS_SUPPORT_CHILD_PROCESS_H_
 
 #include <chrono>
 #include <cstdint>
@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-namespace temvar_test {
+namespace test {
 
 struct ChildEnd {
-  bool timed_out = false;  // It was ended by force.
+  bool timedOut = false;  // It was ended by force.
   int signal = 0;          // The signal that ended it; always 0 on Windows.
   uint32_t status = 0;     // Its exit status if no signal ended it.
   std::chrono::milliseconds duration{0};
@@ -29,6 +29,13 @@ ChildEnd RunChild(const std::filesystem::path& program, const std::vector<std::s
                   const std::filesystem::path& output = {},
                   std::chrono::seconds patience = std::chrono::seconds(250));
 
+}  // namespace test
+
+// For tests that use the name of before.
+namespace temvar_test {
+
+using namespace test;
+
 }  // namespace temvar_test
 
-#endif  // TEMVAR_TESTS_SUPPORT_CHILD_PROCESS_H_
+#endif  // TESTS_SUPPORT_CHILD_PROCESS_H_

@@ -11,7 +11,7 @@
 
 extern char** environ;
 
-namespace temvar_test {
+namespace test {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -49,8 +49,8 @@ ChildEnd RunChild(const std::filesystem::path& program, const std::vector<std::s
   ChildEnd end;
   int status = 0;
   while (waitpid(child, &status, WNOHANG) == 0) {
-    if (Clock::now() - start > patience && !end.timed_out) {
-      end.timed_out = true;
+    if (Clock::now() - start > patience && !end.timedOut) {
+      end.timedOut = true;
       kill(child, SIGKILL);
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -61,4 +61,4 @@ ChildEnd RunChild(const std::filesystem::path& program, const std::vector<std::s
   return end;
 }
 
-}  // namespace temvar_test
+}  // namespace test

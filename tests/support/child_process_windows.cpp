@@ -7,7 +7,7 @@
 #include "support/child_process.h"
 #include "support/work_folder.h"
 
-namespace temvar_test {
+namespace test {
 namespace {
 
 // The tests' own arguments hold no quotes and don't end in a backslash within quotes.
@@ -71,7 +71,7 @@ ChildEnd RunChild(const std::filesystem::path& program, const std::vector<std::s
   ChildEnd end;
   const auto limit = static_cast<DWORD>(std::chrono::milliseconds(patience).count());
   if (WaitForSingleObject(process.hProcess, limit) != WAIT_OBJECT_0) {
-    end.timed_out = true;
+    end.timedOut = true;
     TerminateProcess(process.hProcess, 1);
     WaitForSingleObject(process.hProcess, INFINITE);
   }
@@ -85,4 +85,4 @@ ChildEnd RunChild(const std::filesystem::path& program, const std::vector<std::s
   return end;
 }
 
-}  // namespace temvar_test
+}  // namespace test

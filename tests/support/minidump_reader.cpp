@@ -4,7 +4,7 @@
 #include <iterator>
 #include <utility>
 
-namespace temvar_test {
+namespace test {
 namespace {
 
 constexpr uint64_t kThreads = 3, kModules = 4, kMemory = 5, kException = 6, kSystem = 7, kMisc = 15,
@@ -60,7 +60,7 @@ class Reader {
   std::string Text(uint64_t offset) {
     const uint64_t size = Number(offset, 4);
     Check(size % 2 == 0, "even size of a text");
-    if (Number(offset + 4 + size, 2) != 0) dump_.texts_end = false;
+    if (Number(offset + 4 + size, 2) != 0) dump_.textsEnd = false;
     std::string text;
     for (uint64_t i = 0; i < size && i < 10'000; i += 2) {
       const uint64_t unit = Number(offset + 4 + i, 2);
@@ -106,9 +106,9 @@ class Reader {
       const uint64_t entry = at + 4 + i * 48;
       DumpThread thread;
       thread.id = static_cast<uint32_t>(Number(entry, 4));
-      thread.stack_start = Number(entry + 24, 8);
-      thread.stack_size = static_cast<uint32_t>(Number(entry + 32, 4));
-      Slice(Number(entry + 36, 4), thread.stack_size);
+      thread.stackStart = Number(entry + 24, 8);
+      thread.stackSize = static_cast<uint32_t>(Number(entry + 32, 4));
+      Slice(Number(entry + 36, 4), thread.stackSize);
       thread.registers = Registers(entry + 40);
       dump_.threads.push_back(thread);
     }
@@ -125,7 +125,7 @@ class Reader {
       module.path = Text(Number(entry + 20, 4));
       const uint64_t id_size = Number(entry + 76, 4);
       const uint64_t id = Number(entry + 80, 4);
-      if (id_size > 4 && Number(id, 4) == 0x4270454C) module.build_id = Slice(id + 4, id_size - 4);
+      if (id_size > 4 && Number(id, 4) == 0x4270454C) module.buildId = Slice(id + 4, id_size - 4);
       Check(module.base != 0 && module.size != 0, "place of a module");
       dump_.modules.push_back(module);
     }
@@ -138,7 +138,7 @@ class Reader {
       const uint64_t entry = at + 4 + i * 16;
       dump_.memory[Number(entry, 8)] = Slice(Number(entry + 12, 4), Number(entry + 8, 4));
     }
-    if (dump_.memory.size() != count) dump_.ranges_apart = false;
+    if (dump_.memory.size() != count) dump_.rangesApart = false;
   }
 
   void ReadException(uint64_t at, uint64_t size) {
@@ -159,13 +159,13 @@ class Reader {
   void CheckMemory() {
     uint64_t end = 0;
     for (const auto& [start, content] : dump_.memory) {
-      if (start < end) dump_.ranges_apart = false;
+      if (start < end) dump_.rangesApart = false;
       end = start + content.size();
     }
     for (const DumpThread& thread : dump_.threads) {
-      if (thread.stack_size == 0) continue;
-      const auto range = dump_.memory.find(thread.stack_start);
-      Check(range != dump_.memory.end() && range->second.size() == thread.stack_size,
+      if (thread.stackSize == 0) continue;
+      const auto range = dump_.memory.find(thread.stackStart);
+      Check(range != dump_.memory.end() && range->second.size() == thread.stackSize,
             "a stack stands in the memory list");
     }
     if (dump_.exception.present) {
@@ -200,4 +200,4 @@ Minidump ReadMinidump(const std::filesystem::path& file) {
   return dump;
 }
 
-}  // namespace temvar_test
+}  // namespace test

@@ -1,7 +1,7 @@
 // A second implementation of the minidump format: reads a dump by the offsets of the format's
 // description and complains of whatever doesn't hold together. Knows nothing of the writer.
-#ifndef TEMVAR_TESTS_SUPPORT_MINIDUMP_READER_H_
-#define TEMVAR_TESTS_SUPPORT_MINIDUMP_READER_H_
+#ifndef TESTS_SUPPORT_MINIDUMP_READER_H_
+#define TESTS_SUPPORT_MINIDUMP_READER_H_
 
 #include <cstdint>
 #include <filesystem>
@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace temvar_test {
+namespace test {
 
 struct DumpRegisters {
   bool known = false;  // The context was one of 32-bit or 64-bit x86.
@@ -20,8 +20,8 @@ struct DumpRegisters {
 
 struct DumpThread {
   uint32_t id = 0;
-  uint64_t stack_start = 0;
-  uint32_t stack_size = 0;
+  uint64_t stackStart = 0;
+  uint32_t stackSize = 0;
   DumpRegisters registers;
 };
 
@@ -29,7 +29,7 @@ struct DumpModule {
   uint64_t base = 0;
   uint32_t size = 0;
   std::string path;      // ASCII; '?' for anything else.
-  std::string build_id;  // Raw bytes.
+  std::string buildId;  // Raw bytes.
 };
 
 struct DumpException {
@@ -44,9 +44,9 @@ struct DumpException {
 struct Minidump {
   std::vector<std::string> errors;  // What is wrong with the file; empty for a good one.
   // Every text ends in a zero unit, as the format wants it; Wine's don't.
-  bool texts_end = true;
+  bool textsEnd = true;
   // No two memory ranges share an address. With several threads Wine tells some code twice.
-  bool ranges_apart = true;
+  bool rangesApart = true;
   uint16_t processor = 0;
   uint32_t platform = 0;
   std::string system;
@@ -63,6 +63,6 @@ struct Minidump {
 
 Minidump ReadMinidump(const std::filesystem::path& file);
 
-}  // namespace temvar_test
+}  // namespace test
 
-#endif  // TEMVAR_TESTS_SUPPORT_MINIDUMP_READER_H_
+#endif  // TESTS_SUPPORT_MINIDUMP_READER_H_

@@ -6,25 +6,49 @@ namespace temvar {
 namespace {
 
 // The report packs an archive and calls the host on what is left of an overflown stack.
-constexpr ULONG kKeptStack = 256 * 1024;
-// With this much a report came no further than its dump, and 64-bit not as far (Wine 8.0).
-constexpr size_t kLeastStack = 32 * 1024;
+constexpr size_t kKeptStack = 256 * 1024;
+// A report took 80 KiB to its end, and 48 KiB to its dump (32-bit Wine 8.0). With less than this an
+// overflow in the middle ended a 64-bit thread alone.
+constexpr size_t kLeastStack = 64 * 1024;
 constexpr size_t kPageSize = 4096;
-// No guard so close below what the thread is using.
+// No guard so close below what the thread is using: the system's own way to the handlers.
 constexpr size_t kSafeDistance = 64 * 1024;
+
+// The lower end of the calling thread's stack; null if that isn't known.
+char* StackBottom() {
+  MEMORY_BASIC_INFORMATION stack = {};
+  const bool known = VirtualQuery(&stack, &stack, sizeof(stack)) != 0;
+  return known ? static_cast<char*>(stack.AllocationBase) : nullptr;
+}
+
+size_t BytesAbove(const char* address) {
+  const char here = 0;
+  return &here > address ? static_cast<size_t>(&here - address) : 0;
+}
 
 // Windows keeps the bottom of a stack out of reach until the overflow. Wine 8.0 has all of it in
 // reach and guards the last page alone, whatever it was asked to keep: a guard on top of the kept
 // part makes it raise the overflow there, with all of that part left.
 void GuardKeptStack() {
-  MEMORY_BASIC_INFORMATION stack = {};
+  char* const bottom = StackBottom();
+  if (bottom == nullptr) return;
+  char* const guard = bottom + kKeptStack;
   MEMORY_BASIC_INFORMATION page = {};
-  if (VirtualQuery(&stack, &stack, sizeof(stack)) == 0) return;
-  char* const guard = static_cast<char*>(stack.AllocationBase) + kKeptStack;
-  if (reinterpret_cast<char*>(&stack) < guard + kSafeDistance) return;
+  if (BytesAbove(guard) < kSafeDistance) return;
   if (VirtualQuery(guard, &page, sizeof(page)) == 0 || page.State != MEM_COMMIT) return;
   DWORD before = 0;
   VirtualProtect(guard, kPageSize, PAGE_READWRITE | PAGE_GUARD, &before);
+}
+
+// Opens that guard. Null where there is none: on Windows, on a thread that this library doesn't
+// know, and after the overflow, which has opened it.
+void* OpenKeptStack(char* bottom) {
+  char* const guard = bottom + kKeptStack;
+  MEMORY_BASIC_INFORMATION page = {};
+  if (VirtualQuery(guard, &page, sizeof(page)) == 0 || page.State != MEM_COMMIT) return nullptr;
+  DWORD before = 0;
+  if ((page.Protect & PAGE_GUARD) == 0) return nullptr;
+  return VirtualProtect(guard, kPageSize, PAGE_READWRITE, &before) ? guard : nullptr;
 }
 
 }  // namespace
@@ -39,11 +63,15 @@ void KeepCrashStack() noexcept {
   if (SetThreadStackGuarantee(&size)) GuardKeptStack();
 }
 
-bool HasCrashStack() noexcept {
-  MEMORY_BASIC_INFORMATION stack = {};
-  if (VirtualQuery(&stack, &stack, sizeof(stack)) == 0) return true;
-  return reinterpret_cast<char*>(&stack) - static_cast<char*>(stack.AllocationBase) >=
-         static_cast<ptrdiff_t>(kLeastStack);
+CrashStackUse::CrashStackUse() noexcept {
+  char* const bottom = StackBottom();
+  if (bottom == nullptr) return;
+  isEnough_ = BytesAbove(bottom) >= kLeastStack;
+  guard_ = OpenKeptStack(bottom);
+}
+
+CrashStackUse::~CrashStackUse() {
+  if (guard_ != nullptr) GuardKeptStack();
 }
 
 }  // namespace temvar

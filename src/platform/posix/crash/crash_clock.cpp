@@ -2,6 +2,12 @@
 
 #include <time.h>
 
+#include <cstring>
+#include <iterator>
+
+#include "platform/crash_steps.h"
+#include "platform/posix/crash/signal_report.h"
+
 namespace temvar {
 namespace {
 
@@ -17,7 +23,31 @@ struct ZoneOffset {
 };
 
 constinit ZoneOffset offsets[kMaxOffsets] = {};
-constinit size_t offset_count = 0;
+constinit size_t offsetCount = 0;
+
+// What the C library knows of the zone when the offsets are noted. It is read without its lock: a
+// torn value only costs the slower way below.
+struct ZoneFacts {
+  long standardOffset;
+  long hasSummer;
+  char names[2][16];
+
+  void Read() {
+    standardOffset = timezone;
+    hasSummer = daylight;
+    for (size_t i = 0; i < std::size(names); ++i) {
+      std::memset(names[i], 0, sizeof(names[i]));
+      std::strncpy(names[i], tzname[i], sizeof(names[i]) - 1);
+    }
+  }
+};
+constinit ZoneFacts notedZone = {};
+
+bool HasZoneChanged() {
+  ZoneFacts now = {};
+  now.Read();
+  return std::memcmp(&now, &notedZone, sizeof(now)) != 0;
+}
 
 int64_t OffsetAt(int64_t moment) {
   const time_t value = moment;
@@ -35,9 +65,21 @@ int64_t FindChange(int64_t early, int64_t late) {
   return late;
 }
 
+bool AskLibrary(int64_t moment, int64_t& offset) {
+  posix::SignalReport* const report = posix::SignalReport::Current();
+  if (report != nullptr) report->Hurry();
+  const bool done = RunCrashStep([&] { offset = OffsetAt(moment); });
+  if (report != nullptr && done) report->RestoreTime();
+  return done;
+}
+
 int64_t OffsetFor(int64_t moment) {
   int64_t offset = 0;
-  for (size_t i = 0; i < offset_count; ++i) {
+  // The host has changed its zone since. The C library's conversion may wait for the lock that the
+  // crashed thread holds; it is left then, and the old zone has to do.
+  if (HasZoneChanged() && AskLibrary(moment, offset)) return offset;
+  offset = 0;
+  for (size_t i = 0; i < offsetCount; ++i) {
     if (i == 0 || offsets[i].since <= moment) offset = offsets[i].offset;
   }
   return offset;
@@ -51,19 +93,18 @@ struct Date {
 
 // Civil date of a day number, counted from 1970-01-01. Years are taken to begin in March, so that
 // the leap day is the last of its year; 400 of them have 146,097 days.
-Date DateOfDay(int64_t day_number) {
-  const int64_t shifted = day_number + 719468;  // From 0000-03-01.
+Date DateOfDay(int64_t dayNumber) {
+  const int64_t shifted = dayNumber + 719468;  // From 0000-03-01.
   const int64_t era = (shifted >= 0 ? shifted : shifted - 146096) / 146097;
-  const int64_t day_of_era = shifted - era * 146097;
-  const int64_t year_of_era =
-      (day_of_era - day_of_era / 1460 + day_of_era / 36524 - day_of_era / 146096) / 365;
-  const int64_t day_of_year =
-      day_of_era - (365 * year_of_era + year_of_era / 4 - year_of_era / 100);
-  const int64_t march_month = (5 * day_of_year + 2) / 153;
+  const int64_t dayOfEra = shifted - era * 146097;
+  const int64_t yearOfEra =
+      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+  const int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const int64_t marchMonth = (5 * dayOfYear + 2) / 153;
   Date date = {};
-  date.day = day_of_year - (153 * march_month + 2) / 5 + 1;
-  date.month = march_month < 10 ? march_month + 3 : march_month - 9;
-  date.year = year_of_era + era * 400 + (date.month <= 2 ? 1 : 0);
+  date.day = dayOfYear - (153 * marchMonth + 2) / 5 + 1;
+  date.month = marchMonth < 10 ? marchMonth + 3 : marchMonth - 9;
+  date.year = yearOfEra + era * 400 + (date.month <= 2 ? 1 : 0);
   return date;
 }
 
@@ -81,12 +122,13 @@ void PrepareCrashTime() {
   tzset();
   int64_t day = time(nullptr);
   const int64_t end = day + kYearsAhead * 366 * kDay;
-  offset_count = 0;
-  offsets[offset_count++] = {day, OffsetAt(day)};
-  for (; day < end && offset_count < kMaxOffsets; day += kDay) {
-    if (OffsetAt(day + kDay) == offsets[offset_count - 1].offset) continue;
+  notedZone.Read();
+  offsetCount = 0;
+  offsets[offsetCount++] = {day, OffsetAt(day)};
+  for (; day < end && offsetCount < kMaxOffsets; day += kDay) {
+    if (OffsetAt(day + kDay) == offsets[offsetCount - 1].offset) continue;
     const int64_t change = FindChange(day, day + kDay);
-    offsets[offset_count++] = {change, OffsetAt(change)};
+    offsets[offsetCount++] = {change, OffsetAt(change)};
   }
 }
 

@@ -1,111 +1,118 @@
-#include "platform/posix/crash/watchdog.h"
-
-#include <pthread.h>
-#include <signal.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
-#include <array>
-#include <atomic>
-#include <cstdlib>
-#include <ctime>
-
 #include "platform/crash_steps.h"
 
-namespace temvar::posix {
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+
+#include "platform/posix/crash/reserve.h"
+#include "platform/posix/crash/signal_report.h"
+#include "platform/posix/files/file_handle.h"
+#include "platform/posix/files/narrow_path.h"
+
+namespace temvar {
 namespace {
 
-constexpr size_t kMaxReports = 64;
+using posix::NarrowPath;
+using posix::SignalReport;
 
-// Kernel numbers of the threads inside a report, 0 for a free place.
-constinit std::array<std::atomic<long>, kMaxReports> threads{};
-
-constexpr unsigned kReportSeconds = 60;
-constexpr unsigned kHeapSeconds = 5;
 // Larger than what glibc keeps for each thread without a lock.
 constexpr size_t kProbeSize = 16 * 1024;
 
-constinit std::atomic<int> watched{0};
-constinit std::atomic<int> signal_of_watchdog{0};
-constinit struct sigaction alarm_before = {};
+// Once a step has hung, others will hang as well: what hung it is still there.
+constinit std::atomic<bool> hurries{false};
 
-long ThreadId() { return syscall(SYS_gettid); }
+// A dump holds what was on the stacks: nobody else may read it.
+constexpr mode_t kOwnerOnly = 0600;
 
-void SleepTenMilliseconds() {
-  const timespec pause = {0, 10'000'000};
-  nanosleep(&pause, nullptr);
+int CreateOwnFile(const TmvWideChar* path) {
+  const NarrowPath narrow(path);
+  if (!narrow.ok()) return -1;
+  unlink(narrow.c_str());
+  return open(narrow.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly);
 }
 
-bool TakePlace(long thread) {
-  for (std::atomic<long>& place : threads) {
-    long free = 0;
-    if (place.compare_exchange_strong(free, thread)) return true;
+void PinLibrary() {
+  static const char anchor = 0;
+  Dl_info library = {};
+  if (dladdr(&anchor, &library) == 0) return;
+  // The handle is never closed, and the flag keeps the library even where the host closes too
+  // often.
+  dlopen(library.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+}  // namespace
+
+void PrepareCrashSteps() noexcept {
+  PinLibrary();
+  posix::FillReserve();
+}
+
+HANDLE CreateDumpFile(const TmvWideChar* path) noexcept {
+  const int descriptor = CreateOwnFile(path);
+  return descriptor < 0 ? INVALID_HANDLE_VALUE : posix::HandleOfDescriptor(descriptor);
+}
+
+bool PrepareArchiveFile(const TmvWideChar* path) noexcept {
+  const int descriptor = CreateOwnFile(path);
+  if (descriptor >= 0) close(descriptor);
+  return descriptor >= 0;
+}
+
+bool IsPlainFile(const TmvWideChar* path, size_t directoryLength) {
+  TmvWideChar part[PATH_MAX];
+  for (size_t i = 0; i + 1 < PATH_MAX; ++i) {
+    part[i] = path[i];
+    const bool end = path[i] == u'\0';
+    if (!end && (i <= directoryLength || (path[i] != u'/' && path[i] != u'\\'))) continue;
+    part[i] = u'\0';
+    struct stat info;
+    const NarrowPath narrow(part);
+    if (!narrow.ok() || lstat(narrow.c_str(), &info) != 0 || S_ISLNK(info.st_mode)) return false;
+    if (end) return S_ISREG(info.st_mode);
+    part[i] = path[i];
   }
   return false;
 }
 
-void OnAlarm(int) { DieOf(signal_of_watchdog.load()); }
+bool HeapServesInCrash() noexcept {
+  SignalReport* const report = SignalReport::Current();
+  if (report == nullptr) return true;
+  posix::ReleaseReserve();
+  report->OpenSignals();
+  if (hurries.load()) return false;
+  report->Hurry();
+  const bool serves = RunCrashStep([] {
+    void* volatile block = std::malloc(kProbeSize);
+    std::free(block);
+  });
+  serves ? report->RestoreTime() : hurries.store(true);
+  return serves;
+}
 
-}  // namespace
-
-bool EnterReport() {
-  const long thread = ThreadId();
-  for (const std::atomic<long>& place : threads) {
-    if (place.load() == thread) return false;
+bool RunCrashStep(void (*step)(void*), void* argument) noexcept {
+  SignalReport* const report = SignalReport::Current();
+  sigjmp_buf wayOut;
+  volatile bool done = false;
+  if (report != nullptr) {
+    if (sigsetjmp(wayOut, 1) != 0) {
+      if (report->IsLate()) hurries.store(true);
+      return false;
+    }
+    if (hurries.load()) report->Hurry();
+    report->SetWayOut(&wayOut);
   }
-  while (!TakePlace(thread)) SleepTenMilliseconds();
-  return true;
-}
-
-void LeaveReport() {
-  const long thread = ThreadId();
-  for (std::atomic<long>& place : threads) {
-    if (place.load() == thread) place.store(0);
+  try {
+    step(argument);
+    done = true;
+  } catch (...) {
+    // What the host throws concerns the host's step alone.
   }
-}
-
-void ArmWatchdog(int signal_number) {
-  signal_of_watchdog.store(signal_number);
-  if (watched.fetch_add(1) == 0) {
-    struct sigaction action = {};
-    action.sa_handler = OnAlarm;
-    action.sa_flags = SA_ONSTACK;
-    sigaction(SIGALRM, &action, &alarm_before);
-  }
-  sigset_t set;
-  sigemptyset(&set);
-  sigaddset(&set, SIGALRM);
-  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-  alarm(kReportSeconds);
-}
-
-void DisarmWatchdog() {
-  if (watched.fetch_sub(1) != 1) return;
-  alarm(0);
-  sigaction(SIGALRM, &alarm_before, nullptr);
-}
-
-void DieOf(int signal_number) {
-  struct sigaction action = {};
-  action.sa_handler = SIG_DFL;
-  sigaction(signal_number, &action, nullptr);
-  sigset_t set;
-  sigemptyset(&set);
-  sigaddset(&set, signal_number);
-  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-  syscall(SYS_tgkill, getpid(), ThreadId(), signal_number);
-  _exit(128 + signal_number);
-}
-
-}  // namespace temvar::posix
-
-namespace temvar {
-
-void ExpectHeapInCrash() {
-  alarm(posix::kHeapSeconds);
-  void* volatile block = std::malloc(posix::kProbeSize);
-  std::free(block);
-  alarm(posix::kReportSeconds);
+  if (report != nullptr) report->SetWayOut(nullptr);
+  return done;
 }
 
 }  // namespace temvar

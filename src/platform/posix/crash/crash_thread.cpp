@@ -6,6 +6,8 @@
 
 #include <new>
 
+#include "platform/posix/crash/signal_report.h"
+
 namespace temvar {
 namespace {
 
@@ -16,7 +18,7 @@ constexpr size_t kCrashStackSize = 256 * 1024;
 struct CrashStack {
   stack_t before;  // What the thread had: null pointer and SS_DISABLE, or a smaller stack.
   void* block;     // Guard page, stack, guard page.
-  size_t block_size;
+  size_t blockSize;
 };
 
 // Null when the thread has enough already, or when there is no memory.
@@ -44,18 +46,26 @@ CrashStack* AddCrashStack() {
 
 }  // namespace
 
-CrashThreadScope::CrashThreadScope() noexcept : stack_(AddCrashStack()) {}
+CrashThreadScope::CrashThreadScope() noexcept : stack_(AddCrashStack()) {
+  // A worker inherits the mask of the thread that starts the pool.
+  posix::UnblockCrashSignals();
+}
 
 CrashThreadScope::~CrashThreadScope() {
   if (stack_ == nullptr) return;
   const CrashStack made = *static_cast<CrashStack*>(stack_);
   sigaltstack(&made.before, nullptr);
-  munmap(made.block, made.block_size);
+  munmap(made.block, made.blockSize);
 }
 
-void KeepCrashStack() noexcept { AddCrashStack(); }
+void KeepCrashStack() noexcept {
+  AddCrashStack();
+  posix::UnblockCrashSignals();
+}
 
 // The kernel ends the process when a handler has no room.
-bool HasCrashStack() noexcept { return true; }
+CrashStackUse::CrashStackUse() noexcept = default;
+
+CrashStackUse::~CrashStackUse() = default;
 
 }  // namespace temvar

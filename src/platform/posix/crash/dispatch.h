@@ -1,10 +1,11 @@
+// From the signals of a crash to the handlers that exceptions.h has registered.
 #ifndef TEMVAR_PLATFORM_POSIX_CRASH_DISPATCH_H_
 #define TEMVAR_PLATFORM_POSIX_CRASH_DISPATCH_H_
 
 #include <signal.h>
 #include <ucontext.h>
 
-#include "platform/posix/win32_types.h"
+#include "platform/posix/crash/exceptions.h"
 
 namespace temvar::posix {
 
@@ -12,14 +13,25 @@ namespace temvar::posix {
 inline constexpr DWORD kCxxException = 0xE06D7363;
 
 // The exception that a fault stands for; 0 for a signal that stands for none.
-DWORD ExceptionCodeOf(int signal_number);
+DWORD ExceptionCodeOf(int signalNumber);
 
-// Asks the vectored handler, then the unhandled filter. True when one of them wants execution to go
-// on where it stopped. An exception that leaves a handler ends the process.
-bool DispatchException(DWORD code, int signal_number, const siginfo_t* info,
-                       const ucontext_t* machine) noexcept;
+// One crash as the handlers see it. Valid as long as what it was made from.
+class Exception {
+ public:
+  Exception(DWORD code, int signalNumber, const siginfo_t* info, const ucontext_t* machine);
 
-// Calls what signal(22) has set.
+  // Asks the vectored handler, and the unhandled filter. True when it wants execution to go on
+  // where it stopped. An exception that leaves a handler ends the process.
+  bool AskVectoredHandler() noexcept;
+  bool AskUnhandledFilter() noexcept;
+
+ private:
+  EXCEPTION_RECORD record_ = {};
+  CONTEXT context_;
+  EXCEPTION_POINTERS pointers_;
+};
+
+// Calls what signal(kAbortSignal) has set.
 void CallAbortHandler();
 
 }  // namespace temvar::posix

@@ -1,33 +1,31 @@
-#include "platform/posix/crash/dispatch.h"
+#include "platform/posix/crash/exceptions.h"
 
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
 
-#include "platform/posix/crash/exceptions.h"
+#include "platform/crash_steps.h"
+#include "platform/posix/crash/dispatch.h"
 #include "platform/posix/crash/signals.h"
 
 namespace {
 
-// SIGABRT of the Windows runtime.
-constexpr int kAbortSignal = 22;
-
-constinit std::atomic<PVECTORED_EXCEPTION_HANDLER> vectored_handler{nullptr};
-constinit std::atomic<LPTOP_LEVEL_EXCEPTION_FILTER> unhandled_filter{nullptr};
-constinit std::atomic<temvar::SignalHandler> abort_handler{nullptr};
+constinit std::atomic<PVECTORED_EXCEPTION_HANDLER> vectoredHandler{nullptr};
+constinit std::atomic<LPTOP_LEVEL_EXCEPTION_FILTER> unhandledFilter{nullptr};
+constinit std::atomic<temvar::SignalHandler> abortHandler{nullptr};
 
 }  // namespace
 
 PVOID AddVectoredExceptionHandler(DWORD, PVECTORED_EXCEPTION_HANDLER handler) {
   PVECTORED_EXCEPTION_HANDLER none = nullptr;
-  if (!vectored_handler.compare_exchange_strong(none, handler)) return nullptr;
+  if (!vectoredHandler.compare_exchange_strong(none, handler)) return nullptr;
   temvar::posix::InstallCrashHandlers();
-  return &vectored_handler;
+  return &vectoredHandler;
 }
 
 LPTOP_LEVEL_EXCEPTION_FILTER SetUnhandledExceptionFilter(LPTOP_LEVEL_EXCEPTION_FILTER filter) {
-  const LPTOP_LEVEL_EXCEPTION_FILTER before = unhandled_filter.exchange(filter);
+  const LPTOP_LEVEL_EXCEPTION_FILTER before = unhandledFilter.exchange(filter);
   temvar::posix::InstallCrashHandlers();
   return before;
 }
@@ -38,7 +36,7 @@ namespace temvar {
 
 SignalHandler signal(int number, SignalHandler handler) {
   if (number != kAbortSignal) return nullptr;
-  const SignalHandler before = abort_handler.exchange(handler);
+  const SignalHandler before = abortHandler.exchange(handler);
   posix::InstallCrashHandlers();
   return before;
 }
@@ -46,7 +44,7 @@ SignalHandler signal(int number, SignalHandler handler) {
 namespace posix {
 namespace {
 
-// 0 read, 1 write, 8 execute: how the failed access is told.
+// 0 read, 1 write, 8 execute: the first parameter of an access violation.
 ULONG_PTR AccessOf(const ucontext_t* machine) {
 #if defined(__x86_64__)
   const auto error = static_cast<unsigned long long>(machine->uc_mcontext.gregs[REG_ERR]);
@@ -69,8 +67,8 @@ PVOID InstructionOf(const ucontext_t* machine) {
 
 }  // namespace
 
-DWORD ExceptionCodeOf(int signal_number) {
-  switch (signal_number) {
+DWORD ExceptionCodeOf(int signalNumber) {
+  switch (signalNumber) {
     case SIGSEGV:
     case SIGBUS:
       return EXCEPTION_ACCESS_VIOLATION;
@@ -78,32 +76,38 @@ DWORD ExceptionCodeOf(int signal_number) {
       return EXCEPTION_ILLEGAL_INSTRUCTION;
     case SIGFPE:
       return EXCEPTION_INT_DIVIDE_BY_ZERO;
+    case SIGTRAP:
+      return EXCEPTION_BREAKPOINT;
+    case SIGSYS:
+      return STATUS_INVALID_SYSTEM_SERVICE;
     default:
       return 0;
   }
 }
 
-bool DispatchException(DWORD code, int signal_number, const siginfo_t* info,
-                       const ucontext_t* machine) noexcept {
-  EXCEPTION_RECORD record = {};
-  record.ExceptionCode = code;
-  record.ExceptionAddress = InstructionOf(machine);
+Exception::Exception(DWORD code, int signalNumber, const siginfo_t* info, const ucontext_t* machine)
+    : context_{signalNumber, info, machine}, pointers_{&record_, &context_} {
+  record_.ExceptionCode = code;
+  record_.ExceptionAddress = InstructionOf(machine);
   if (code == EXCEPTION_ACCESS_VIOLATION) {
-    record.NumberParameters = 2;
-    record.ExceptionInformation[0] = AccessOf(machine);
-    record.ExceptionInformation[1] = reinterpret_cast<ULONG_PTR>(info->si_addr);
+    record_.NumberParameters = 2;
+    record_.ExceptionInformation[0] = AccessOf(machine);
+    record_.ExceptionInformation[1] = reinterpret_cast<ULONG_PTR>(info->si_addr);
   }
-  CONTEXT context = {signal_number, info, machine};
-  EXCEPTION_POINTERS pointers = {&record, &context};
+}
 
-  const PVECTORED_EXCEPTION_HANDLER first = vectored_handler.load();
-  if (first != nullptr && first(&pointers) == EXCEPTION_CONTINUE_EXECUTION) return true;
-  const LPTOP_LEVEL_EXCEPTION_FILTER last = unhandled_filter.load();
-  return last != nullptr && last(&pointers) == EXCEPTION_CONTINUE_EXECUTION;
+bool Exception::AskVectoredHandler() noexcept {
+  const PVECTORED_EXCEPTION_HANDLER handler = vectoredHandler.load();
+  return handler != nullptr && handler(&pointers_) == EXCEPTION_CONTINUE_EXECUTION;
+}
+
+bool Exception::AskUnhandledFilter() noexcept {
+  const LPTOP_LEVEL_EXCEPTION_FILTER filter = unhandledFilter.load();
+  return filter != nullptr && filter(&pointers_) == EXCEPTION_CONTINUE_EXECUTION;
 }
 
 void CallAbortHandler() {
-  const SignalHandler handler = abort_handler.load();
+  const SignalHandler handler = abortHandler.load();
   if (handler != nullptr) handler(kAbortSignal);
 }
 

@@ -19,23 +19,23 @@ namespace {
 constexpr size_t kMaxMaps = 4 * 1024 * 1024;
 constexpr size_t kMaxStatus = 64 * 1024;
 
-bool HasAddress(int signal_number) {
-  return signal_number == SIGSEGV || signal_number == SIGBUS || signal_number == SIGILL ||
-         signal_number == SIGFPE;
+bool HasAddress(int signalNumber) {
+  return signalNumber == SIGSEGV || signalNumber == SIGBUS || signalNumber == SIGILL ||
+         signalNumber == SIGFPE || signalNumber == SIGTRAP;
 }
 
 void WriteException(DumpFile& file, const MINIDUMP_EXCEPTION_INFORMATION& information,
                     Location context) {
   const CONTEXT& fault = *information.ExceptionPointers->ContextRecord;
-  const auto* signal_info = static_cast<const siginfo_t*>(fault.SignalInfo);
+  const auto* signalInfo = static_cast<const siginfo_t*>(fault.SignalInfo);
   Exception exception = {};
-  exception.thread_id = information.ThreadId;
+  exception.threadId = information.ThreadId;
   exception.code = static_cast<uint32_t>(fault.SignalNumber);
-  exception.flags = static_cast<uint32_t>(signal_info->si_code);
+  exception.flags = static_cast<uint32_t>(signalInfo->si_code);
   if (HasAddress(fault.SignalNumber)) {
-    exception.address = reinterpret_cast<uint64_t>(signal_info->si_addr);
+    exception.address = reinterpret_cast<uint64_t>(signalInfo->si_addr);
   }
-  exception.parameter_count = 1;
+  exception.parameterCount = 1;
   exception.parameters[0] = information.ExceptionPointers->ExceptionRecord->ExceptionCode;
   exception.context = context;
   file.AddStream(kExceptionStream, file.Append(&exception, sizeof(exception)));

@@ -8,26 +8,21 @@
 #include <cerrno>
 #include <ctime>
 
+#include "platform/posix/crash/minidump/memory.h"
 #include "platform/posix/files/narrow_path.h"
 
 namespace temvar::posix::minidump {
-namespace {
-
-constexpr size_t kPageSize = 4096;
-
-}  // namespace
-
 DumpFile::DumpFile(int descriptor) : descriptor_(descriptor) {
   timespec now = {};
   clock_gettime(CLOCK_REALTIME, &now);
   Header header = {};
   header.signature = kSignature;
   header.version = kVersion;
-  header.stream_count = kMaxStreams;
+  header.streamCount = kMaxStreams;
   header.time = static_cast<uint32_t>(now.tv_sec);
   const uint32_t start = Reserve(sizeof(Header));
   directory_ = Reserve(kMaxStreams * sizeof(DirectoryEntry));
-  header.directory_offset = directory_;
+  header.directoryOffset = directory_;
   const DirectoryEntry empty[kMaxStreams] = {};
   WriteAt(directory_, empty, sizeof(empty));
   WriteAt(start, &header, sizeof(header));

@@ -17,8 +17,8 @@ struct Location {
 struct Header {
   uint32_t signature;  // kSignature
   uint32_t version;    // kVersion
-  uint32_t stream_count;
-  uint32_t directory_offset;
+  uint32_t streamCount;
+  uint32_t directoryOffset;
   uint32_t checksum;
   uint32_t time;  // Seconds since 1970.
   uint64_t flags;
@@ -32,17 +32,17 @@ struct DirectoryEntry {
 static_assert(sizeof(DirectoryEntry) == 12);
 
 struct SystemInfo {
-  uint16_t processor_architecture;  // 9: 64-bit x86
-  uint16_t processor_level;         // family
-  uint16_t processor_revision;      // model x 256 + stepping
-  uint8_t processor_count;
-  uint8_t product_type;  // 1: workstation
-  uint32_t major_version;
-  uint32_t minor_version;
-  uint32_t build_number;
-  uint32_t platform;        // 0x8201: Linux
-  uint32_t version_offset;  // A text: what uname says.
-  uint16_t suite_mask;
+  uint16_t processorArchitecture;  // 9: 64-bit x86
+  uint16_t processorLevel;         // family
+  uint16_t processorRevision;      // model x 256 + stepping
+  uint8_t processorCount;
+  uint8_t productType;  // 1: workstation
+  uint32_t majorVersion;
+  uint32_t minorVersion;
+  uint32_t buildNumber;
+  uint32_t platform;       // 0x8201: Linux
+  uint32_t versionOffset;  // A text: what uname says.
+  uint16_t suiteMask;
   uint16_t reserved;
   uint8_t cpu[24];  // x86: vendor, features.
 };
@@ -51,10 +51,10 @@ static_assert(sizeof(SystemInfo) == 56);
 struct MiscInfo {
   uint32_t size;
   uint32_t flags;  // 1: the process id is valid.
-  uint32_t process_id;
-  uint32_t start_time;
-  uint32_t user_time;
-  uint32_t kernel_time;
+  uint32_t processId;
+  uint32_t startTime;
+  uint32_t userTime;
+  uint32_t kernelTime;
 };
 static_assert(sizeof(MiscInfo) == 24);
 
@@ -66,8 +66,8 @@ static_assert(sizeof(MemoryRange) == 16);
 
 struct Thread {
   uint32_t id;
-  uint32_t suspend_count;
-  uint32_t priority_class;
+  uint32_t suspendCount;
+  uint32_t priorityClass;
   uint32_t priority;
   uint64_t teb;
   MemoryRange stack;
@@ -77,7 +77,7 @@ static_assert(sizeof(Thread) == 48);
 
 struct ThreadName {
   uint32_t id;
-  uint64_t name_offset;
+  uint64_t nameOffset;
 };
 static_assert(sizeof(ThreadName) == 12);
 
@@ -86,9 +86,9 @@ struct Module {
   uint32_t size;
   uint32_t checksum;
   uint32_t time;
-  uint32_t name_offset;
+  uint32_t nameOffset;
   uint8_t version[52];
-  Location build_id;  // BuildIdHeader and the identifier; size 0 when the image has none.
+  Location buildId;  // BuildIdHeader and the identifier; size 0 when the image has none.
   Location misc;
   uint64_t reserved[2];
 };
@@ -99,13 +99,13 @@ struct BuildIdHeader {
 };
 
 struct Exception {
-  uint32_t thread_id;
+  uint32_t threadId;
   uint32_t reserved;
   uint32_t code;   // The signal: readers for Linux hang on a code that is none.
   uint32_t flags;  // si_code
   uint64_t nested;
   uint64_t address;
-  uint32_t parameter_count;
+  uint32_t parameterCount;
   uint32_t reserved2;
   uint64_t parameters[15];
   Location context;
@@ -125,7 +125,7 @@ struct Context {
   uint64_t rip;
   uint8_t fxsave[512];
   uint8_t vector[26 * 16];
-  uint64_t vector_control[6];
+  uint64_t vectorControl[6];
 };
 static_assert(sizeof(Context) == 1232);
 

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/posix/crash/minidump/memory.h"
+
 namespace temvar::posix::minidump {
 namespace {
 
@@ -14,7 +16,7 @@ using FileHeader = ElfW(Ehdr);
 using ProgramHeader = ElfW(Phdr);
 using NoteHeader = ElfW(Nhdr);
 
-constexpr unsigned kMaxProgramHeaders = 128;
+constexpr size_t kMaxProgramHeaders = 128;
 constexpr uint64_t kMaxNotes = 64 * 1024;
 
 bool IsElf(uint64_t address, FileHeader& header) {
@@ -39,35 +41,36 @@ void ReadBuildId(uint64_t address, uint64_t size, Image& image) {
     if (note.n_type == NT_GNU_BUILD_ID && note.n_namesz == sizeof(owner) &&
         note.n_descsz <= kMaxBuildId && CopyMemory(name, owner, sizeof(owner)) &&
         std::memcmp(owner, "GNU", sizeof(owner)) == 0) {
-      if (CopyMemory(content, image.build_id, note.n_descsz)) image.build_id_size = note.n_descsz;
+      if (CopyMemory(content, image.buildId, note.n_descsz)) image.buildIdSize = note.n_descsz;
       return;
     }
   }
 }
 
-// Fills in what the headers of the image at `image.base` tell. False when they make no sense.
+// Fills in what the headers of the image at `image.base` say. False when they make no sense.
 bool ReadHeaders(Image& image) {
   FileHeader header;
   if (!IsElf(image.base, header)) return false;
-  const unsigned count = std::min<unsigned>(header.e_phnum, kMaxProgramHeaders);
-  ProgramHeader segment;
+  ProgramHeader segments[kMaxProgramHeaders];
+  const size_t count = std::min<size_t>(header.e_phnum, kMaxProgramHeaders);
+  if (!CopyMemory(image.base + header.e_phoff, segments, count * sizeof(ProgramHeader))) {
+    return false;
+  }
   uint64_t first = UINT64_MAX;
   uint64_t last = 0;
-  for (unsigned i = 0; i < count; ++i) {
-    const uint64_t at = image.base + header.e_phoff + i * sizeof(segment);
-    if (!CopyMemory(at, &segment, sizeof(segment))) return false;
+  for (size_t i = 0; i < count; ++i) {
+    const ProgramHeader& segment = segments[i];
     if (segment.p_type != PT_LOAD) continue;
     const uint64_t end = segment.p_vaddr + segment.p_memsz;
     if (end < segment.p_vaddr) return false;
     first = std::min<uint64_t>(first, segment.p_vaddr);
     last = std::max(last, end);
   }
-  // A dump tells the size of an image in 32 bits.
+  // A dump has 32 bits for the size of an image.
   if (first >= last || last - first > UINT32_MAX) return false;
   image.size = last - first;
-  for (unsigned i = 0; i < count && image.build_id_size == 0; ++i) {
-    const uint64_t at = image.base + header.e_phoff + i * sizeof(segment);
-    if (!CopyMemory(at, &segment, sizeof(segment))) return false;
+  for (size_t i = 0; i < count && image.buildIdSize == 0; ++i) {
+    const ProgramHeader& segment = segments[i];
     if (segment.p_type != PT_NOTE) continue;
     ReadBuildId(image.base + segment.p_vaddr - first, segment.p_memsz, image);
   }
@@ -83,13 +86,13 @@ bool ImageReader::Next(Image& image) {
     if (mapping.path[0] != '/' || std::strlen(mapping.path) >= PATH_MAX) continue;
     if (mapping.offset == 0 && mapping.readable && IsElf(mapping.start, header)) {
       std::strcpy(candidate_, mapping.path);
-      candidate_base_ = mapping.start;
+      candidateBase_ = mapping.start;
     }
     if (!mapping.executable || std::strcmp(mapping.path, candidate_) != 0) continue;
     candidate_[0] = '\0';
-    image.base = candidate_base_;
+    image.base = candidateBase_;
     std::strcpy(image.path, mapping.path);
-    image.build_id_size = 0;
+    image.buildIdSize = 0;
     if (ReadHeaders(image)) return true;
   }
   return false;

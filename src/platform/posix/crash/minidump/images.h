@@ -16,12 +16,12 @@ struct Image {
   uint64_t base;  // Lowest address.
   uint64_t size;  // To the end of the last segment.
   char path[PATH_MAX];
-  uint8_t build_id[kMaxBuildId];
-  size_t build_id_size;  // 0 when the image has none.
+  uint8_t buildId[kMaxBuildId];
+  size_t buildIdSize;  // 0 when the image has none.
 };
 
 // Reads one image a call, in the order of addresses. An image is a file whose ELF header is mapped
-// and that has an executable mapping behind it; a library that is only being read is none.
+// and that has an executable mapping after it; a library that is only being read is none.
 class ImageReader {
  public:
   // False at the end.
@@ -29,11 +29,11 @@ class ImageReader {
 
  private:
   MapsReader maps_;
-  char candidate_[PATH_MAX] = "";  // Path of the ELF header seen last; "" when it has been told.
-  uint64_t candidate_base_ = 0;
+  char candidate_[PATH_MAX] = "";  // Path of the ELF header seen last; "" once it is reported.
+  uint64_t candidateBase_ = 0;
 };
 
-// Path of the program; "" when it can't be told. `path` has room for PATH_MAX bytes.
+// Path of the program; "" when it isn't known. `path` has room for PATH_MAX bytes.
 void ProgramPath(char* path);
 
 }  // namespace temvar::posix::minidump

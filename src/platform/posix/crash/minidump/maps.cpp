@@ -1,19 +1,14 @@
 #include "platform/posix/crash/minidump/maps.h"
 
 #include <fcntl.h>
-#include <sys/uio.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 
 namespace temvar::posix::minidump {
 namespace {
 
-constexpr uint64_t kRedZone = 128;
-constexpr uint64_t kSurroundings = 128;  // To each side.
-
-// Reads a hexadecimal number and the character behind it.
+// Reads a hexadecimal number and the character after it.
 uint64_t ReadHex(const char*& at) {
   uint64_t value = 0;
   for (;; ++at) {
@@ -84,37 +79,6 @@ bool MapsReader::Next(Mapping& mapping) {
   at = SkipField(at);  // Inode.
   mapping.path = at;
   return true;
-}
-
-bool FindStack(uint64_t stack_pointer, size_t limit, uint64_t& start, size_t& size) {
-  const uint64_t wanted = stack_pointer > kRedZone ? stack_pointer - kRedZone : 0;
-  MapsReader maps;
-  Mapping mapping;
-  while (maps.Next(mapping)) {
-    if (mapping.end <= stack_pointer || !mapping.readable) continue;
-    start = std::max(mapping.start, wanted);
-    size = static_cast<size_t>(std::min<uint64_t>(mapping.end - start, limit));
-    return true;
-  }
-  return false;
-}
-
-bool FindSurroundings(uint64_t address, uint64_t& start, size_t& size) {
-  MapsReader maps;
-  Mapping mapping;
-  while (maps.Next(mapping)) {
-    if (address < mapping.start || address >= mapping.end || !mapping.readable) continue;
-    start = std::max(mapping.start, address > kSurroundings ? address - kSurroundings : 0);
-    size = static_cast<size_t>(std::min(mapping.end, address + kSurroundings) - start);
-    return true;
-  }
-  return false;
-}
-
-bool CopyMemory(uint64_t address, void* to, size_t size) {
-  const iovec local = {to, size};
-  const iovec remote = {reinterpret_cast<void*>(address), size};
-  return process_vm_readv(getpid(), &local, 1, &remote, 1, 0) == static_cast<ssize_t>(size);
 }
 
 }  // namespace temvar::posix::minidump

@@ -1,4 +1,5 @@
 // The mappings of this process, read from the kernel at the time of the crash, without the heap.
+// Reading them takes long in a process with many: a dump does it once for its images.
 #ifndef TEMVAR_PLATFORM_POSIX_CRASH_MINIDUMP_MAPS_H_
 #define TEMVAR_PLATFORM_POSIX_CRASH_MINIDUMP_MAPS_H_
 
@@ -38,17 +39,6 @@ class MapsReader {
   size_t used_ = 0;
   char line_[PATH_MAX + 128];
 };
-
-// The part of a stack that belongs into a dump: from the red zone below `stack_pointer` up to the
-// end of its mapping, `limit` bytes at most. On an overflown stack the pointer lies in or below the
-// guard: the first readable mapping above it then. False when there is none.
-bool FindStack(uint64_t stack_pointer, size_t limit, uint64_t& start, size_t& size);
-
-// The readable part of the 256 bytes around an address.
-bool FindSurroundings(uint64_t address, uint64_t& start, size_t& size);
-
-// Copies memory of this process. False, without a fault, when not all of it can be read.
-bool CopyMemory(uint64_t address, void* to, size_t size);
 
 }  // namespace temvar::posix::minidump
 

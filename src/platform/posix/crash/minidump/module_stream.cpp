@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <iterator>
+#include <utility>
 
 #include "platform/posix/crash/minidump/images.h"
 #include "platform/posix/files/narrow_path.h"
@@ -10,87 +12,61 @@
 namespace temvar::posix::minidump {
 namespace {
 
-class ModuleListWriter {
- public:
-  ModuleListWriter(DumpFile& file, const MINIDUMP_CALLBACK_INFORMATION* callback)
-      : file_(file), callback_(callback) {
-    ProgramPath(program_);
-  }
+constexpr uint32_t kMaxModules = 4096;
 
-  void Write() {
-    capacity_ = CountImages();
-    const size_t size = sizeof(count_) + capacity_ * sizeof(Module);
-    list_ = file_.Reserve(size);
-    WriteImages(true);
-    WriteImages(false);
-    file_.WriteAt(list_, &count_, sizeof(count_));
-    // What another thread has unloaded meanwhile leaves its place unused.
-    const size_t used = sizeof(count_) + count_ * sizeof(Module);
-    file_.AddStream(kModuleListStream, {static_cast<uint32_t>(used), list_});
-  }
+// Static, since the stack of a report is small; one dump is made at a time.
+constinit Module modules[kMaxModules] = {};
+constinit char program[PATH_MAX] = "";
+constinit TmvWideChar widePath[PATH_MAX] = {};
 
- private:
-  uint32_t CountImages() {
-    ImageReader images;
-    uint32_t count = 0;
-    while (images.Next(image_)) ++count;
-    return count;
-  }
+bool IsWanted(const Image& image, const MINIDUMP_CALLBACK_INFORMATION* callback) {
+  if (callback == nullptr || callback->CallbackRoutine == nullptr) return true;
+  WideFileName(image.path, widePath, std::size(widePath));
+  MINIDUMP_CALLBACK_INPUT input = {};
+  input.ProcessId = static_cast<DWORD>(getpid());
+  input.CallbackType = ModuleCallback;
+  input.Module = {widePath, image.base, static_cast<DWORD>(image.size)};
+  MINIDUMP_CALLBACK_OUTPUT output = {ModuleWriteModule | ModuleWriteMiscRecord |
+                                     ModuleWriteCvRecord};
+  return callback->CallbackRoutine(callback->CallbackParam, &input, &output) != FALSE;
+}
 
-  // Either the program, or everything else.
-  void WriteImages(bool program) {
-    ImageReader images;
-    while (count_ < capacity_ && images.Next(image_)) {
-      const bool is_program = std::strcmp(image_.path, program_) == 0;
-      if (is_program == program && Wanted()) WriteImage();
-    }
+Module AppendImage(DumpFile& file, const Image& image) {
+  Module module = {};
+  module.base = image.base;
+  module.size = static_cast<uint32_t>(image.size);
+  module.nameOffset = file.AppendText(image.path);
+  if (image.buildIdSize > 0) {
+    struct {
+      BuildIdHeader header;
+      uint8_t id[kMaxBuildId];
+    } record = {};
+    record.header.signature = kBuildIdSignature;
+    std::memcpy(record.id, image.buildId, image.buildIdSize);
+    module.buildId = file.Append(&record, sizeof(record.header) + image.buildIdSize);
   }
-
-  bool Wanted() {
-    if (callback_ == nullptr || callback_->CallbackRoutine == nullptr) return true;
-    WideFileName(image_.path, wide_path_, sizeof(wide_path_) / sizeof(wide_path_[0]));
-    MINIDUMP_CALLBACK_INPUT input = {};
-    input.ProcessId = static_cast<DWORD>(getpid());
-    input.CallbackType = ModuleCallback;
-    input.Module = {wide_path_, image_.base, static_cast<DWORD>(image_.size)};
-    MINIDUMP_CALLBACK_OUTPUT output = {ModuleWriteModule | ModuleWriteMiscRecord |
-                                       ModuleWriteCvRecord};
-    return callback_->CallbackRoutine(callback_->CallbackParam, &input, &output) != FALSE;
-  }
-
-  void WriteImage() {
-    Module module = {};
-    module.base = image_.base;
-    module.size = static_cast<uint32_t>(image_.size);
-    module.name_offset = file_.AppendText(image_.path);
-    if (image_.build_id_size > 0) {
-      struct {
-        BuildIdHeader header;
-        uint8_t id[kMaxBuildId];
-      } record = {};
-      record.header.signature = kBuildIdSignature;
-      std::memcpy(record.id, image_.build_id, image_.build_id_size);
-      module.build_id = file_.Append(&record, sizeof(record.header) + image_.build_id_size);
-    }
-    const size_t at = sizeof(count_) + count_ * sizeof(Module);
-    file_.WriteAt(list_ + static_cast<uint32_t>(at), &module, sizeof(module));
-    ++count_;
-  }
-
-  DumpFile& file_;
-  const MINIDUMP_CALLBACK_INFORMATION* callback_;
-  uint32_t list_ = 0;
-  uint32_t count_ = 0;
-  uint32_t capacity_ = 0;
-  char program_[PATH_MAX];
-  TmvWideChar wide_path_[PATH_MAX];
-  Image image_;
-};
+  return module;
+}
 
 }  // namespace
 
 void WriteModuleList(DumpFile& file, const MINIDUMP_CALLBACK_INFORMATION* callback) {
-  ModuleListWriter(file, callback).Write();
+  static constinit Image image = {};
+  ProgramPath(program);
+  uint32_t count = 0;
+  ImageReader images;
+  while (count < kMaxModules && images.Next(image)) {
+    if (!IsWanted(image, callback)) continue;
+    modules[count] = AppendImage(file, image);
+    // Readers take the first module for the program.
+    if (std::strcmp(image.path, program) == 0) std::swap(modules[0], modules[count]);
+    ++count;
+  }
+  const uint32_t size = count * static_cast<uint32_t>(sizeof(Module));
+  const uint32_t list = file.Reserve(sizeof(count) + size);
+  file.WriteAt(list, &count, sizeof(count));
+  file.WriteAt(list + static_cast<uint32_t>(sizeof(count)), modules, size);
+  file.AddStream(kModuleListStream, {static_cast<uint32_t>(sizeof(count)) + size, list});
 }
 
 }  // namespace temvar::posix::minidump

@@ -1,7 +1,7 @@
 #ifndef TEMVAR_PLATFORM_POSIX_CRASH_MINIDUMP_MODULE_STREAM_H_
 #define TEMVAR_PLATFORM_POSIX_CRASH_MINIDUMP_MODULE_STREAM_H_
 
-#include "platform/posix/crash/exceptions.h"
+#include "platform/posix/crash/minidump/dump.h"
 #include "platform/posix/crash/minidump/dump_file.h"
 
 namespace temvar::posix::minidump {

@@ -3,48 +3,60 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/futex.h>
+#include <sys/mman.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <ctime>
+#include <new>
 
 namespace temvar::posix::minidump {
 namespace {
 
-constexpr int kStopSignal = SIGURG;
-constexpr int kWaitRounds = 100;  // Of two milliseconds.
+constexpr int kPatience = 100;  // Pauses of two milliseconds in which no thread stops.
+constexpr int kMostPauses = 1000;
 
+// One thread, and where its handler leaves the registers.
 struct Slot {
   std::atomic<pid_t> id{0};
   std::atomic<const ucontext_t*> machine{nullptr};
 };
 
-constinit Slot slots[StoppedThreads::kMaxThreads];
-// Odd while threads are to stand; a standing thread leaves when it changes.
-constinit std::atomic<uint32_t> round_number{0};
+// More threads than this need a mapping, which may not be had in a process without memory.
+constexpr size_t kReadySlots = 512;
+constinit Slot readySlots[kReadySlots];
+// Both written before the signals are sent, by the one thread that makes a dump.
+constinit std::atomic<Slot*> slots{readySlots};
+constinit std::atomic<size_t> slotCount{0};
+
+// Odd while threads are to stay stopped; a stopped thread leaves when it changes.
+constinit std::atomic<uint32_t> roundNumber{0};
 
 pid_t ThreadId() { return static_cast<pid_t>(syscall(SYS_gettid)); }
 
 void OnStop(int, siginfo_t*, void* context) {
-  const int saved_errno = errno;
-  const uint32_t round = round_number.load();
+  const int savedErrno = errno;
+  const uint32_t round = roundNumber.load();
   const pid_t id = ThreadId();
-  for (Slot& slot : slots) {
-    if (round % 2 == 0) break;  // Too late, or not sent by us.
+  const size_t count = slotCount.load();
+  for (size_t i = 0; i < count && round % 2 != 0; ++i) {
+    Slot& slot = slots.load()[i];
     if (slot.id.load() != id) continue;
     slot.machine.store(static_cast<const ucontext_t*>(context));
-    while (round_number.load() == round) {
-      syscall(SYS_futex, &round_number, FUTEX_WAIT_PRIVATE, round, nullptr, nullptr, 0);
+    while (roundNumber.load() == round) {
+      syscall(SYS_futex, &roundNumber, FUTEX_WAIT_PRIVATE, round, nullptr, nullptr, 0);
     }
     break;
   }
-  errno = saved_errno;
+  errno = savedErrno;
 }
 
-struct KernelDirent {  // What getdents64 gives.
+struct KernelDirent {  // A record of getdents64.
   uint64_t inode;
   int64_t offset;
   uint16_t length;
@@ -58,34 +70,9 @@ pid_t NumberOf(const char* text) {
   return number;
 }
 
-}  // namespace
-
-StoppedThreads::StoppedThreads() {
-  ListThreads();
-  struct sigaction action = {};
-  action.sa_sigaction = OnStop;
-  action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_RESTART;
-  sigfillset(&action.sa_mask);
-  sigaction(kStopSignal, &action, &before_);
-  round_number.fetch_add(1);
-  for (size_t i = 0; i < count_; ++i) syscall(SYS_tgkill, getpid(), IdOf(i), kStopSignal);
-  WaitForThreads();
-}
-
-StoppedThreads::~StoppedThreads() {
-  round_number.fetch_add(1);
-  syscall(SYS_futex, &round_number, FUTEX_WAKE_PRIVATE, INT32_MAX, nullptr, nullptr, 0);
-  // With a default of ignoring it, a signal that comes late does no harm.
-  sigaction(kStopSignal, &before_, nullptr);
-}
-
-pid_t StoppedThreads::IdOf(size_t index) const { return slots[index].id.load(); }
-
-const ucontext_t* StoppedThreads::MachineOf(size_t index) const {
-  return slots[index].machine.load();
-}
-
-void StoppedThreads::ListThreads() {
+// Calls `visit` with the number of each thread but the calling one.
+template <typename Visit>
+void VisitThreads(const Visit& visit) {
   const int directory = open("/proc/self/task", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (directory < 0) return;
   alignas(KernelDirent) char buffer[2048];
@@ -95,24 +82,79 @@ void StoppedThreads::ListThreads() {
     if (filled <= 0) break;
     for (long at = 0; at < filled;) {
       const auto* entry = reinterpret_cast<const KernelDirent*>(buffer + at);
+      const pid_t id = NumberOf(buffer + at + offsetof(KernelDirent, name));
       at += entry->length;
-      const pid_t id = NumberOf(buffer + (at - entry->length) + offsetof(KernelDirent, name));
-      if (id == 0 || id == self || count_ == kMaxThreads) continue;
-      slots[count_].machine.store(nullptr);
-      slots[count_].id.store(id);
-      ++count_;
+      if (id != 0 && id != self) visit(id);
     }
   }
   close(directory);
-  for (size_t i = count_; i < kMaxThreads; ++i) slots[i].id.store(0);
+}
+
+// Room for `wanted` slots, or for as many as can be had.
+size_t MakeSlots(size_t wanted) {
+  slotCount.store(0);
+  slots.store(readySlots);
+  if (wanted <= kReadySlots) return wanted;
+  void* const memory = mmap(nullptr, wanted * sizeof(Slot), PROT_READ | PROT_WRITE,
+                            MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) return kReadySlots;
+  // Never unmapped: a thread that stops late still looks at it.
+  slots.store(new (memory) Slot[wanted]);
+  return wanted;
+}
+
+}  // namespace
+
+StoppedThreads::StoppedThreads() {
+  ListThreads();
+  struct sigaction action = {};
+  action.sa_sigaction = OnStop;
+  action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_RESTART;
+  sigfillset(&action.sa_mask);
+  sigaction(kStopSignal, &action, &before_);
+  // The next odd number, also in a process that was forked during a dump.
+  roundNumber.store((roundNumber.load() + 1) | 1);
+  for (size_t i = 0; i < count_; ++i) syscall(SYS_tgkill, getpid(), IdOf(i), kStopSignal);
+  WaitForThreads();
+}
+
+StoppedThreads::~StoppedThreads() {
+  roundNumber.fetch_add(1);
+  syscall(SYS_futex, &roundNumber, FUTEX_WAKE_PRIVATE, INT32_MAX, nullptr, nullptr, 0);
+  sigaction(kStopSignal, &before_, nullptr);
+}
+
+pid_t StoppedThreads::IdOf(size_t index) const { return slots.load()[index].id.load(); }
+
+const ucontext_t* StoppedThreads::MachineOf(size_t index) const {
+  return slots.load()[index].machine.load();
+}
+
+void StoppedThreads::ListThreads() {
+  size_t wanted = 0;
+  VisitThreads([&](pid_t) { ++wanted; });
+  // Some more: threads may start while they are counted.
+  const size_t room = MakeSlots(wanted + wanted / 8 + 16);
+  Slot* const made = slots.load();
+  VisitThreads([&](pid_t id) {
+    if (count_ == room) return;
+    made[count_].machine.store(nullptr);
+    made[count_].id.store(id);
+    ++count_;
+  });
+  slotCount.store(count_);
 }
 
 void StoppedThreads::WaitForThreads() {
   const timespec pause = {0, 2'000'000};
-  for (int round = 0; round < kWaitRounds; ++round) {
-    size_t standing = 0;
-    for (size_t i = 0; i < count_; ++i) standing += MachineOf(i) != nullptr ? 1 : 0;
-    if (standing == count_) return;
+  size_t before = 0;
+  int idle = 0;
+  for (int i = 0; i < kMostPauses && idle < kPatience; ++i) {
+    size_t stopped = 0;
+    for (size_t at = 0; at < count_; ++at) stopped += MachineOf(at) != nullptr ? 1 : 0;
+    if (stopped == count_) return;
+    idle = stopped == before ? idle + 1 : 0;
+    before = stopped;
     nanosleep(&pause, nullptr);
   }
 }

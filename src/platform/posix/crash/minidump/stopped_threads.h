@@ -7,19 +7,20 @@
 #include <sys/types.h>
 #include <ucontext.h>
 
-#include <atomic>
 #include <cstddef>
 
 namespace temvar::posix::minidump {
 
-// Each thread is sent SIGURG, whose default is to be ignored, and waits in the handler until this
-// object goes; its registers then lie on its own stack. A thread that blocks the signal, or doesn't
-// come within a fifth of a second, is listed without registers and runs on. One object at a time,
-// and only in a signal handler: threads may hold any lock while they stand.
+// Sent to the threads that are to stop. Its default is to be ignored, so one that comes late does
+// no harm.
+inline constexpr int kStopSignal = SIGURG;
+
+// Each thread is sent kStopSignal and waits in the handler until this object goes; its registers
+// are then on its own stack. A thread that blocks the signal, or doesn't come while a fifth of a
+// second passes without any other coming, is listed without registers and runs on. One object at a
+// time, and only in a signal handler: threads may hold any lock while they are stopped.
 class StoppedThreads {
  public:
-  static constexpr size_t kMaxThreads = 512;  // Further threads are left out.
-
   StoppedThreads();
   ~StoppedThreads();
   StoppedThreads(const StoppedThreads&) = delete;

@@ -24,16 +24,16 @@ void FillProcessor(SystemInfo& info) {
   const unsigned family = (eax >> 8) & 0xF;
   const unsigned model = (eax >> 4) & 0xF;
   const bool extended = family == 0xF || family == 6;
-  info.processor_level =
+  info.processorLevel =
       static_cast<uint16_t>(family == 0xF ? family + ((eax >> 20) & 0xFF) : family);
-  info.processor_revision =
+  info.processorRevision =
       static_cast<uint16_t>(((extended ? model + ((eax >> 12) & 0xF0) : model) << 8) | (eax & 0xF));
   const uint32_t features[] = {eax, edx};
   std::memcpy(info.cpu + sizeof(vendor), features, sizeof(features));
 
   cpu_set_t set;
   if (sched_getaffinity(0, sizeof(set), &set) == 0) {
-    info.processor_count = static_cast<uint8_t>(CPU_COUNT(&set));
+    info.processorCount = static_cast<uint8_t>(CPU_COUNT(&set));
   }
 }
 
@@ -55,23 +55,23 @@ void AppendWord(char* text, size_t size, const char* word) {
 
 void WriteSystemInfo(DumpFile& file) {
   SystemInfo info = {};
-  info.processor_architecture = kAmd64;
-  info.product_type = kWorkstation;
+  info.processorArchitecture = kAmd64;
+  info.productType = kWorkstation;
   info.platform = kPlatformLinux;
   FillProcessor(info);
 
   utsname name = {};
   uname(&name);
   const char* release = name.release;
-  info.major_version = ReadNumber(release);
-  info.minor_version = ReadNumber(release);
-  info.build_number = ReadNumber(release);
+  info.majorVersion = ReadNumber(release);
+  info.minorVersion = ReadNumber(release);
+  info.buildNumber = ReadNumber(release);
   char text[sizeof(name)] = "";
   AppendWord(text, sizeof(text), name.sysname);
   AppendWord(text, sizeof(text), name.release);
   AppendWord(text, sizeof(text), name.version);
   AppendWord(text, sizeof(text), name.machine);
-  info.version_offset = file.AppendText(text);
+  info.versionOffset = file.AppendText(text);
   file.AddStream(kSystemInfoStream, file.Append(&info, sizeof(info)));
 }
 
@@ -79,7 +79,7 @@ void WriteMiscInfo(DumpFile& file) {
   MiscInfo info = {};
   info.size = sizeof(info);
   info.flags = kProcessIdValid;
-  info.process_id = static_cast<uint32_t>(getpid());
+  info.processId = static_cast<uint32_t>(getpid());
   file.AddStream(kMiscInfoStream, file.Append(&info, sizeof(info)));
 }
 

@@ -1,13 +1,14 @@
 #include "platform/posix/crash/minidump/thread_stream.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
 
 #include "platform/posix/crash/minidump/context.h"
-#include "platform/posix/crash/minidump/maps.h"
+#include "platform/posix/crash/minidump/memory.h"
 
 namespace temvar::posix::minidump {
 namespace {
@@ -15,8 +16,12 @@ namespace {
 constexpr size_t kCrashedStack = 256 * 1024;
 constexpr size_t kOtherStack = 16 * 1024;
 
-uint32_t EntryOffset(uint32_t list, size_t index, size_t entry_size) {
-  return list + static_cast<uint32_t>(sizeof(uint32_t) + index * entry_size);
+// More stacks than this need a mapping. One dump is made at a time.
+constexpr size_t kReadyRanges = 514;
+constinit MemoryRange readyRanges[kReadyRanges] = {};
+
+uint32_t EntryOffset(uint32_t list, size_t index, size_t entrySize) {
+  return list + static_cast<uint32_t>(sizeof(uint32_t) + index * entrySize);
 }
 
 // Reads the kernel's name of a thread, at most 15 characters, into `name`.
@@ -47,7 +52,20 @@ ThreadStreams::ThreadStreams(DumpFile& file, pid_t crashed, const ucontext_t* ma
       crashed_(crashed),
       machine_(machine),
       others_(others),
-      count_(others.size() + 1) {}
+      count_(others.size() + 1),
+      ranges_(readyRanges),
+      rangeRoom_(kReadyRanges) {
+  if (count_ < kReadyRanges) return;
+  void* const memory = mmap(nullptr, (count_ + 1) * sizeof(MemoryRange), PROT_READ | PROT_WRITE,
+                            MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) return;
+  ranges_ = static_cast<MemoryRange*>(memory);
+  rangeRoom_ = count_ + 1;
+}
+
+ThreadStreams::~ThreadStreams() {
+  if (ranges_ != readyRanges) munmap(ranges_, rangeRoom_ * sizeof(MemoryRange));
+}
 
 pid_t ThreadStreams::IdOf(size_t index) const {
   return index == 0 ? crashed_ : others_.IdOf(index - 1);
@@ -83,7 +101,7 @@ void ThreadStreams::WriteNames() {
     if (!ReadThreadName(IdOf(i), name)) continue;
     ThreadName entry = {};
     entry.id = static_cast<uint32_t>(IdOf(i));
-    entry.name_offset = file_.AppendText(name);
+    entry.nameOffset = file_.AppendText(name);
     file_.WriteAt(EntryOffset(list, named++, sizeof(entry)), &entry, sizeof(entry));
   }
   file_.WriteAt(list, &named, sizeof(named));
@@ -92,7 +110,7 @@ void ThreadStreams::WriteNames() {
 }
 
 void ThreadStreams::WriteMemory() {
-  const uint32_t list = file_.Reserve(sizeof(range_count_) + (count_ + 1) * sizeof(MemoryRange));
+  const uint32_t list = file_.Reserve(sizeof(rangeCount_) + (count_ + 1) * sizeof(MemoryRange));
   MemoryRange range = {};
   uint64_t start = 0;
   size_t size = 0;
@@ -107,21 +125,21 @@ void ThreadStreams::WriteMemory() {
   if (machine_ != nullptr && FindSurroundings(InstructionPointerOf(*machine_), start, size)) {
     AddMemory(start, size, range);
   }
-  const size_t list_size = range_count_ * sizeof(MemoryRange);
-  file_.WriteAt(list, &range_count_, sizeof(range_count_));
-  file_.WriteAt(EntryOffset(list, 0, sizeof(MemoryRange)), ranges_, list_size);
-  file_.AddStream(kMemoryListStream,
-                  {static_cast<uint32_t>(sizeof(range_count_) + list_size), list});
+  const size_t listSize = rangeCount_ * sizeof(MemoryRange);
+  file_.WriteAt(list, &rangeCount_, sizeof(rangeCount_));
+  file_.WriteAt(EntryOffset(list, 0, sizeof(MemoryRange)), ranges_, listSize);
+  file_.AddStream(kMemoryListStream, {static_cast<uint32_t>(sizeof(rangeCount_) + listSize), list});
 }
 
 bool ThreadStreams::AddMemory(uint64_t start, size_t size, MemoryRange& range) {
-  for (uint32_t i = 0; i < range_count_; ++i) {
+  if (rangeCount_ == rangeRoom_) return false;
+  for (uint32_t i = 0; i < rangeCount_; ++i) {
     const MemoryRange& other = ranges_[i];
     if (start >= other.start && start < other.start + other.location.size) return false;
     if (start < other.start) size = std::min<size_t>(size, other.start - start);
   }
   range = {start, file_.Append(reinterpret_cast<const void*>(start), size)};
-  ranges_[range_count_++] = range;
+  ranges_[rangeCount_++] = range;
   return true;
 }
 

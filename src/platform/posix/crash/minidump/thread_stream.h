@@ -18,8 +18,11 @@ class ThreadStreams {
   // `machine` may be null, when there was no fault.
   ThreadStreams(DumpFile& file, pid_t crashed, const ucontext_t* machine,
                 const StoppedThreads& others);
+  ~ThreadStreams();
+  ThreadStreams(const ThreadStreams&) = delete;
+  ThreadStreams& operator=(const ThreadStreams&) = delete;
 
-  // Thread list and names, without stacks yet. Gives where the crashing thread's registers lie.
+  // Thread list and names, without stacks yet. Returns where the crashing thread's registers are.
   Location WriteThreads();
 
   // The stacks, and the code around the fault, at the end of the file: the bulk comes last.
@@ -30,7 +33,7 @@ class ThreadStreams {
   const ucontext_t* MachineOf(size_t index) const;
   void WriteNames();
   // Appends memory and enters it in the list. What is there already is cut off: an address that
-  // comes twice spoils the list for readers. `range` tells what was added; false for nothing.
+  // comes twice spoils the list for readers. `range` is what was added; false for nothing.
   bool AddMemory(uint64_t start, size_t size, MemoryRange& range);
 
   DumpFile& file_;
@@ -40,8 +43,9 @@ class ThreadStreams {
   const size_t count_;
   uint32_t list_ = 0;  // Offset of the thread list.
   // The memory list: a stack for each thread, and the code around the fault.
-  MemoryRange ranges_[StoppedThreads::kMaxThreads + 2];
-  uint32_t range_count_ = 0;
+  MemoryRange* ranges_;
+  size_t rangeRoom_;
+  uint32_t rangeCount_ = 0;
 };
 
 }  // namespace temvar::posix::minidump
