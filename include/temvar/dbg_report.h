@@ -20,8 +20,8 @@ using CollectCallback = void (*)(const TmvWideChar* dumpDirectory, void** result
 // Both callbacks run on the crashing thread of a process that has just failed: the heap may be
 // damaged or locked, and other threads run on. The stack has 256 KiB, or what is left of it on
 // Windows. A callback that throws is passed over, and the report goes on with the archive and the
-// notice. So is a callback that crashes or takes more than a minute, on Linux; on Windows a crash in
-// a callback is a crash of its own, and the second one inside a report ends the process. After a
+// notice. So is a callback that crashes or takes more than a minute, on Linux; on Windows a crash
+// in a callback is a crash of its own, and the second one inside a report ends the process. After a
 // callback or the heap has hung, each further one has five seconds.
 //
 // What counts as a crash, and how the process ends after it: docs/crash-reports.md.
@@ -32,12 +32,12 @@ class TMVDbgReport {
   // that. `onReport` may be null; a null `onCollect` is left out.
   //
   // The directory has to exist and to end in a separator: without one the dumps lie beside it, with
-  // its name in front, and the archive lacks them. It should be absolute: a relative one counts from
-  // the current directory of the moment of the crash. Nothing in it is ever removed, and an archive
-  // holds every earlier dump that is still there: the host clears what it has dealt with. Dumps hold
-  // what was on the stacks, and who can write to the directory can put files into the next archive:
-  // it belongs to the user of the process alone. On Linux the files are readable by that user only,
-  // and links in the directory are neither followed nor packed.
+  // its name in front, and the archive lacks them. It should be absolute: a relative one counts
+  // from the current directory of the moment of the crash. Nothing in it is ever removed, and an
+  // archive holds every earlier dump that is still there: the host clears what it has dealt with.
+  // Dumps hold what was on the stacks, and who can write to the directory can put files into the
+  // next archive: it belongs to the user of the process alone. On Linux the files are readable by
+  // that user only, and links in the directory are neither followed nor packed.
   //
   // A second call replaces the callbacks and puts the handlers back that another library may have
   // displaced; its directory counts only if the first call gave none.

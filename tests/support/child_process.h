@@ -12,8 +12,8 @@ namespace test {
 
 struct ChildEnd {
   bool timedOut = false;  // It was ended by force.
-  int signal = 0;          // The signal that ended it; always 0 on Windows.
-  uint32_t status = 0;     // Its exit status if no signal ended it.
+  int signal = 0;         // The signal that ended it; always 0 on Windows.
+  uint32_t status = 0;    // Its exit status if no signal ended it.
   std::chrono::milliseconds duration{0};
 };
 

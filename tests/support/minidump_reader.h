@@ -28,7 +28,7 @@ struct DumpThread {
 struct DumpModule {
   uint64_t base = 0;
   uint32_t size = 0;
-  std::string path;      // ASCII; '?' for anything else.
+  std::string path;     // ASCII; '?' for anything else.
   std::string buildId;  // Raw bytes.
 };
 
