@@ -2,8 +2,6 @@
 // lock of the pool, over a copy, since its own steps enter the pool with their locks held. It is
 // asked through its interface, as a host would, so that the pool doesn't depend on its
 // implementation.
-#include <algorithm>
-
 #include "execution/task_pool_impl.h"
 #include "tasks/task_list_builder.h"
 #include "temvar/task_schedular.h"
@@ -58,8 +56,10 @@ std::vector<PendingTask> RkTaskPoolImpl::ExtractQueued(const std::vector<uint64_
   // From here on nothing throws, so that the queue can't be left half sorted.
   MutexLock queue(queueMutex_);
   auto end = pendingTasks_.begin();
+  auto next = serials.begin();
   for (PendingTask& entry : pendingTasks_) {
-    if (std::binary_search(serials.begin(), serials.end(), entry.serial)) {
+    while (next != serials.end() && *next < entry.serial) ++next;  // A worker has taken these.
+    if (next != serials.end() && *next == entry.serial) {
       extracted.push_back(std::move(entry));
     } else {
       if (&*end != &entry) *end = std::move(entry);

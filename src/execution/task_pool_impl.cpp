@@ -10,7 +10,7 @@ namespace temvar {
 void RkTaskPoolImpl::AddTask(RkTask* task) {
   PendingTask entry{Ref<RkTaskImpl>(ToImpl(task)), {}};
   if (!entry.task) return;
-  entry.func = Ref<RkTaskFuncImpl>(ToImpl(task->GetFunc()));
+  entry.func = entry.task->Func();
 
   {
     MutexLock incoming(incomingMutex_);
@@ -187,6 +187,7 @@ Ref<RkTaskImpl> RkTaskPoolImpl::TakeRunning(RkTaskImpl* task) {
   if (hit == runningTasks_.end()) return {};
   Ref<RkTaskImpl> taken = std::move(*hit);
   runningTasks_.erase(hit);
+  if (taken->IsAwaited()) awaitedDepartures.fetch_add(1, std::memory_order_relaxed);
   Notify(nullptr, kTaskPoolAddThreadToPool);
   return taken;
 }

@@ -1,6 +1,7 @@
 // How events start and how tasks, packages and events end.
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "scheduler/task_schedular_impl.h"
 
@@ -8,7 +9,10 @@ namespace temvar {
 
 void RkTaskSchedularImpl::Update(void* /*data*/, const char* key) {
   if (key == nullptr) return;
-  if (std::strcmp(key, kTaskPoolAddThreadToPool) == 0) drainCondition.NotifyAll();
+  if (std::strcmp(key, kTaskPoolAddThreadToPool) != 0) return;
+  // A wait is woken by the tasks that it waits for and not by each one of the process.
+  const uint64_t departures = awaitedDepartures.load(std::memory_order_relaxed);
+  if (std::exchange(seenDepartures_, departures) != departures) drainCondition.NotifyAll();
 }
 
 void RkTaskSchedularImpl::AddEvent(RkTask* event) {
@@ -84,6 +88,16 @@ bool RkTaskSchedularImpl::TryCompletePlain(RkTaskImpl& task, int32_t state,
   return true;
 }
 
+// A job of many tasks doesn't fit into the caches, and its memory is read task by task: what the
+// next steps of the package need is fetched while other packages run.
+void RkTaskSchedularImpl::PrefetchAfter(const RkTaskPackageImpl::Children& children, size_t index) {
+  constexpr size_t kAhead = 2;
+  if (index + kAhead >= children.size()) return;
+  if (const RkTaskImpl* const task = children[index + kAhead].get()) task->Prefetch();
+  const RkTaskImpl* const next = children[index + 1].get();
+  if (next != nullptr && next->Func()) __builtin_prefetch(next->Func().get());
+}
+
 // Queues the next child, or after the last child the package itself.
 void RkTaskSchedularImpl::Advance(RkTaskPackageImpl& package, int32_t lastState) {
   const size_t next = size_t{package.CurrentIndex()} + 1;
@@ -92,6 +106,7 @@ void RkTaskSchedularImpl::Advance(RkTaskPackageImpl& package, int32_t lastState)
     return;
   }
   package.SetCurrentIndex(static_cast<uint32_t>(next));
+  PrefetchAfter(package.Tasks(), next);
   ScheduleTask(package.Tasks()[next].get());
 }
 

@@ -9,9 +9,9 @@
 // 3. The pauses of one event share pausedTasks. A pause lists the running tasks that don't wait at
 //    a pause point; each waiter removes those that do by now, or have left the pool. A wait ends
 //    when the list is empty, or when the event was resumed, cancelled or removed.
-// 4. After each change that can end a wait comes a notification of drainCondition: a task parks,
-//    enters PauseEvent, or leaves the list of running tasks; the generation changes; the registry
-//    loses an entry or has it overwritten.
+// 4. After each change that can end a wait comes a notification of drainCondition: an awaited task
+//    parks, enters PauseEvent, or leaves the list of running tasks; the generation changes; the
+//    registry loses an entry or has it overwritten.
 // 5. A resume counts and notifies before it sweeps, under pauseMutex, which every woken thread
 // needs
 //    before it looks. So a sweep that throws leaves nothing asleep that it has set active.
@@ -31,7 +31,7 @@ class StandingTask {
       MutexLock pause(pauseMutex);
       ++task_->parkedCount;
     }
-    drainCondition.NotifyAll();
+    if (task_->IsAwaited()) drainCondition.NotifyAll();
   }
 
   ~StandingTask() {
@@ -160,7 +160,7 @@ int32_t RkTaskSchedularImpl::PausePointLocked(RkTask* task) {
 // pauseMutex, so no resume can fall between the test and the wait.
 void RkTaskSchedularImpl::Park(RkTaskImpl& task, RkTaskEventImpl& event) {
   if (event.RemovePausedTask(&task) && event.LoadDrainCount() > 0) event.DecrementDrainCount();
-  drainCondition.NotifyAll();
+  if (task.IsAwaited()) drainCondition.NotifyAll();
   const uint64_t seen = resumeCount;
   ++task.parkedCount;
   resumeCondition.Wait(pauseMutex, [&task, seen]() TMV_NO_THREAD_SAFETY_ANALYSIS {

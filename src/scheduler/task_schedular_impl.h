@@ -108,6 +108,7 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   void CompletePackage(RkTaskImpl& package);
   bool TryCompletePlain(RkTaskImpl& task, int32_t state, RkTaskPackageImpl& package)
       TMV_REQUIRES(registryMutex);
+  static void PrefetchAfter(const RkTaskPackageImpl::Children& children, size_t index);
   void Advance(RkTaskPackageImpl& package, int32_t lastState)
       TMV_REQUIRES(registryMutex, stateMutex);
   void EndPackage(RkTaskPackageImpl& package, int32_t state)
@@ -127,15 +128,29 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   void AwaitDrain(RkTaskEventImpl& event);
   Ref<RkTaskImpl> MakeCancelTask(const EventRef& event);
 
+  // Of awaitedDepartures; used by Update alone, which runs under the pool's locks.
+  uint64_t seenDepartures_ = 0;
   Events eventsByName_ TMV_GUARDED_BY(registryMutex);
   std::set<std::string, std::less<>> cancelledNames_ TMV_GUARDED_BY(stateMutex);
 };
 
 // The running plain tasks of an event as the pool lists them, released at the end of its scope.
+// They are awaited: the drain condition is notified when one of them parks or leaves the pool. A
+// task that was not awaited when the pool listed it may have left since, so it counts from the next
+// list on.
 class RunningTasks {
  public:
-  explicit RunningTasks(const char* eventName)
-      : list_(TmvTaskPool()->ListRunning(eventName, count_)) {}
+  explicit RunningTasks(const char* eventName) {
+    bool isComplete = false;
+    while (!isComplete) {
+      TmvTaskPool()->FreeTaskList(list_);
+      list_ = TmvTaskPool()->ListRunning(eventName, count_);
+      isComplete = true;
+      for (const TaskListNode* node = list_; node != nullptr; node = node->next) {
+        if (ToImpl(node->task)->SetAwaited()) isComplete = false;
+      }
+    }
+  }
   ~RunningTasks() { TmvTaskPool()->FreeTaskList(list_); }
   RunningTasks(const RunningTasks&) = delete;
   RunningTasks& operator=(const RunningTasks&) = delete;
@@ -151,7 +166,7 @@ class RunningTasks {
 
  private:
   uint32_t count_ = 0;
-  TaskListNode* list_;
+  TaskListNode* list_ = nullptr;
 };
 
 }  // namespace temvar

@@ -79,6 +79,11 @@ class RkTaskImpl : public virtual RkTask {
   void SetLinked(bool isLinked) { isLinked_.store(isLinked, std::memory_order_release); }
   void SwapName(std::string& name);
 
+  void Prefetch() const {
+    __builtin_prefetch(this);
+    __builtin_prefetch(&func_);
+  }
+
   void AddRef() { refCount_.fetch_add(1, std::memory_order_relaxed); }
   void Release();
 
@@ -86,6 +91,11 @@ class RkTaskImpl : public virtual RkTask {
   // name "0" but belongs to no event, even if a host's task has that name too.
   bool IsInternal() const { return internal_; }
   void SetInternal() { internal_ = true; }
+
+  // A pause or a cancel waits for this task to stop, or has waited.
+  bool IsAwaited() const { return isAwaited_.load(std::memory_order_relaxed); }
+  // True if it was not awaited before.
+  bool SetAwaited() { return !isAwaited_.exchange(true, std::memory_order_relaxed); }
 
   // Number of threads that wait at a pause point with this task. Guarded by the scheduler's pause
   // mutex.
@@ -99,6 +109,7 @@ class RkTaskImpl : public virtual RkTask {
   std::atomic<int32_t> state_{kTaskStateCreated};
   bool internal_ = false;
   std::atomic<bool> isLinked_{false};
+  std::atomic<bool> isAwaited_{false};
   uint32_t nameHash_ = 0;
   // Before the name: a run reads the state and these two, which then share a cache line.
   Ref<RkTaskDataImpl> data_;
@@ -109,6 +120,11 @@ class RkTaskImpl : public virtual RkTask {
 // The implementation of an interface pointer; null for null and for an object that is not of this
 // library.
 RkTaskImpl* ToImpl(RkTask* task);
+
+// Number of awaited tasks that have left the pool's list of running tasks. Raised before the pool
+// sends its message, under the same lock, so that the scheduler knows which messages concern a
+// wait.
+inline constinit std::atomic<uint64_t> awaitedDepartures{0};
 
 // The task whose function runs on the calling thread or is about to, or null. Not owned.
 inline constinit thread_local RkTaskImpl* currentTask = nullptr;
