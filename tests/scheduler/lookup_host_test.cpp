@@ -1,4 +1,4 @@
-// Look-ups by name against the documented walk, over random edits:
+// Look-ups and reports by name against the documented walk, over random edits:
 //   TEMVAR_LOOKUP_EDITS=5000000 bin/lookup_host_test
 #include <gtest/gtest.h>
 #include <temvar/temvar.h>
@@ -17,37 +17,30 @@ namespace {
 
 using namespace test;
 
-// What the test knows of a task or a package.
+// What the test knows of a task, a package or an event.
 struct Node {
   TaskPtr task;
-  RkTaskPackage* package = nullptr;  // The same object, if it is one.
   std::string name = "0";
   bool isWalked = false;          // Its kind is that of packages.
-  std::vector<Node*> children{};  // Null where the package has a null.
+  std::vector<Node*> children{};  // Null where a package has a null.
   uint32_t position = 0;
 };
 
-struct Event {
-  EventPtr event;
-  std::string name;
-  std::vector<Node*> packages{};
-};
-
 struct Found {
-  Event* event = nullptr;
+  Node* event = nullptr;
   Node* package = nullptr;
   Node* task = nullptr;
 };
 
+RkTask* TaskOf(const Node* node) { return node == nullptr ? nullptr : node->task.get(); }
+RkTaskPackage* PackageOf(const Node& node) { return dynamic_cast<RkTaskPackage*>(node.task.get()); }
+
 class Forest {
  public:
-  explicit Forest(uint64_t seed) : random_(seed) {
-    for (size_t i = 0; i < kTasks; ++i) nodes_.push_back({MakeTask("0")});
-    for (size_t i = 0; i < kPackages; ++i) {
-      RkTaskPackage* const package = CreateRkTaskPackage();
-      nodes_.push_back({TaskPtr(package), package, "0", true});
-    }
-    for (Event& event : events_) event = {EventPtr(CreateRkTaskEvent()), "0"};
+  explicit Forest(unsigned seed) : random_(seed) {
+    for (Node& task : tasks_) task.task.reset(CreateRkTask());
+    for (Node& package : packages_) package = {TaskPtr(CreateRkTaskPackage()), "0", true};
+    for (Node& event : events_) event.task.reset(CreateRkTaskEvent());
   }
 
   ~Forest() {
@@ -56,95 +49,97 @@ class Forest {
   }
 
   void Edit() {
-    Node& node = nodes_[Any(nodes_.size())];
-    Event& event = events_[Any(events_.size())];
+    Node& task = AnyOf(tasks_);
+    Node& package = AnyOf(packages_);
+    Node& event = AnyOf(events_);
     const size_t kind = Any(60);
-    if (kind < 10) return node.task->SetName((node.name = AnyName()).c_str());
-    if (kind < 15) return event.event->SetName((event.name = AnyName()).c_str());
-    if (kind < 20) return Register(event);
-    if (kind < 25) return Remove(AnyName());
-    if (kind < 30) return Report(node);
-    if (kind < 35) return InsertAfter(node, nodes_[Any(kTasks)]);
-    if (kind < 59) return Insert(AnyPackage());
-    node.isWalked = !node.isWalked;
-    node.task->SetType(node.isWalked ? kTaskTypePackage : kTaskTypePlain);
+    if (kind < 15) Rename(kind < 8 ? task : kind < 10 ? package : event);
+    if (kind >= 15 && kind < 20) Register(event);
+    if (kind >= 20 && kind < 25) Remove(AnyName());
+    if (kind >= 25 && kind < 30) Report(task);
+    if (kind >= 30 && kind < 35) InsertAfter(task, AnyOf(tasks_));
+    if (kind >= 35 && kind < 41) AddPackage(event, package);
+    if (kind >= 41 && kind < 59 && package.children.size() < 12) Insert(package);
+    if (kind == 59) SetKind(Any(2) == 0 ? task : package);
   }
 
   void Check() {
     const std::string name = AnyName();
     const Found found = Walk(name);
-    const auto taskOf = [](const auto* owner) { return owner ? owner->task.get() : nullptr; };
-    const TaskPtr task(Schedular().FindTask(name.c_str()));
-    const TaskPtr event(Schedular().FindEventOfTask(name.c_str()));
     const PackagePtr package(Schedular().FindPackageOfTask(name.c_str()));
-    ASSERT_EQ(task.get(), taskOf(found.task)) << name;
-    ASSERT_EQ(package.get(), found.package ? found.package->package : nullptr) << name;
-    ASSERT_EQ(event.get(), found.event ? found.event->event.get() : nullptr) << name;
-    Node& listed = AnyPackage();
-    ASSERT_EQ(listed.package->GetCurrentIndex(), listed.position);
-    const Event* const listing = Listing(listed);
-    ASSERT_EQ(TaskPtr(Schedular().FindEventOfPackage(listed.task.get())).get(),
-              listing ? listing->event.get() : nullptr);
+    ASSERT_EQ(package.get(), found.package ? PackageOf(*found.package) : nullptr) << name;
+    ASSERT_EQ(TaskPtr(Schedular().FindTask(name.c_str())).get(), TaskOf(found.task)) << name;
+    const TaskPtr event(Schedular().FindEventOfTask(name.c_str()));
+    ASSERT_EQ(event.get(), TaskOf(found.event)) << name;
+
+    const Node& listed = AnyOf(packages_);
+    ASSERT_EQ(PackageOf(listed)->GetCurrentIndex(), listed.position);
+    const auto entry = std::find_if(registry_.begin(), registry_.end(), [&](const auto& known) {
+      const std::vector<Node*>& children = known.second->children;
+      return std::find(children.begin(), children.end(), &listed) != children.end();
+    });
+    const TaskPtr listing(Schedular().FindEventOfPackage(listed.task.get()));
+    ASSERT_EQ(listing.get(), entry == registry_.end() ? nullptr : TaskOf(entry->second));
   }
 
  private:
-  static constexpr size_t kTasks = 40;
-  static constexpr size_t kPackages = 12;
-
-  size_t Any(size_t count) { return static_cast<size_t>(random_() % count); }
+  size_t Any(size_t count) { return random_() % count; }
+  template <size_t count>
+  Node& AnyOf(std::array<Node, count>& nodes) {
+    return nodes[Any(count)];
+  }
   // Names with few and with many holders, and such as are nobody's.
-  std::string AnyName() { return std::to_string(Any(2) == 0 ? Any(4) : Any(80)); }
-  Node& AnyPackage() { return nodes_[kTasks + Any(kPackages)]; }
-
-  // A null, a task, or a package that is below this one in an order that keeps them free of cycles.
-  Node* AnyChildFor(const Node& package) {
-    if (Any(8) == 0) return nullptr;
-    const auto below = static_cast<size_t>(&package - &nodes_[kTasks]);
-    return &nodes_[Any(8) == 0 && below > 0 ? kTasks + Any(below) : Any(kTasks)];
+  std::string AnyName() {
+    return (Any(8) == 0 ? "\xC3" : "") + std::to_string(Any(2) == 0 ? Any(4) : Any(80));
   }
 
+  void Rename(Node& node) { node.task->SetName((node.name = AnyName()).c_str()); }
+
+  void SetKind(Node& node) {
+    node.isWalked = !node.isWalked;
+    node.task->SetType(node.isWalked ? kTaskTypePackage : kTaskTypePlain);
+  }
+
+  void AddPackage(Node& event, Node& package) {
+    event.children.push_back(&package);
+    dynamic_cast<RkTaskEvent*>(event.task.get())->AddPackage(package.task.get());
+  }
+
+  // A null, a task, or a package before this one, so that none is within itself.
   void Insert(Node& package) {
-    if (Any(4) == 0) {
-      Event& event = events_[Any(events_.size())];
-      event.packages.push_back(&package);
-      return event.event->AddPackage(package.task.get());
-    }
-    if (package.children.size() > 12) return;
-    Node* const child = AnyChildFor(package);
+    const auto before = static_cast<size_t>(&package - packages_.data());
+    Node* child = Any(8) == 0 ? nullptr : &AnyOf(tasks_);
+    if (Any(8) == 0 && before > 0) child = &packages_[Any(before)];
     const size_t index = Any(package.children.size() + 1);
-    package.package->InsertTask(child == nullptr ? nullptr : child->task.get(),
-                                static_cast<uint32_t>(index));
+    PackageOf(package)->InsertTask(TaskOf(child), static_cast<uint32_t>(index));
     package.children.insert(package.children.begin() + static_cast<std::ptrdiff_t>(index), child);
   }
 
   // After the first child that is this one, in the package that its name finds.
   void InsertAfter(Node& child, Node& existing) {
-    if (child.package != nullptr) return;
     Node* const package = Walk(existing.name).package;
-    const bool isDone = Schedular().InsertTaskAfter(child.task.get(), existing.task.get());
     std::vector<Node*> none;
     std::vector<Node*>& children = package == nullptr ? none : package->children;
     const auto hit = std::find(children.begin(), children.end(), &existing);
-    EXPECT_EQ(isDone, hit != children.end());
-    if (isDone) children.insert(hit + 1, &child);
+    EXPECT_EQ(Schedular().InsertTaskAfter(child.task.get(), existing.task.get()),
+              hit != children.end());
+    if (hit != children.end()) children.insert(hit + 1, &child);
   }
 
   // The package that the name finds moves on by one, to its last child at most.
-  void Report(Node& node) {
-    Node* const package = node.isWalked ? nullptr : Walk(node.name).package;
-    node.task->SetState(kTaskStateActive);
-    if (!node.isWalked) node.task->ReportState(node.task.get(), kTaskStateSucceeded);
-    if (package != nullptr && package->position + 1 < package->children.size()) {
-      ++package->position;
-    }
+  void Report(Node& task) {
+    if (task.isWalked) return;
+    Node* const package = Walk(task.name).package;
+    task.task->SetState(kTaskStateActive);
+    Succeed(task.task.get());
+    if (package != nullptr && package->position + 1 < package->children.size()) ++package->position;
   }
 
-  void Register(Event& event) {
-    Event*& entry = registry_[event.name];
-    Event* const old = std::exchange(entry, &event);
-    Schedular().RegisterEvent(event.event.get());
-    // The reference on what is overwritten stays taken.
-    if (old != nullptr) DestroyRkTask(old->event.get());
+  // The reference on what is overwritten stays taken.
+  void Register(Node& event) {
+    Node* const old = std::exchange(registry_[event.name], &event);
+    Schedular().RegisterEvent(event.task.get());
+    DestroyRkTask(TaskOf(old));
   }
 
   void Remove(std::string name) {
@@ -154,7 +149,7 @@ class Forest {
 
   Found Walk(const std::string& name) const {
     for (const auto& [key, event] : registry_) {
-      for (Node* package : event->packages) {
+      for (Node* package : event->children) {
         if (Node* const hit = WalkPackage(*package, name)) return {event, package, hit};
       }
     }
@@ -171,33 +166,26 @@ class Forest {
     return nullptr;
   }
 
-  const Event* Listing(const Node& package) const {
-    for (const auto& [key, event] : registry_) {
-      for (const Node* entry : event->packages) {
-        if (entry == &package) return event;
-      }
-    }
-    return nullptr;
-  }
-
-  std::mt19937_64 random_;
-  std::vector<Node> nodes_;
-  std::array<Event, 4> events_;
-  std::map<std::string, Event*> registry_;
+  std::mt19937 random_;
+  std::array<Node, 40> tasks_;
+  std::array<Node, 12> packages_;
+  std::array<Node, 4> events_;
+  std::map<std::string, Node*> registry_;
 };
 
 TEST(LookUp, GivesTheFirstMatchOfTheDocumentedWalk) {
-  constexpr long kEditsOfAForest = 200;
+  constexpr unsigned kEditsOfAForest = 200;
   const char* const wanted = std::getenv("TEMVAR_LOOKUP_EDITS");
-  const long edits = wanted == nullptr ? 20'000 : std::atol(wanted);
-  for (long seed = 0; seed * kEditsOfAForest < edits && !HasFailure(); ++seed) {
+  const unsigned long edits = wanted == nullptr ? 20'000 : std::strtoul(wanted, nullptr, 10);
+  for (unsigned seed = 0; seed * kEditsOfAForest < edits && !HasFailure(); ++seed) {
     SCOPED_TRACE("forest " + std::to_string(seed));
-    Forest forest(static_cast<uint64_t>(seed));
-    for (long i = 0; i < kEditsOfAForest && !HasFatalFailure(); ++i) {
+    Forest forest(seed);
+    for (unsigned i = 0; i < kEditsOfAForest && !HasFailure(); ++i) {
       forest.Edit();
       forest.Check();
     }
   }
+  EXPECT_EQ(Schedular().GetEventCount(), 0u);
 }
 
 // Edits through the package's own interface and renames on one thread, look-ups on another, while

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 #include <temvar/temvar.h>
 
-#include <deque>
-
 #include "support/host_job.h"
 
 namespace {
@@ -40,18 +38,6 @@ class Queries : public testing::Test {
   EventPtr b_ = MakeEvent("b", {b1_.get(), b2_.get()});
 };
 
-TEST_F(Queries, NamesFindTheFirstTaskInTheOrderOfTheRegistry) {
-  EXPECT_EQ(Schedular().GetEventCount(), 2u);
-  EXPECT_EQ(TaskPtr(Schedular().FindTask("both")).get(), aBoth_.get());
-  EXPECT_EQ(TaskPtr(Schedular().FindEventOfTask("both")).get(), a_.get());
-  EXPECT_EQ(TaskPtr(Schedular().FindEventOfTask("b1")).get(), b_.get());
-  EXPECT_EQ(PackagePtr(Schedular().FindPackageOfTask("b2")).get(), b2_.get());
-
-  EXPECT_EQ(TaskPtr(Schedular().FindTask("deep")).get(), deep_.get());
-  EXPECT_EQ(TaskPtr(Schedular().FindEventOfTask("deep")).get(), a_.get());
-  EXPECT_EQ(PackagePtr(Schedular().FindPackageOfTask("deep")).get(), second_.get());
-}
-
 TEST_F(Queries, OnlyPlainTasksAreFoundByName) {
   first_->SetName("package");
   inner_->SetName("nested");
@@ -62,13 +48,6 @@ TEST_F(Queries, OnlyPlainTasksAreFoundByName) {
   }
   EXPECT_EQ(TaskPtr(Schedular().FindEvent("a")).get(), a_.get());
   EXPECT_EQ(TaskPtr(Schedular().FindEvent("a1")), nullptr);
-}
-
-TEST_F(Queries, PackagesAreFoundIfAnEventListsThemDirectly) {
-  EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(second_.get())).get(), a_.get());
-  EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(b2_.get())).get(), b_.get());
-  EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(inner_.get())), nullptr);
-  EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(a1_.get())), nullptr);
 }
 
 TEST_F(Queries, NullsFindNothingNotEvenWhatIsNamedByTheEmptyText) {
@@ -131,16 +110,6 @@ TEST_F(Queries, InsertionTakesPlaceBehindADirectChildAlone) {
   EXPECT_FALSE(Schedular().InsertTaskAfterName(fresh.get(), "stray"));
   EXPECT_FALSE(Schedular().InsertTaskAfter(fresh.get(), bBoth_.get()));
   EXPECT_EQ(first_->GetCount(), 4u);
-}
-
-TEST(Registry, OrdersNamesByTheirBytes) {
-  std::deque<Job> jobs;
-  for (const char* name : {"\xC3\xA9", "e ", "e"}) {
-    Schedular().RegisterEvent(jobs.emplace_back(name, std::vector<Step>{{"same"}}).event.get());
-  }
-  for (; !jobs.empty(); jobs.pop_back()) {
-    EXPECT_EQ(TaskPtr(Schedular().FindTask("same")).get(), jobs.back()[0]);
-  }
 }
 
 // A task that is inserted behind the one in progress runs next; behind the last one it runs too.
