@@ -28,7 +28,8 @@ tmv::Event MakeEvent() {
       event->AddPackage(package);
     }
     const tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
-    func->Bind(nullptr, [](RkTask*, RkTaskData*) {}, nullptr);
+    func->Bind(
+        nullptr, [](RkTask*, RkTaskData*) {}, nullptr);
     const tmv::Task task = tmv::Task::Adopt(CreateRkTask());
     task->SetName(("task " + std::to_string(i)).c_str());
     task->SetFunc(func);
