@@ -82,30 +82,34 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   void ThrowIfWorker() const;
   void StopWorkers();
 
+  // What the workers write at each task, what who adds writes, and what both only read as a rule
+  // are kept apart, so that a line of one is not taken from the other's processor in between.
+  static constexpr size_t kCacheLine = 64;
+
   std::atomic<bool> stopRequested_{false};
   std::atomic<bool> exitWhenIdle_{false};
-  std::atomic<bool> pairsItself_{false};  // From Start to Stop, see 3 and 4.
+  std::atomic<bool> pairsItself_{false};       // From Start to Stop, see 3 and 4.
+  std::atomic<bool> dispatcherSleeps_{false};  // Written under queueMutex_.
   static inline constinit std::atomic<bool> running_{false};
 
   std::atomic<uint32_t> threadCount_{2};
   std::atomic<int32_t> pollInterval_{500};
+  std::atomic<uint32_t> idleCount_{0};  // Size of idleThreads_; written under idleMutex_.
 
   std::vector<RkTaskThreadImpl*> threads_;
   std::thread dispatcher_;
+  Condition workCondition_;  // The dispatcher waits for work.
+  Condition pollCondition_;  // The dispatcher waits for a worker, or for Stop.
 
-  Mutex idleMutex_;
+  alignas(kCacheLine) Mutex idleMutex_;
   std::deque<RkTaskThreadImpl*> idleThreads_ TMV_GUARDED_BY(idleMutex_);
-  std::atomic<uint32_t> idleCount_{0};  // Size of idleThreads_; written under idleMutex_.
 
-  Mutex queueMutex_ TMV_ACQUIRED_AFTER(idleMutex_);
+  alignas(kCacheLine) Mutex queueMutex_ TMV_ACQUIRED_AFTER(idleMutex_);
   std::deque<PendingTask> pendingTasks_ TMV_GUARDED_BY(queueMutex_);
   std::atomic<uint32_t> pendingCount_{0};  // Size of pendingTasks_; written under queueMutex_.
   std::vector<Ref<RkTaskImpl>> runningTasks_ TMV_GUARDED_BY(queueMutex_);
-  std::atomic<bool> dispatcherSleeps_{false};  // Written under queueMutex_.
-  Condition workCondition_;                    // The dispatcher waits for work.
-  Condition pollCondition_;                    // The dispatcher waits for a worker, or for Stop.
 
-  Mutex incomingMutex_ TMV_ACQUIRED_AFTER(queueMutex_);
+  alignas(kCacheLine) Mutex incomingMutex_ TMV_ACQUIRED_AFTER(queueMutex_);
   std::deque<PendingTask> incoming_ TMV_GUARDED_BY(incomingMutex_);
   uint64_t nextSerial_ TMV_GUARDED_BY(incomingMutex_) = 0;
 };

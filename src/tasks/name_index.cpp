@@ -7,6 +7,9 @@
 namespace temvar {
 namespace {
 
+constexpr size_t kPieceOfChildren = 16;  // A few cache lines each, within any first-level cache.
+constexpr size_t kPieceOfDying = 256;    // Some microseconds under the mutex.
+
 // An event is registered under a key of its own as a rule, under several if it was renamed between.
 const std::string& FirstKey(const RkTaskEventImpl& event) {
   const std::string* first = nullptr;
@@ -132,8 +135,8 @@ void NameIndex::Complete(RkTaskPackageImpl& package) {
   package.SetIndexed();
   package.isComplete = true;  // Before the descent, which a package within itself would never end.
   try {
-    for (const Ref<RkTaskImpl>& child : package.Tasks()) {
-      if (child) AddChild(package, *child);
+    for (size_t i = 0; i < package.Tasks().size(); i += kPieceOfChildren) {
+      EnterPiece(package, i, std::min(package.Tasks().size(), i + kPieceOfChildren));
     }
   } catch (...) {
     MarkIncomplete(package);
@@ -141,19 +144,42 @@ void NameIndex::Complete(RkTaskPackageImpl& package) {
   }
 }
 
+// Looks at the memory of several children at once, since most of the time goes into waiting for it.
+void NameIndex::EnterPiece(RkTaskPackageImpl& package, size_t begin, size_t end) {
+  const RkTaskPackageImpl::Children& children = package.Tasks();
+  for (size_t i = begin; i < end; ++i) {
+    if (children[i]) __builtin_prefetch(&BucketOf(HashUnlinked(*children[i])));
+  }
+  for (size_t i = begin; i < end; ++i) {
+    if (!children[i]) continue;
+    if (RkTaskPackageImpl* const nested = ToPackage(children[i].get())) Complete(*nested);
+    Enter(package, *children[i]);
+  }
+}
+
 void NameIndex::AddChild(RkTaskPackageImpl& package, RkTaskImpl& child) {
   if (RkTaskPackageImpl* const nested = ToPackage(&child)) Complete(*nested);
+  HashUnlinked(child);
+  Enter(package, child);
+}
+
+// A name is hashed when its task comes to be linked, since most tasks of a pool never are.
+uint32_t NameIndex::HashUnlinked(RkTaskImpl& child) {
+  if (!child.IsLinked()) child.indexEntry.hash = TaskName::HashOf(child.Name());
+  return child.indexEntry.hash;
+}
+
+void NameIndex::Enter(RkTaskPackageImpl& package, RkTaskImpl& child) {
   child.indexEntry.parents.Add(&package);
   if (!child.IsLinked()) Link(child);
 }
 
 // In pieces, so that the end of a large package doesn't keep reports waiting.
 void NameIndex::ForgetPackage(RkTaskPackageImpl& package) {
-  constexpr size_t kPiece = 256;
   const RkTaskPackageImpl::Children& children = package.Tasks();
   for (size_t i = 0; i < children.size();) {
     MutexLock registry(registryMutex);
-    for (const size_t end = std::min(children.size(), i + kPiece); i < end; ++i) {
+    for (const size_t end = std::min(children.size(), i + kPieceOfDying); i < end; ++i) {
       if (!children[i]) continue;
       RkTaskImpl& child = *children[i];
       child.indexEntry.parents.Remove(&package);
@@ -165,6 +191,7 @@ void NameIndex::ForgetPackage(RkTaskPackageImpl& package) {
 void NameIndex::Rename(RkTaskImpl& task, std::string& name) {
   Unlink(task);
   task.SwapName(name);
+  HashUnlinked(task);
   Link(task);
 }
 
@@ -174,9 +201,9 @@ std::optional<TaskPlace> NameIndex::Find(const TaskName& name) {
   size_t met = 0;
   RkTaskImpl* last = nullptr;
   RkTaskImpl* next = nullptr;
-  for (RkTaskImpl* task = BucketOf(name.ShortHash()); task != nullptr; task = next) {
+  for (RkTaskImpl* task = BucketOf(name.hash); task != nullptr; task = next) {
     next = task->indexEntry.next;
-    if (task->NameHash() != name.ShortHash()) continue;
+    if (task->indexEntry.hash != name.hash) continue;
     if (task->HasName(name.text) && !search.Meets(*task)) {
       Unlink(*task);
       task->indexEntry.parents.AnyOf([](RkTaskPackageImpl& parent) {
@@ -215,9 +242,10 @@ RkTaskEventImpl* NameIndex::FindListing(const RkTaskPackageImpl& package) {
 
 void NameIndex::Link(RkTaskImpl& task) {
   Reserve(linkedCount_ + 1);
-  RkTaskImpl*& bucket = BucketOf(task.NameHash());
+  RkTaskImpl*& bucket = BucketOf(task.indexEntry.hash);
   RkTaskImpl* same = bucket;
-  while (same != nullptr && same->NameHash() != task.NameHash()) same = same->indexEntry.next;
+  while (same != nullptr && same->indexEntry.hash != task.indexEntry.hash)
+    same = same->indexEntry.next;
   task.indexEntry.isShared = same != nullptr;
   if (same != nullptr) same->indexEntry.isShared = true;
 
@@ -232,7 +260,7 @@ void NameIndex::Link(RkTaskImpl& task) {
 void NameIndex::Unlink(RkTaskImpl& task) {
   RkTaskImpl* const next = task.indexEntry.next;
   RkTaskImpl* const previous = task.indexEntry.previous;
-  (previous == nullptr ? BucketOf(task.NameHash()) : previous->indexEntry.next) = next;
+  (previous == nullptr ? BucketOf(task.indexEntry.hash) : previous->indexEntry.next) = next;
   if (next != nullptr) next->indexEntry.previous = previous;
   --linkedCount_;
   task.SetLinked(false);
@@ -263,7 +291,7 @@ void NameIndex::Rehash(RkTaskImpl** buckets, size_t count) {
     RkTaskImpl* next = nullptr;
     for (RkTaskImpl* task = std::exchange(old[i], nullptr); task != nullptr; task = next) {
       next = task->indexEntry.next;
-      RkTaskImpl*& bucket = BucketOf(task->NameHash());
+      RkTaskImpl*& bucket = BucketOf(task->indexEntry.hash);
       task->indexEntry.next = bucket;
       task->indexEntry.previous = nullptr;
       if (bucket != nullptr) bucket->indexEntry.previous = task;

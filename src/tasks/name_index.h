@@ -24,6 +24,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -74,6 +75,9 @@ class NameIndex {
 
   static constexpr size_t kLeastBuckets = 16;
 
+  void EnterPiece(RkTaskPackageImpl& package, size_t begin, size_t end) TMV_REQUIRES(registryMutex);
+  void Enter(RkTaskPackageImpl& package, RkTaskImpl& child) TMV_REQUIRES(registryMutex);
+  static uint32_t HashUnlinked(RkTaskImpl& child) TMV_REQUIRES(registryMutex);
   void Link(RkTaskImpl& task) TMV_REQUIRES(registryMutex);
   void Unlink(RkTaskImpl& task) TMV_REQUIRES(registryMutex);
   void Reserve(size_t count) TMV_REQUIRES(registryMutex);

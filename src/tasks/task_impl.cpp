@@ -84,11 +84,6 @@ void RkTaskImpl::StoreName(std::string name) {
   SwapName(name);
 }
 
-void RkTaskImpl::SwapName(std::string& name) {
-  nameHash_ = TaskName(std::string_view(name)).ShortHash();
-  name_.swap(name);
-}
-
 // RkTask is a virtual base, so a static downcast doesn't exist and dynamic_cast walks the
 // hierarchy. There are three classes only, so the exact type and the address of the whole object
 // are enough.

@@ -19,14 +19,14 @@ namespace temvar {
 // A name to search for, with its hash: a search compares hashes first and reads the text on a hit
 // only.
 struct TaskName {
-  explicit TaskName(const char* name) : TaskName(std::string_view(name)) {}
-  explicit TaskName(std::string_view name)
-      : text(name), hash(std::hash<std::string_view>()(name)) {}
+  explicit TaskName(std::string_view name) : text(name), hash(HashOf(name)) {}
 
-  uint32_t ShortHash() const { return static_cast<uint32_t>(hash); }
+  static uint32_t HashOf(std::string_view name) {
+    return static_cast<uint32_t>(std::hash<std::string_view>()(name));
+  }
 
   std::string_view text;
-  size_t hash;
+  uint32_t hash;
 };
 
 class RkTaskImpl;
@@ -37,6 +37,7 @@ struct NameIndexEntry {
   RkTaskImpl* next = nullptr;  // In the chain of the name's hash, if the task is linked.
   RkTaskImpl* previous = nullptr;
   PointerSet<RkTaskPackageImpl> parents;
+  uint32_t hash = 0;      // Of the name, if the task is linked.
   bool isShared = false;  // Another task with this hash may be linked.
 };
 
@@ -71,13 +72,12 @@ class RkTaskImpl : public virtual RkTask {
   const std::string& Name() const { return name_; }
   const Ref<RkTaskFuncImpl>& Func() const { return func_; }
   bool HasName(std::string_view name) const { return name_ == name; }
-  uint32_t NameHash() const { return nameHash_; }
 
   // For NameIndex. A linked task is renamed under the registry mutex, which guards the entry too.
   NameIndexEntry indexEntry;
   bool IsLinked() const { return isLinked_.load(std::memory_order_acquire); }
   void SetLinked(bool isLinked) { isLinked_.store(isLinked, std::memory_order_release); }
-  void SwapName(std::string& name);
+  void SwapName(std::string& name) { name_.swap(name); }
 
   void Prefetch() const {
     __builtin_prefetch(this);
@@ -110,7 +110,6 @@ class RkTaskImpl : public virtual RkTask {
   bool internal_ = false;
   std::atomic<bool> isLinked_{false};
   std::atomic<bool> isAwaited_{false};
-  uint32_t nameHash_ = 0;
   // Before the name: a run reads the state and these two, which then share a cache line.
   Ref<RkTaskDataImpl> data_;
   Ref<RkTaskFuncImpl> func_;

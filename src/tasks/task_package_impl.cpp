@@ -123,7 +123,7 @@ RkTaskImpl* RkTaskPackageImpl::FindTask(const TaskName& name) const {
       const RkTaskPackageImpl* const nested = ToPackage(child.get());
       RkTaskImpl* const hit = nested == nullptr ? nullptr : nested->FindTask(name);
       if (hit != nullptr) return hit;
-    } else if (child->NameHash() == name.ShortHash() && child->HasName(name.text)) {
+    } else if (child->HasName(name.text)) {
       return child.get();
     }
   }
