@@ -1,16 +1,17 @@
 #ifndef EXAMPLES_BACKUP_CRASH_REPORT_H_
 #define EXAMPLES_BACKUP_CRASH_REPORT_H_
 
-#include <temvar/types.h>
-
 #include <filesystem>
+#include <functional>
+#include <string>
 
 namespace backup {
 
-// Makes the folder and installs the crash report for it. `notify` runs on the crashing thread, with
-// the path of the archive.
-void InstallCrashReport(const std::filesystem::path& folder,
-                        void (*notify)(const TmvWideChar* archive));
+// Makes crash reports from here on, in a folder beside the settings file. `tell` is called with a
+// text for the user, now: if the last run has crashed, and where its report is kept, or if no
+// reports can be made.
+void WatchForCrashes(const std::filesystem::path& settings,
+                     const std::function<void(const std::string& text)>& tell);
 
 }  // namespace backup
 

@@ -48,11 +48,6 @@ fs::path DestinationOf(const Settings& settings) {
   return fs::canonical(path);
 }
 
-// Runs on the crashing thread, so it does as little as can be.
-void ReportCrash(const TmvWideChar*) {
-  std::fputs("backup has crashed; the report is in the folder crashes of the backup\n", stderr);
-}
-
 void Run(tmv::Job& job, uint32_t workers, support::Terminal& terminal, std::FILE* screen,
          const Progress& progress) {
   ProgressLine line(3);
@@ -67,7 +62,6 @@ ExitStatus BackUp(Settings& settings) {
   support::Terminal terminal;
   const fs::path source = SourceOf(settings);
   const fs::path destination = DestinationOf(settings);
-  InstallCrashReport(destination / "crashes", ReportCrash);
   // The digest and archive operations of the library print what they do.
   std::FILE* const screen = support::DivertOutput(destination / "backup.log");
   if (screen == nullptr) throw std::runtime_error("backup.log can't be written");
@@ -136,6 +130,8 @@ ExitStatus Restore(const Options& options) {
   return failed > 0 ? kSomeFailed : kDone;
 }
 
+void Tell(const std::string& text) { std::fprintf(stderr, "backup: %s\n", text.c_str()); }
+
 // The settings must mean the same wherever the next run is started.
 void MakeAbsolute(std::optional<std::string>& path) {
   if (path) path = support::Utf8FromPath(fs::absolute(support::PathFromUtf8(*path)));
@@ -150,12 +146,13 @@ ExitStatus Run(Options options) {
   fs::create_directories(support::PathFromUtf8(path).parent_path());
   std::string notice;
   Settings settings(path, notice);
-  if (!notice.empty()) std::fprintf(stderr, "backup: %s\n", notice.c_str());
+  if (!notice.empty()) Tell(notice);
   if (options.history) {
     for (const std::string& run : settings.Runs()) std::printf("%s\n", run.c_str());
     return kDone;
   }
   settings.Apply(options);
+  WatchForCrashes(support::PathFromUtf8(path), Tell);
   return BackUp(settings);
 }
 

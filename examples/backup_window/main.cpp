@@ -46,9 +46,8 @@ Arguments ReadArguments() {
   return result;
 }
 
-// Runs on the crashing thread, so it does as little as can be.
-void ReportCrash(const TmvWideChar* archive) {
-  MessageBoxW(nullptr, archive, L"Backup has crashed; the report is here:", MB_ICONERROR);
+void Tell(const std::string& text) {
+  MessageBoxW(nullptr, backup_window::ToWide(text).c_str(), kTitle, MB_ICONWARNING);
 }
 
 void RunMessages(HWND window) {
@@ -63,15 +62,13 @@ void RunMessages(HWND window) {
 void Run(HINSTANCE instance, int show, const Arguments& arguments) {
   const fs::path folder = arguments.settings.parent_path();
   fs::create_directories(folder);
-  backup::InstallCrashReport(folder / "temvar-backup-crashes", ReportCrash);
+  backup::WatchForCrashes(arguments.settings, Tell);
   // The digest and archive operations of the library print what they do; nobody else does here.
   _wfreopen((folder / "temvar-backup.log").c_str(), L"w", stdout);
 
   std::string notice;
   backup::Settings settings(support::Utf8FromPath(arguments.settings), notice);
-  if (!notice.empty()) {
-    MessageBoxW(nullptr, backup_window::ToWide(notice).c_str(), kTitle, MB_ICONWARNING);
-  }
+  if (!notice.empty()) Tell(notice);
   if (!arguments.source.empty()) {
     backup::Options options;
     options.source = arguments.source;

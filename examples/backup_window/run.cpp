@@ -5,6 +5,9 @@ namespace backup_window {
 void Run::List(const std::filesystem::path& source, const std::filesystem::path& destination,
                const std::string& exclusions) {
   job_.emplace("list of folders");
+  lanes_.clear();
+  progress_.done = 0;
+  progress_.total = 0;
   job_->Add("list", [this, source, destination, exclusions](tmv::JobContext& context) {
     namespace fs = std::filesystem;
     fs::create_directories(destination);
