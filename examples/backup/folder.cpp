@@ -114,7 +114,13 @@ class Lister {
 
   void AddFile(Folder& folder, const fs::directory_entry& entry, const fs::path& root) const {
     try {
-      if (entry.symlink_status().type() != fs::file_type::regular) return;
+      const fs::file_type type = entry.symlink_status().type();
+      // It was listed a moment ago. On Windows that is how a path of more than 260 characters
+      // shows.
+      if (type == fs::file_type::not_found) {
+        PassOver(folder, entry.path(), "can't be found; is its path too long?");
+      }
+      if (type != fs::file_type::regular) return;
       File file;
       file.path = LibraryPath(entry.path());
       if (TmvUtilityFile()->ExtensionInList(file.path.c_str(), exclusions_.c_str())) return;

@@ -42,9 +42,9 @@ fail() {
 # picture NAME: the window without the empty screen around it.
 picture() { import -window root -silent png:- | convert png:- -trim +repage "$folder/$1.png"; }
 
-# A tree in several scripts, with a name of 200 characters, and one folder for which no archive can
+# A tree in several scripts, with a name of 100 characters, and one folder for which no archive can
 # be made: something is in its way.
-long=$(printf 'long-%.0s' $(seq 40))
+long=$(printf 'long-%.0s' $(seq 20))
 for name in "Ελλάδα 2024" "写真 東京タワー" "Фотографии" "Grüße aus Köln" "♫ music" "$long"; do
   mkdir -p "tree/$name"
   for i in 1 2 3 4 5 6; do
