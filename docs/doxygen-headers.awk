@@ -121,7 +121,9 @@ FNR == 1 && !is_cpp && !is_c { open_group(); opened = 1 }
   } else if (RLENGTH == length(indent) && ended && block != "") {
     printf "%s", block
   }
-  # A comment behind a declaration.
+  if ($0 ~ /^#define/ && was_define && block != "") printf "%s", block
+  was_define = $0 ~ /^#define/
+  # A comment after a declaration.
   if (match($0, /[;,{(]  *\/\/ /)) {
     in_span = 0
     at = index(substr($0, RSTART), "//") + RSTART - 1
