@@ -79,8 +79,8 @@ void MakeRoom(std::string& bytes, size_t count, const z_stream& stream) {
   const double ratio = static_cast<double>(stream.total_out) / static_cast<double>(stream.total_in);
   const double promised = static_cast<double>(stream.total_out) + ratio * stream.avail_in;
   const size_t most = std::max(kTrusted, std::min(bytes.size(), kMaxBinaryDataSize / 4) * 4);
-  // A hundredth more, since the ratio is never quite the same.
-  const double wanted = promised * 1.01 + static_cast<double>(count);
+  // An eighth more: the ratio of the first block is a guess, and growing again copies everything.
+  const double wanted = promised * 1.125 + static_cast<double>(count);
   try {
     bytes.reserve(static_cast<size_t>(std::min(wanted, static_cast<double>(most))));
   } catch (const std::bad_alloc&) {
