@@ -46,6 +46,8 @@ std::ostream& operator<<(std::ostream& stream, const Way& way) { return stream <
 
 constexpr Ending kAccess = {0xC0000005, 2, 0, 0xC0000005}, kUnreported = {0, 0, 0, 3};
 constexpr Ending kSegfault = {0xC0000005, 2, SIGSEGV, 0}, kAborted = {0, 0, SIGABRT, 0};
+// SIGTRAP and SIGSYS of Linux; Windows has no such names.
+constexpr int kTrap = 5, kForbiddenCall = 31;
 constexpr Ending kOverflow = {0xC00000FD, 1, 0, 0xC00000FD};
 
 // An uncaught exception of a program that mingw built ends in abort(), which is not reported.
@@ -54,8 +56,8 @@ const Way kWays[] = {
     {"null-call", kAccess, kSegfault},
     {"division", {0xC0000094, 1, 0, 0xC0000094}, {0xC0000094, 1, SIGFPE, 0}},
     {"illegal", {0xC000001D, 1, 0, 0xC000001D}, {0xC000001D, 1, SIGILL, 0}},
-    {"breakpoint", {0x80000003, 1, 0, 0x80000003}, {0x80000003, 1, SIGTRAP, 0}},
-    {"forbidden-call", {0xC000001C, 1, 0, 0xC000001C}, {0xC000001C, 1, SIGSYS, 0}},
+    {"breakpoint", {0x80000003, 1, 0, 0x80000003}, {0x80000003, 1, kTrap, 0}},
+    {"forbidden-call", {0xC000001C, 1, 0, 0xC000001C}, {0xC000001C, 1, kForbiddenCall, 0}},
     {"stack-overflow", kOverflow, kSegfault},
     {"abort", kUnreported, kAborted},
     {"terminate", kUnreported, kAborted},
