@@ -30,8 +30,9 @@ class TMVUtilityFile {
  public:
   // Deletes a directory with all that is in it, or a single file, for good and without asking. One
   // backslash at the end of the path doesn't count. Links are deleted, not followed. False if
-  // anything couldn't be deleted (what went before stays deleted), for a missing path, and for a
-  // path that is null, empty or just a drive, of which nothing is deleted.
+  // anything couldn't be deleted (what was deleted before stays so), for a missing path, and for a
+  // path that is null, empty, just a drive or a root however it is written, of which nothing is
+  // deleted.
   virtual bool DeleteDirectoryTree(const char* path) = 0;
 
   // Copies a directory with all that is in it, or a single file. If `destination` is a directory,
@@ -44,8 +45,8 @@ class TMVUtilityFile {
 
   // `total` plus the sizes of all files below the directory `path`; callers start with 0. What
   // can't be read, and a path that is no directory, adds nothing. Links to directories are followed
-  // as directories, each as often as it is met; a link back to a directory that it stands in is
-  // counted once at most, so that the walk ends.
+  // as directories, but for links back to a directory above; a directory that links lead to from
+  // below a link is counted there once.
   virtual uint64_t DirectorySize(const char* path, uint64_t total) = 0;
 
   // Copies one file; an existing destination is replaced. False on failure.

@@ -6,12 +6,10 @@
 #include "temvar/export.h"
 #include "temvar/types.h"
 
-// Lets the compiler check calls of FormatString. `format` and `first` are positions of arguments,
-// counted with the object as the first.
-#if defined(__clang__)
+// Lets the compiler check calls of FormatString, by the conversions of the system's runtime.
+// `format` and `first` are positions of arguments, counted with the object as the first.
+#if defined(__GNUC__)
 #define TMV_PRINTF_LIKE(format, first) __attribute__((__format__(__printf__, format, first)))
-#elif defined(__GNUC__)
-#define TMV_PRINTF_LIKE(format, first) __attribute__((__format__(__gnu_printf__, format, first)))
 #else
 #define TMV_PRINTF_LIKE(format, first)
 #endif
@@ -45,8 +43,9 @@ class TMVUtilityString {
   // New ANSI text from UTF-8, by Utf8ToWide and WideToAnsi. Null gives an empty text.
   virtual char* Utf8ToAnsi(const char* text) = 0;
 
-  // New text formatted as printf does it, whole however long it is. A format that the runtime
-  // refuses gives an empty text.
+  // New text formatted with the printf conversions of the system's runtime, whole however long it
+  // is: on Windows %I64d, three digits of exponent, no %zu. A format that the runtime refuses gives
+  // an empty text.
   virtual char* FormatString(const char* format, ...) TMV_PRINTF_LIKE(2, 3) = 0;
 
   // The same in wide text, with the conversions of the Windows runtime: %s and %c take wide text,
@@ -82,7 +81,9 @@ class TMVUtilityString {
   // std::regex_error for a bad pattern.
   // A match may be long, but not endless, since the matcher recurses: up to 300,000 bytes are safe
   // in a 64-bit process and 30,000 in a 32-bit one; far longer texts are, if their matches are
-  // shorter. A text above 256 bytes is searched on a thread that the call starts and waits for.
+  // shorter. A search that needs much stack runs on a thread that the call starts and waits for;
+  // std::regex_error with error_stack is thrown if the system refuses that thread, or if the
+  // pattern is so long that no stack is large enough.
   virtual char* RegexFirstMatch(const char* text, const char* pattern) = 0;
 
   // The value of `length` hexadecimal digits, which need no terminator. 0 for a length of 0; `text`

@@ -99,6 +99,13 @@ TEST_P(FilesPosixTest, FilesMoveToAnotherFileSystem) {
   EXPECT_FALSE(MoveFileW(Wide("second").c_str(), wide.c_str()));
   EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
   EXPECT_EQ(GetFile("second"), "other content");
+  // A source that is missing or held by somebody leaves a destination alone that is not its copy.
+  EXPECT_FALSE(MoveFileW(Wide("missing").c_str(), wide.c_str()));
+  const HANDLE held =
+      CreateFileW(Wide("second").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  EXPECT_FALSE(MoveFileW(Wide("second").c_str(), wide.c_str()));
+  CloseHandle(held);
+  ASSERT_TRUE(fs::exists(target));
   EXPECT_TRUE(CopyFileW(wide.c_str(), Wide("back").c_str(), FALSE));
   EXPECT_EQ(GetFile("back"), "content");
   fs::remove(target);
@@ -115,7 +122,11 @@ TEST_P(FilesPosixTest, CopiesFilesThatHaveNoSize) {
 TEST_P(FilesPosixTest, PipesAreReadAsTheyCome) {
   ASSERT_EQ(mkfifo(FilePath("pipe").c_str(), 0600), 0);
   const std::string bytes(100'000, 'p');
-  std::thread writer([&] { PutFile("pipe", bytes); });
+  const int pipe = open(FilePath("pipe").c_str(), O_RDWR);
+  std::thread writer([&] {
+    EXPECT_EQ(write(pipe, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    close(pipe);
+  });
   BinaryDataResult result;
   const bool read = TmvUtilityFile()->ReadWholeFile(&result, Path("pipe").c_str());
   writer.join();

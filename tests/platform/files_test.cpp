@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "platform/paths.h"
 #include "platform/win32.h"
 #include "support/take.h"
 #include "support/work_folder.h"
@@ -49,6 +50,22 @@ TEST_P(FilesTest, AFailedOpeningSaysWhy) {
   for (const auto& row : openings) {
     EXPECT_EQ(ErrorOfOpening(row.name, row.access, 0, row.disposition), row.error) << row.name;
   }
+}
+
+// Nothing is deleted to find out: a mistake would empty a disk.
+TEST(IsRootPath, KnowsARootInEachForm) {
+  const auto isRoot = [](const char* path) {
+    return temvar::IsRootPath(temvar::ShellPath(path).get());
+  };
+  for (const char* path : {"/", "\\", "//", "/.", "C:/", "C:\\.", "C:\\x\\..", "/a/./../b/.."}) {
+    EXPECT_TRUE(isRoot(path)) << path;
+  }
+  for (const char* path : {"/tmp", "C:\\tmp", "C:\\x\\..\\y", "x", "."}) {
+    EXPECT_FALSE(isRoot(path)) << path;
+  }
+#ifdef _WIN32
+  for (const char* path : {"\\\\server\\share", "\\\\?\\C:\\"}) EXPECT_TRUE(isRoot(path)) << path;
+#endif
 }
 
 TEST_P(FilesTest, AHandleWithoutSharingIsAlone) {

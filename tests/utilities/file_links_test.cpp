@@ -1,11 +1,15 @@
 // Trees with links, without rights and copied into themselves. Not built for Windows: Wine (seen in
 // 8.0) makes no symbolic links and copies a tree into itself, which Windows refuses, and rights
 // there are no permission bits.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -72,6 +76,35 @@ TEST_P(FileLinksTest, SizeComesToAnEndWhereLinksLeadBack) {
   LinkTo("../a", "tree/b/to a");
   // As tree/a, and as tree/b/to a.
   EXPECT_EQ(SizeOf("tree"), 10u);
+
+  // Folders that all link to one another have 20! ways through them.
+  for (int from = 0; from < 20; ++from) {
+    MakeFolder("net/" + std::to_string(from));
+    for (int to = 0; to < 20; ++to) {
+      if (to != from) {
+        LinkTo("../" + std::to_string(to),
+               "net/" + std::to_string(from) + "/" + std::to_string(to));
+      }
+    }
+  }
+  PutFile("net/0/file", "1");
+  EXPECT_EQ(SizeOf("net"), 21u) << "itself, 19 links in the tree, once below links";
+}
+
+// More levels than a process may have files open.
+TEST(DeepTrees, AreMadeSummedUpCopiedAndDeleted) {
+  TMVUtilityFile* const files = TmvUtilityFile();
+  const std::string top = fs::temp_directory_path().string() + "/temvar-deep";
+  files->DeleteDirectoryTree(top.c_str());
+  std::string deep = top + "/tree";
+  for (int level = 0; level < 1200; ++level) deep += "/d";
+  ASSERT_TRUE(files->CreateDirectoryPath(deep.c_str()));
+  ASSERT_TRUE(files->WriteWholeFile("12345", 5, (deep + "/file").c_str()));
+  EXPECT_EQ(files->DirectorySize(top.c_str(), 0), 5u);
+  EXPECT_TRUE(files->CopyDirectoryTree((top + "/tree").c_str(), (top + "/copy").c_str()));
+  EXPECT_EQ(files->DirectorySize(top.c_str(), 0), 10u);
+  EXPECT_TRUE(files->DeleteDirectoryTree(top.c_str()));
+  EXPECT_FALSE(files->PathExists(top.c_str()));
 }
 
 TEST_P(FileLinksTest, DeletingATreeLeavesWhatItsLinksLeadTo) {
@@ -85,7 +118,7 @@ TEST_P(FileLinksTest, DeletingATreeLeavesWhatItsLinksLeadTo) {
   EXPECT_FALSE(Exists("tree"));
   EXPECT_EQ(GetFile("outside/file"), "kept");
 
-  for (const char* ending : {"", "\\", "/", "//"}) {
+  for (const char* ending : {"", "\\", "/", "//", "/.", "/sub/..", "\\.\\"}) {
     LinkTo("outside", "link");
     EXPECT_TRUE(TmvUtilityFile()->DeleteDirectoryTree((Path("link") + ending).c_str()));
     EXPECT_FALSE(Exists("link"));
@@ -93,15 +126,51 @@ TEST_P(FileLinksTest, DeletingATreeLeavesWhatItsLinksLeadTo) {
   }
 }
 
-TEST_P(FileLinksTest, CopyingATreeCopiesItsLinks) {
-  MakeFolder("tree");
+TEST_P(FileLinksTest, CopyingATreeTwiceCopiesLinksTimesAndRights) {
+  MakeFolder("tree/closed");
   PutFile("tree/file", "content");
+  PutFile("tree/closed/file", "inner");
   LinkTo("file", "tree/link");
   LinkTo(".", "tree/self");
-  ASSERT_TRUE(TmvUtilityFile()->CopyDirectoryTree(Path("tree").c_str(), Path("copy").c_str()));
-  EXPECT_EQ(fs::read_symlink(FilePath("copy/link")), "file");
-  EXPECT_EQ(fs::read_symlink(FilePath("copy/self")), ".");
-  EXPECT_EQ(GetFile("copy/link"), "content");
+  ASSERT_EQ(mkfifo(FilePath("tree/pipe").c_str(), 0600), 0);
+  const auto old = fs::last_write_time(FilePath("tree/closed")) - std::chrono::hours(100);
+  for (const char* name : {"tree/closed/file", "tree/closed"}) {
+    fs::permissions(FilePath(name), fs::perms::owner_read | fs::perms::owner_exec);
+    fs::last_write_time(FilePath(name), old);
+  }
+  fs::permissions(Folder(), fs::perms::all);
+  const std::string from = Path("tree"), to = Path("copies");
+  const auto copy = [&] { return TmvUtilityFile()->CopyDirectoryTree(from.c_str(), to.c_str()); };
+  MakeFolder("copies");
+  if (geteuid() == 0) {
+    ASSERT_EQ(system(("chown -R -h 65534 '" + Folder().string() + "'").c_str()), 0);
+    EXPECT_TRUE(RunWithoutRights([&] { return copy() && copy(); }));
+  } else {
+    EXPECT_TRUE(copy() && copy());
+  }
+  EXPECT_EQ(fs::read_symlink(FilePath("copies/tree/link")), "file");
+  EXPECT_EQ(fs::read_symlink(FilePath("copies/tree/self")), ".");
+  EXPECT_EQ(GetFile("copies/tree/closed/file"), "inner");
+  EXPECT_FALSE(Exists("copies/tree/pipe"));
+  EXPECT_EQ(fs::last_write_time(FilePath("copies/tree/closed")), old);
+  EXPECT_EQ(fs::last_write_time(FilePath("copies/tree/closed/file")), old);
+  EXPECT_EQ(fs::status(FilePath("copies/tree/closed")).permissions(),
+            fs::perms::owner_read | fs::perms::owner_exec);
+  for (const char* name : {"tree/closed", "copies/tree/closed"}) {
+    fs::permissions(FilePath(name), fs::perms::owner_all);
+  }
+}
+
+TEST_P(FileLinksTest, ForeignLocksAndIdlePipesStopNobody) {
+  PutFile("file", "content");
+  const int foreign = open(FilePath("file").c_str(), O_RDWR);
+  ASSERT_EQ(flock(foreign, LOCK_EX), 0);
+  EXPECT_EQ(TmvUtilityFile()->FileContainsText(Path("file").c_str(), "content"), 1);
+  EXPECT_TRUE(TmvUtilityFile()->SetFileTimestamp(Path("file").c_str(), "2024-01-31 17:05:09"));
+  close(foreign);
+  ASSERT_EQ(mkfifo(FilePath("pipe").c_str(), 0600), 0);
+  EXPECT_EQ(TmvUtilityFile()->FileContainsText(Path("pipe").c_str(), ""), 0);
+  EXPECT_FALSE(TmvUtilityFile()->WriteWholeFile("x", 1, Path("pipe").c_str()));
 }
 
 TEST_P(FileLinksTest, NoTreeIsCopiedIntoItself) {

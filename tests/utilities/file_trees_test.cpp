@@ -46,7 +46,7 @@ TEST_P(FileTreesTest, CreatesMissingParents) {
   EXPECT_TRUE(files->CreateDirectoryPath(Path("one/δύο/三").c_str()));
   EXPECT_TRUE(fs::is_directory(FilePath("one/δύο/三")));
   EXPECT_FALSE(files->CreateDirectoryPath(Path("one/δύο/三").c_str())) << "exists";
-  EXPECT_TRUE(files->CreateDirectoryPath((Path("one") + "/four\\five").c_str()));
+  EXPECT_TRUE(files->CreateDirectoryPath((Path("one") + "/four\\five\\").c_str()));
   EXPECT_TRUE(fs::is_directory(FilePath("one/four/five")));
   PutFile("file", "");
   EXPECT_FALSE(files->CreateDirectoryPath(Path("file").c_str()));

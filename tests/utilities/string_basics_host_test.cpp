@@ -3,6 +3,8 @@
 #include <temvar/utility_string.h>
 
 #include <cinttypes>
+#include <climits>
+#include <new>
 #include <string>
 
 #include "support/take.h"
@@ -104,6 +106,9 @@ TEST(StringFormat, ResultIsWhole) {
     EXPECT_TRUE(TakeWide(text->FormatWideString(TMV_WIDE("%s"), wide.c_str())) == wide) << size;
   }
   EXPECT_EQ(TakeWide(text->FormatWideString(TMV_WIDE("%*d"), 50000, 1)).size(), 50000u);
+  if (sizeof(void*) == 8) return;  // Where the longest text takes just time and 4 GiB.
+  EXPECT_THROW(text->FormatString("%*d", INT_MAX, 1), std::bad_alloc);
+  EXPECT_THROW(text->FormatWideString(TMV_WIDE("%*d"), INT_MAX, 1), std::bad_alloc);
 }
 
 // The result of each wide conversion beside the narrow one of the C library.
@@ -119,7 +124,7 @@ TEST(StringFormat, WideNumbersAreThoseOfPrintf) {
   EXPECT_SAME("%hd %hu", short{12}, static_cast<unsigned short>(13));
   EXPECT_SAME("%#x %#o", 255u, 8u);
   EXPECT_SAME("%f %.2f %10.3f|%-10.1f|", 1.5, 2.25, 3.125, 4.75);
-  EXPECT_SAME("%g %G", 0.5, 1234.5);
+  EXPECT_SAME("%g %G %e %.0f", 0.5, 1234.5, 1e-7, 2.5);
   EXPECT_SAME("100%% of %d", 1);
 #undef EXPECT_SAME
 }

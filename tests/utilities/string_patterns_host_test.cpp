@@ -7,9 +7,12 @@
 #include <gtest/gtest.h>
 #include <temvar/utility_string.h>
 
+#include <memory>
+#include <new>
 #include <random>
 #include <regex>
 #include <string>
+#include <vector>
 
 #include "support/take.h"
 
@@ -75,6 +78,23 @@ TEST(StringPatterns, FirstMatch) {
   }
 }
 
+TEST(StringPatterns, ASearchWithoutTheStackThrows) {
+  const auto codeOf = [](const std::string& subject, const std::string& pattern) {
+    try {
+      Take(text->RegexFirstMatch(subject.c_str(), pattern.c_str()));
+    } catch (const std::regex_error& error) {
+      return error.code();
+    }
+    return std::regex_constants::error_type{};
+  };
+  EXPECT_EQ(codeOf("x", std::string(2'000'000, 'a')), std::regex_constants::error_stack);
+  if (sizeof(void*) == 8) return;
+  // A 32-bit process runs out of addresses for threads.
+  std::vector<std::unique_ptr<char[]>> blocks;
+  while (char* const block = new (std::nothrow) char[16 << 20]) blocks.emplace_back(block);
+  EXPECT_EQ(codeOf(std::string(30000, 'a'), "((a)|(b))+"), std::regex_constants::error_stack);
+}
+
 TEST(StringPatterns, BadPatternThrowsAlsoForLongTexts) {
   EXPECT_THROW(text->RegexFirstMatch("text", "("), std::regex_error);
   EXPECT_THROW(text->RegexFirstMatch(std::string(1000, 'x').c_str(), "[z-a]"), std::regex_error);
@@ -89,6 +109,12 @@ TEST(StringPatterns, LongMatches) {
   for (const char* const pattern : {".+", "(a|b)*", "((a)|(b))+", "[^@]+"}) {
     EXPECT_TRUE(Take(text->RegexFirstMatch(subject.c_str(), pattern)) == subject) << pattern;
   }
+  // Stack that the pattern asks for, whatever the text is.
+  const size_t most = sizeof(void*) == 8 ? 60000 : 30000;
+  EXPECT_EQ(Take(text->RegexFirstMatch("x", std::string(most, 'a').c_str())), "");
+  const std::string nested = std::string(most / 2, '(') + "a" + std::string(most / 2, ')');
+  EXPECT_EQ(Take(text->RegexFirstMatch("ba", nested.c_str())), "a");
+  EXPECT_EQ(Take(text->RegexFirstMatch("aab", "(a?){15000}")), "aa");
   const std::string prose = std::string(3000000, ' ') + "42";
   EXPECT_EQ(Take(text->RegexFirstMatch(prose.c_str(), "\\d+")), "42");
 }

@@ -1,10 +1,46 @@
 #include "platform/paths.h"
 
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <new>
+#include <string>
+#include <system_error>
+
+#include "platform/posix/files/narrow_path.h"
+
 namespace temvar {
 
 TmvWideChar* NewLongPath(const TmvWideChar* /*path*/) { return nullptr; }
 
-TmvWideChar* NewShellPath(const TmvWideChar* /*path*/) { return nullptr; }
+TmvWideChar* NewShellPath(const TmvWideChar* path) {
+  const posix::NarrowPath narrow(path);
+  if (!narrow.ok()) return nullptr;
+  std::filesystem::path form = std::filesystem::path(narrow.c_str()).lexically_normal();
+  std::error_code error;
+  // "." and ".." name a directory that only the current one tells.
+  if (*form.begin() == "." || *form.begin() == "..") {
+    form = std::filesystem::absolute(form, error).lexically_normal();
+    if (error) return nullptr;
+  }
+  const std::u16string text = form.u16string();
+  auto* const block = static_cast<char16_t*>(std::calloc(text.size() + 2, sizeof(char16_t)));
+  if (block == nullptr) throw std::bad_alloc();
+  text.copy(block, text.size());
+  return block;
+}
+
+bool IsRootPath(const TmvWideChar* path) {
+  posix::NarrowPath narrow(path);
+  if (!narrow.ok()) return false;
+  narrow.StripTrailingSeparators();
+  struct stat info;
+  struct stat root;
+  // Not through a link: the link itself is no root.
+  return lstat(narrow.c_str(), &info) == 0 && lstat("/", &root) == 0 &&
+         info.st_dev == root.st_dev && info.st_ino == root.st_ino;
+}
 
 bool FitsShell(const TmvWideChar* /*absolute_path*/) { return true; }
 

@@ -4,6 +4,7 @@
 #include <cwchar>
 #include <new>
 #include <string>
+#include <string_view>
 
 #include "platform/win32.h"
 
@@ -62,6 +63,16 @@ TmvWideChar* NewShellPath(const TmvWideChar* path) {
   if (*path == L'\0') return nullptr;
   const std::wstring full = FullPath(path);
   return full.empty() ? nullptr : NewBlock(full);
+}
+
+bool IsRootPath(const TmvWideChar* path) {
+  // The system's test knows no path after this prefix.
+  std::wstring_view text(path);
+  if (text.starts_with(L"\\\\?\\UNC\\")) {
+    return PathIsRootW((L"\\\\" + std::wstring(text.substr(8))).c_str()) != FALSE;
+  }
+  if (text.starts_with(L"\\\\?\\") || text.starts_with(L"\\\\.\\")) text.remove_prefix(4);
+  return PathIsRootW(text.data()) != FALSE;
 }
 
 bool FitsShell(const TmvWideChar* absolute_path) {

@@ -2,6 +2,7 @@
 #ifndef TEMVAR_UTILITIES_FILE_BINARY_DATA_IMPL_H_
 #define TEMVAR_UTILITIES_FILE_BINARY_DATA_IMPL_H_
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -11,8 +12,10 @@
 
 namespace temvar {
 
-// The most bytes that a record can tell of.
-inline constexpr size_t kMaxBinaryDataSize = std::numeric_limits<uint32_t>::max();
+// The most bytes that a record can hold: as many as its size can count, and as a string can own,
+// which in a 32-bit process is less.
+inline constexpr size_t kMaxBinaryDataSize =
+    std::min<size_t>(std::numeric_limits<uint32_t>::max(), std::string().max_size());
 
 // Gives `bytes`, of which there are no more than kMaxBinaryDataSize, to `*result`, where
 // FreeBinayDataResult finds them again.

@@ -34,7 +34,12 @@ int MakeFoldersOneByOne(WideView path) {
 int MakeFolders(WideText path) {
   const ShellPath folder(std::move(path));
   if (folder.fits()) return SHCreateDirectoryExW(nullptr, folder.get(), nullptr);
-  return MakeFoldersOneByOne(folder.get());
+  WideView text(folder.get());
+  // Else the folder would be made as the parent of nothing, and then be found to exist.
+  while (text.size() > 1 && (text.back() == TMV_WIDE('\\') || text.back() == TMV_WIDE('/'))) {
+    text.remove_suffix(1);
+  }
+  return MakeFoldersOneByOne(text);
 }
 
 }  // namespace temvar

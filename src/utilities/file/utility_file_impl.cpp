@@ -1,9 +1,7 @@
 // Single files and directories as a whole, sizes for people, free space.
-#include <cstdio>
-
+#include "utilities/file/utility_file_impl.h"
 #include "platform/win32.h"
 #include "utilities/file/system_path.h"
-#include "utilities/file/utility_file_impl.h"
 #include "utilities/string/text.h"
 
 namespace temvar {
@@ -35,9 +33,7 @@ char* TMVUtilityFileImpl::FormatSize(uint64_t bytes) {
     value *= kStep;
     unit = larger;
   }
-  char text[64] = {};
-  std::snprintf(text, sizeof(text), "%.2f %s", value, unit);
-  return NewNarrowText(text);
+  return TmvUtilityString()->FormatString("%.2f %s", value, unit);
 }
 
 bool TMVUtilityFileImpl::PathExists(const char* path) {

@@ -1,12 +1,14 @@
 #include <cstdarg>
-#include <cstdio>
+#include <cstdint>
+#include <limits>
+#include <new>
 
 #include "platform/win32.h"
 #include "utilities/string/text.h"
 #include "utilities/string/utility_string_impl.h"
 
+// Both formatters are the runtime's, so that narrow and wide text come out alike.
 namespace temvar {
-
 namespace {
 
 // Ends a list of arguments on every way out.
@@ -18,7 +20,10 @@ struct Arguments {
 // The block for a text of `length` units: (length * 2 + 2) bytes for narrow and wide text alike.
 template <typename Unit>
 Unit* NewFormatBlock(int length) {
-  return NewBlock<Unit>((static_cast<size_t>(length) * 2 + 2) / sizeof(Unit));
+  // In 64 bits: the size for the longest text wraps around to 0 in 32.
+  const uint64_t size = (static_cast<uint64_t>(length) * 2 + 2) / sizeof(Unit);
+  if (size > std::numeric_limits<size_t>::max()) throw std::bad_alloc();
+  return NewBlock<Unit>(static_cast<size_t>(size));
 }
 
 }  // namespace
@@ -28,10 +33,10 @@ char* TMVUtilityStringImpl::FormatString(const char* format, ...) {
   Arguments written;
   va_start(measured.list, format);
   va_copy(written.list, measured.list);
-  const int length = std::vsnprintf(nullptr, 0, format, measured.list);
+  const int length = _vscprintf(format, measured.list);
   if (length < 0) return NewBlock<char>(1);
   char* const text = NewFormatBlock<char>(length);
-  std::vsnprintf(text, static_cast<size_t>(length) + 1, format, written.list);
+  _vsnprintf(text, static_cast<size_t>(length) + 1, format, written.list);
   return text;
 }
 

@@ -26,11 +26,11 @@ bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
 bool TMVUtilityStringImpl::IsEmailAddress(const char* text) {
   // "[^@]+@[^.]+[.]{1}.+": for some '@' with a character other than '@' before it, the first dot
-  // behind it is neither next to it nor followed by the end of the text or of the line.
+  // after it is neither next to it nor followed by the end of the text or of the line.
   const char* dot = text;
   for (const char* at = std::strchr(text, '@'); at != nullptr; at = std::strchr(at + 1, '@')) {
     if (at == text || at[-1] == '@') continue;
-    // The dot found for an earlier '@' holds as long as it lies behind this one.
+    // The dot found for an earlier '@' serves as long as it comes after this one.
     if (dot <= at) dot = std::strchr(at + 1, '.');
     if (dot == nullptr) return false;
     const char next = dot[1];
@@ -49,7 +49,7 @@ bool TMVUtilityStringImpl::StartsWithDigit(const char* text) { return IsDigit(*t
 
 namespace {
 
-// One search, with what it came to.
+// One search and its outcome.
 struct Search {
   std::string_view text;
   const char* pattern;
@@ -70,26 +70,51 @@ void RunSearch(void* argument) {
   }
 }
 
-// What the matcher may need. libstdc++ 12 was seen to take 110 bytes a frame, and for each
-// character of a match one frame for every operator that it passes.
-size_t StackFor(const Search& search) {
-  constexpr size_t kReserve = 256 * 1024;
-  constexpr size_t kBytesPerOperator = 512;
-  size_t operators = 1;
-  for (const char* at = search.pattern; *at != '\0'; ++at) {
-    if (std::strchr("()|*+?{[", *at) != nullptr) ++operators;
+constexpr uint64_t kReserve = 256 * 1024;
+constexpr uint64_t kSmallNeed = 128 * 1024;  // Fits any thread's stack, and spares a thread.
+
+// An upper bound for the frames that the matcher takes for one character: one for each operator,
+// each as often as repetitions such as {3,5} copy it. The library refuses patterns of more states.
+uint64_t CountOperators(std::string_view pattern) {
+  constexpr uint64_t kMostStates = 100'000;
+  uint64_t operators = 1;
+  for (size_t i = 0; i < pattern.size(); ++i) {
+    if (std::strchr("()|*+?[", pattern[i]) != nullptr) ++operators;
+    if (pattern[i] != '{') continue;
+    const char* const counts = pattern.data() + i + 1;
+    const char* const most = counts + std::strspn(counts, "0123456789,");
+    const char* last = most;
+    while (last != counts && last[-1] != ',') --last;
+    const auto copies = static_cast<uint64_t>(std::max({1, ParseInt32(counts), ParseInt32(last)}));
+    const bool copiesGroup = i > 0 && pattern[i - 1] == ')';
+    operators = std::min(copiesGroup ? operators * copies : operators + copies, kMostStates);
   }
-  const size_t most = (kLargestStack - kReserve) / kBytesPerOperator / operators;
-  return kReserve + std::min(search.text.size(), most) * kBytesPerOperator * operators;
+  return operators;
+}
+
+// What a search may need. The compiler of patterns recurses with each of their characters, most
+// deeply for a parenthesis (540 bytes a pair in libstdc++ 12 without optimisation); the matcher,
+// for each character of a match, with each operator that it passes (110 bytes a frame).
+uint64_t StackFor(const Search& search) {
+  constexpr uint64_t kBytesPerPatternByte = 1024;
+  constexpr uint64_t kBytesPerOperator = 512;
+  const std::string_view pattern(search.pattern);
+  const uint64_t compiling = pattern.size() * kBytesPerPatternByte;
+  const uint64_t matching = (search.text.size() + 1) * kBytesPerOperator * CountOperators(pattern);
+  // A long text may well hold no long match: it gets what there is.
+  return kReserve + std::max(compiling, std::min<uint64_t>(matching, kLargestStack - kReserve));
 }
 
 }  // namespace
 
 char* TMVUtilityStringImpl::RegexFirstMatch(const char* text, const char* pattern) {
-  constexpr size_t kShortText = 256;  // Fits any thread's stack, and spares a thread.
   Search search{text, pattern, {}, nullptr};
-  if (search.text.size() <= kShortText || !RunOnLargeStack(StackFor(search), RunSearch, &search)) {
+  const uint64_t stack = StackFor(search);
+  if (stack <= kReserve + kSmallNeed) {
     RunSearch(&search);
+  } else if (stack > kLargestStack ||
+             !RunOnLargeStack(static_cast<size_t>(stack), RunSearch, &search)) {
+    throw std::regex_error(std::regex_constants::error_stack);
   }
   if (search.error) std::rethrow_exception(search.error);
   return NewNarrowText(search.found);

@@ -1,4 +1,5 @@
 #include <chrono>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -15,9 +16,8 @@ namespace {
 
 constinit TMVUtilitySysImpl instance;
 
-// Set by the compiler, in the form "Oct 15 2025". For a reproducible build set SOURCE_DATE_EPOCH,
-// which GCC from version 7 and clang from version 16 take for it.
-constexpr std::string_view kBuildDate = __DATE__;
+// The date of this version's build. A fixed text, so that builds are reproducible.
+constexpr std::string_view kBuildDate = "Oct 15 2025";
 
 }  // namespace
 
@@ -44,9 +44,12 @@ char* TMVUtilitySysImpl::GetExecutableFileName() {
   const NarrowText directory(parts.Directory);
   const NarrowText name(parts.Name);
   const NarrowText extension(parts.Extension);
-  std::string file_name = TmvUtilityString()->SafeString(name.get());
-  if (extension != nullptr) file_name += extension.get();
-  return NewNarrowText(file_name);
+  std::string fileName = TmvUtilityString()->SafeString(name.get());
+  // An extension that begins in a folder's name is none of the file's.
+  if (extension != nullptr && std::strpbrk(extension.get(), "/\\") == nullptr) {
+    fileName += extension.get();
+  }
+  return NewNarrowText(fileName);
 }
 
 uint32_t TMVUtilitySysImpl::GetProcessId() { return GetCurrentProcessId(); }

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 
 namespace temvar::posix {
 namespace {
@@ -17,6 +18,30 @@ void CloseQuietly(int descriptor) {
   errno = error;
 }
 
+// The handles of this layer exclude each other by flock(). Other programs lock files that way for
+// purposes of their own, and must not make reads of them fail. So each handle also marks a byte
+// beyond all content, with a kind of lock that nobody else puts there.
+struct flock Mark(short type) {
+  struct flock mark = {};
+  mark.l_type = type;
+  mark.l_whence = SEEK_SET;
+  mark.l_start = INT64_MAX - 1;
+  mark.l_len = 1;
+  return mark;
+}
+
+void SetMark(int descriptor, int flags) {
+  // A write lock where the descriptor allows no other: of several such handles one has the mark.
+  struct flock mark = Mark((flags & O_ACCMODE) == O_WRONLY ? F_WRLCK : F_RDLCK);
+  fcntl(descriptor, F_OFD_SETLK, &mark);
+}
+
+// Whether another handle of this layer has the file open.
+bool IsMarked(int descriptor) {
+  struct flock mark = Mark(F_WRLCK);
+  return fcntl(descriptor, F_OFD_GETLK, &mark) == 0 && mark.l_type != F_UNLCK && mark.l_pid == -1;
+}
+
 // Locks and empties a freshly opened file as `flags` and `sharing` ask.
 bool PrepareFile(int descriptor, int flags, Sharing sharing) {
   struct stat info;
@@ -25,10 +50,14 @@ bool PrepareFile(int descriptor, int flags, Sharing sharing) {
     errno = EISDIR;
     return false;
   }
-  if (!S_ISREG(info.st_mode)) return true;
+  if (!S_ISREG(info.st_mode)) return fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0;
+  // The mark comes first, so that whoever sees the lock sees the mark.
+  SetMark(descriptor, flags);
   const int lock = sharing == Sharing::kAlone ? LOCK_EX : LOCK_SH;
-  // A file system without locks is no reason to refuse a file.
-  if (flock(descriptor, lock | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
+  if (flock(descriptor, lock | LOCK_NB) != 0 && errno == EWOULDBLOCK && IsMarked(descriptor)) {
+    errno = EWOULDBLOCK;
+    return false;
+  }
   return (flags & O_TRUNC) == 0 || ftruncate(descriptor, 0) == 0;
 }
 
@@ -37,7 +66,8 @@ bool PrepareFile(int descriptor, int flags, Sharing sharing) {
 int OpenFile(const char* path, int flags, Sharing sharing) {
   int descriptor;
   do {
-    descriptor = open(path, (flags & ~O_TRUNC) | O_CLOEXEC | O_NOCTTY, 0666);
+    // Without O_NONBLOCK a pipe that nobody writes to would hold the caller for ever.
+    descriptor = open(path, (flags & ~O_TRUNC) | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
   } while (descriptor < 0 && errno == EINTR);
   if (descriptor < 0) return -1;
   if (PrepareFile(descriptor, flags, sharing)) return descriptor;

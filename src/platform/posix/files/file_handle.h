@@ -23,8 +23,9 @@ inline int DescriptorOfHandle(HANDLE handle) {
 enum class Sharing { kAlone, kTogether };
 
 // open() for this layer: never inherited, no directory (EISDIR), and locked for `sharing`
-// (EWOULDBLOCK if somebody else's sharing forbids it). A file is emptied for O_TRUNC only once the
-// lock is held. -1 with errno on failure. Safe in a signal handler.
+// (EWOULDBLOCK if the sharing of another handle of this layer forbids it). A file is emptied for
+// O_TRUNC only once the lock is held. Opening a pipe never waits: it reads as empty as long as
+// nobody writes to it. -1 with errno on failure. Safe in a signal handler.
 int OpenFile(const char* path, int flags, Sharing sharing);
 
 FILETIME FileTimeOf(const timespec& time);

@@ -3,8 +3,8 @@
 // Sharing. The kernel has no share modes, so that each open file carries an advisory lock instead:
 // a handle opened without sharing (share mode 0) is alone, and opening a file that is open already
 // fails with ERROR_SHARING_VIOLATION, and so does opening a file that such a handle holds. Handles
-// with any other share mode, and streams, go together. What never went through this surface is not
-// seen, and an open file can be deleted and moved.
+// with any other share mode, and streams, go together. Locks of programs that don't use this
+// surface are ignored, and an open file can be deleted and moved.
 #ifndef TEMVAR_PLATFORM_POSIX_FILES_FILE_IO_H_
 #define TEMVAR_PLATFORM_POSIX_FILES_FILE_IO_H_
 

@@ -13,9 +13,9 @@ union ULARGE_INTEGER {
   ULONGLONG QuadPart;
 };
 
-// Copies a file with its permissions and its last-write time. A file that exists is replaced, or
-// fails the call with ERROR_FILE_EXISTS if `fail_if_exists` is not 0. Copying a file onto itself
-// fails with ERROR_SHARING_VIOLATION and leaves it alone.
+// Copies a file with its permissions and its last-write time. A file that exists is replaced:
+// `fail_if_exists` must be FALSE. Copying a file onto itself fails with ERROR_SHARING_VIOLATION and
+// leaves it alone.
 BOOL CopyFileW(LPCWSTR source, LPCWSTR destination, BOOL fail_if_exists);
 
 // Renames a file or a directory; an existing destination fails with ERROR_ALREADY_EXISTS. A file,
@@ -28,7 +28,7 @@ BOOL DeleteFileW(LPCWSTR path);
 // Makes one directory in one that exists.
 BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);
 
-// Bytes of the file system that `directory` lies on. Each result may be null.
+// Free bytes of the file system that `directory` lies on; `total` and `free` must be null.
 BOOL GetDiskFreeSpaceExW(LPCWSTR directory, ULARGE_INTEGER* free_to_caller, ULARGE_INTEGER* total,
                          ULARGE_INTEGER* free);
 

@@ -27,7 +27,7 @@ struct WIN32_FIND_DATAW {
 // The result goes to FindClose.
 HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data);
 
-// The next file; ERROR_NO_MORE_FILES behind the last one.
+// The next file; ERROR_NO_MORE_FILES after the last one.
 BOOL FindNextFileW(HANDLE find, WIN32_FIND_DATAW* data);
 BOOL FindClose(HANDLE find);
 

@@ -27,11 +27,12 @@ struct SHFILEOPSTRUCTW {
 
 // Copies or deletes a file or a whole tree; 0, or the error code.
 //
-// FO_DELETE deletes for good, read-only files too, and ends at links: the link goes, what it leads
-// to stays. The root directory is refused.
+// FO_DELETE deletes for good, read-only files too, and ends at links: the link is deleted, what it
+// leads to is not.
 // FO_COPY to a directory that exists copies into it, under the source's own name; else the
-// destination becomes the copy, and its missing parents are made. Files that exist are replaced,
-// directories are merged. Links are copied as links. A directory can't be copied into itself.
+// destination becomes the copy, and its missing parents are made. Files and links that exist are
+// replaced, directories are merged. Links are copied as links; pipes, sockets and devices are left
+// out. Copies keep permissions and last-write times. A directory can't be copied into itself.
 // What was done before a failure stays done.
 int SHFileOperationW(SHFILEOPSTRUCTW* operation);
 

@@ -301,3 +301,17 @@ int _vsnwprintf(WCHAR* target, size_t capacity, const WCHAR* format, va_list arg
   if (static_cast<size_t>(length) < capacity) target[length] = 0;
   return length;
 }
+
+// The formats are the host's, which the compiler can't check here.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+
+int _vscprintf(const char* format, va_list arguments) {
+  return std::vsnprintf(nullptr, 0, format, arguments);
+}
+
+int _vsnprintf(char* target, size_t capacity, const char* format, va_list arguments) {
+  return std::vsnprintf(target, capacity, format, arguments);
+}
+
+#pragma GCC diagnostic pop
