@@ -100,8 +100,8 @@ class TMVUtilityFile {
   virtual FILE* OpenFile(const char* path, const char* mode) = 0;
 
   // Reads a whole file into `result`, whose bytes are released with FreeBinayDataResult, also if
-  // the file is empty. False if the file can't be opened or read, and for a file of 4 GiB or more,
-  // whose size the record can't hold; the record is then left as it was.
+  // the file is empty. False if the file can't be opened or read, and for a file of 4 GiB or more
+  // (2 GiB in a 32-bit process), which the record can't hold; the record is then left as it was.
   virtual bool ReadWholeFile(BinaryDataResult* result, const char* path) = 0;
 
   // Makes a file of `size` bytes, in place of what it held before. False on failure; the file may
