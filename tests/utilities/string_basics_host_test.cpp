@@ -107,8 +107,12 @@ TEST(StringFormat, ResultIsWhole) {
   }
   EXPECT_EQ(TakeWide(text->FormatWideString(TMV_WIDE("%*d"), 50000, 1)).size(), 50000u);
   if (sizeof(void*) == 8) return;  // Where the longest text takes just time and 4 GiB.
-  EXPECT_THROW(text->FormatString("%*d", INT_MAX, 1), std::bad_alloc);
-  EXPECT_THROW(text->FormatWideString(TMV_WIDE("%*d"), INT_MAX, 1), std::bad_alloc);
+  // A 32-bit process has no room for it: msvcrt of Wine 8.0 refuses the format, others count it.
+  try {
+    EXPECT_EQ(Take(text->FormatString("%*d", INT_MAX, 1)), "");
+    EXPECT_EQ(TakeWide(text->FormatWideString(TMV_WIDE("%*d"), INT_MAX, 1)), Wide());
+  } catch (const std::bad_alloc&) {
+  }
 }
 
 // The result of each wide conversion beside the narrow one of the C library.
