@@ -36,7 +36,7 @@ TEST(CrashExceptions, ACallbackThatCrashesEveryTimeEndsTheProcess) {
 // The handlers run on what is left of the stack: just above what the library keeps there, and with
 // too little for a report, which then isn't begun.
 TEST(CrashExceptions, ACrashCloseToTheEndOfAStackEndsTheProcess) {
-  for (const char* const way : {"stack-left-310", "stack-left-260"}) {
+  for (const char* const way : {"stack-left-310", "stack-left-275"}) {
     CrashRun run;
     run.Start(way);
     EXPECT_EQ(run.End().status, kAccessViolation) << run.Describe();
