@@ -62,7 +62,7 @@ int AppendPacked(ZlibStream& stream, std::string& bytes) {
     stream->avail_out = sizeof(block);
     result = deflate(stream.get(), Z_FINISH);
     const size_t count = sizeof(block) - stream->avail_out;
-    if (count > kMaxBinaryDataSize - bytes.size()) return Z_BUF_ERROR;
+    if (count > MaxBinaryDataSize() - bytes.size()) return Z_BUF_ERROR;
     bytes.append(reinterpret_cast<const char*>(block), count);
   }
   return result;
@@ -78,7 +78,7 @@ void MakeRoom(std::string& bytes, size_t count, const z_stream& stream) {
   if (count <= bytes.capacity() - bytes.size() || stream.total_in == 0) return;
   const double ratio = static_cast<double>(stream.total_out) / static_cast<double>(stream.total_in);
   const double promised = static_cast<double>(stream.total_out) + ratio * stream.avail_in;
-  const size_t most = std::max(kTrusted, std::min(bytes.size(), kMaxBinaryDataSize / 4) * 4);
+  const size_t most = std::max(kTrusted, std::min(bytes.size(), MaxBinaryDataSize() / 4) * 4);
   // An eighth more: the ratio of the first block is a guess, and growing again copies everything.
   const double wanted = promised * 1.125 + static_cast<double>(count);
   try {
@@ -102,7 +102,7 @@ int AppendUnpacked(ZlibStream& stream, std::string& bytes) {
     stream->avail_out = static_cast<uInt>(room);
     result = inflate(stream.get(), Z_NO_FLUSH);
     bytes.resize(before + room - stream->avail_out);
-    if (bytes.size() > kMaxBinaryDataSize) return Z_BUF_ERROR;
+    if (bytes.size() > MaxBinaryDataSize()) return Z_BUF_ERROR;
     room = kUnpackedBlockSize;
   }
   return result;

@@ -25,7 +25,7 @@ int AppendEntry(unzFile archive, char* block, std::string* bytes) {
     const int count = unzReadCurrentFile(archive, block, kReadSize);
     if (count <= 0) return count;
     const auto size = static_cast<size_t>(count);
-    if (size > kMaxBinaryDataSize - bytes->size()) return UNZ_INTERNALERROR;
+    if (size > MaxBinaryDataSize() - bytes->size()) return UNZ_INTERNALERROR;
     bytes->append(block, size);
   }
 }

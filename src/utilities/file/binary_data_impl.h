@@ -13,11 +13,12 @@
 namespace temvar {
 
 // The most bytes that a record can hold: as many as its size can count, and as a string can own,
-// which in a 32-bit process is less.
-inline constexpr size_t kMaxBinaryDataSize =
-    std::min<size_t>(std::numeric_limits<uint32_t>::max(), std::string().max_size());
+// which in a 32-bit process is less. A function, as not every compiler can make a constant of it.
+inline size_t MaxBinaryDataSize() {
+  return std::min<size_t>(std::numeric_limits<uint32_t>::max(), std::string().max_size());
+}
 
-// Gives `bytes`, of which there are no more than kMaxBinaryDataSize, to `*result`, where
+// Gives `bytes`, of which there are no more than MaxBinaryDataSize(), to `*result`, where
 // FreeBinayDataResult finds them again.
 void FillBinaryData(BinaryDataResult* result, std::unique_ptr<std::string> bytes);
 

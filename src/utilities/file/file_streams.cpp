@@ -25,7 +25,7 @@ bool ReadToEnd(FILE* stream, std::string& bytes) {
   char block[512];
   while (std::feof(stream) == 0) {
     bytes.append(block, std::fread(block, 1, sizeof(block), stream));
-    if (std::ferror(stream) != 0 || bytes.size() > kMaxBinaryDataSize) return false;
+    if (std::ferror(stream) != 0 || bytes.size() > MaxBinaryDataSize()) return false;
   }
   return true;
 }
@@ -50,7 +50,7 @@ bool TMVUtilityFileImpl::ReadWholeFile(BinaryDataResult* result, const char* pat
   const Stream stream(OpenFile(path, "rb"));
   if (stream == nullptr) return false;
   const int64_t size = SeekToEnd(stream.get());
-  if (size > static_cast<int64_t>(kMaxBinaryDataSize)) return false;
+  if (size > static_cast<int64_t>(MaxBinaryDataSize())) return false;
   // Pipes have no positions and are read as they come.
   if (size >= 0 && _fseeki64(stream.get(), 0, SEEK_SET) != 0) return false;
   auto bytes = std::make_unique<std::string>();

@@ -65,7 +65,7 @@ bool CallForeignHandler(struct sigaction& action, int number, siginfo_t* info,
                         ucontext_t* machine) {
   const struct sigaction called = action;
   // It asked to be called once.
-  if ((called.sa_flags & SA_RESETHAND) != 0) action = {};
+  if ((static_cast<unsigned>(called.sa_flags) & SA_RESETHAND) != 0) action = {};
   sigset_t blocked;
   sigset_t mask = machine->uc_sigmask;
   sigorset(&mask, &mask, &called.sa_mask);
