@@ -75,7 +75,7 @@ void Rate(benchmark::State& state) { state.SetBytesProcessed(state.iterations() 
 void GunzipBuffer(benchmark::State& state) {
   const auto output = std::make_unique<char[]>(kSize + 1000);
   for (auto _ : state) {
-    // With room to spare, and with exactly what is needed.
+    // With room to spare, and with exactly the room needed.
     uint32_t capacity = kSize + static_cast<uint32_t>(state.range(0));
     const auto size = static_cast<uint32_t>(Gzipped().size());
     Check(TmvUtilityUnzip()->GunzipBuffer(Gzipped().data(), size, output.get(), &capacity) == 0 &&

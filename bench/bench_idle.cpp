@@ -1,7 +1,7 @@
 // Processor time of a pool that has nothing to do, and of one whose workers are all busy while work
 // waits:
 //   bench_idle [SECONDS]
-// The functions of the busy pool sleep, so that what is measured is the pool's own.
+// The functions of the busy pool sleep, so that only the pool's own work is measured.
 #include <temvar/temvar.h>
 
 #include <chrono>

@@ -54,7 +54,7 @@ void SetTasks(benchmark::State& state, size_t count) {
   state.counters["tasks"] = static_cast<double>(count);
 }
 
-// A null pool stands for the library.
+// A null pool means the library.
 void RunTasks(benchmark::State& state, size_t count, Body body, Pool* pool) {
   Tasks tasks(count, body);
   for (auto _ : state) {
@@ -163,7 +163,7 @@ void RunLatency(benchmark::State& state, Pool* pool) {
   state.counters["p99_ns"] = static_cast<double>(samples[samples.size() * 99 / 100]);
 }
 
-// A chain of 100 tasks beside `count` registered ones, which stand before it or after it in the
+// A chain of 100 tasks beside `count` registered ones, which come before it or after it in the
 // order of the registry.
 void RunReports(benchmark::State& state, size_t count, bool before) {
   constexpr size_t kLength = 100;
@@ -177,7 +177,7 @@ void RunReports(benchmark::State& state, size_t count, bool before) {
 }
 
 // What a report itself costs its caller: the time of 100 reports from one task, each of which moves
-// its package on. The registered ones stand before it.
+// its package on. The registered ones come before it.
 void RunOneReport(benchmark::State& state, size_t count) {
   constexpr size_t kReports = 100;
   const Registered registered(count, "a");

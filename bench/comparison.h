@@ -11,7 +11,7 @@ namespace bench {
 
 // Prints the results as usual, and at the end the medians of each NAME/library beside those of its
 // NAME/PEER, with the ratio and the spread (the second and the last but one of the repetitions). A
-// counter "p50_ns" stands for the time where a benchmark sets it; with a counter "tasks" the times
+// counter "p50_ns" replaces the time where a benchmark sets it; with a counter "tasks" the times
 // are those of one task.
 class Comparison : public benchmark::ConsoleReporter {
  public:

@@ -44,7 +44,7 @@ class Tasks {
 // packages of one event; in the other pools each task adds the next one.
 class Chains {
  public:
-  // The name of the event is where it stands in the order of the registry.
+  // The name of the event is its place in the order of the registry.
   Chains(size_t chains, size_t length, Body body, const std::string& name = "bench");
 
   // Before each run in the library, since an event runs once.
@@ -98,7 +98,7 @@ class Registered {
 };
 
 #ifdef BENCH_HAS_TBB
-// The chains as a flow graph of oneTBB: what runs after what is known beforehand.
+// The chains as a flow graph of oneTBB: the order is known beforehand.
 class FlowGraph {
  public:
   FlowGraph(size_t chains, size_t length, Body body);

@@ -29,7 +29,7 @@ function(temvar_keep_symbols library)
 endfunction()
 
 # temvar_split_symbols(NAME TARGET FOLDER): the build target NAME puts two files into FOLDER: the
-# program or library of TARGET without what only a debugger needs, which is what is shipped, and
+# program or library of TARGET without debug information, as it is shipped, and
 # that as FILE.debug, which is kept. The first names the second (debuglink), so debuggers find it
 # beside the first. Both have the build identifier that a dump names.
 function(temvar_split_symbols name target folder)

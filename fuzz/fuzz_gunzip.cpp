@@ -1,4 +1,4 @@
-// Unpacks the input as a gzip member into a buffer whose size its first two bytes tell, and
+// Unpacks the input as a gzip member into a buffer whose size is in its first two bytes, and
 // compares result and bytes with the documented loop.
 #include <cstdlib>
 #include <vector>
@@ -9,7 +9,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 2) return 0;
   const uint32_t room = static_cast<uint32_t>(data[0]) << 8 | data[1];
-  // Blocks of exactly these sizes: a step behind either is a finding.
+  // Blocks of exactly these sizes: a step past either end is a finding.
   const std::vector<uint8_t> input(data + 2, data + size);
   const auto length = static_cast<uint32_t>(input.size());
   std::vector<uint8_t> output(room, 0xAA);

@@ -14,7 +14,7 @@ namespace minidump = temvar::posix::minidump;
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const int file = memfd_create("input", MFD_CLOEXEC);
   if (file < 0 || write(file, data, size) != static_cast<ssize_t>(size)) std::abort();
-  // One page more than there is: it lies behind the end of the file.
+  // One page more than there is: it lies past the end of the file.
   const size_t mapped = (size / 4096 + 2) * 4096;
   void* const at = mmap(nullptr, mapped, PROT_READ | PROT_EXEC, MAP_PRIVATE, file, 0);
   if (at == MAP_FAILED) std::abort();

@@ -36,7 +36,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  // A block of exactly the input's size: a read behind it is a finding.
+  // A block of exactly the input's size: a read past it is a finding.
   const std::vector<uint8_t> input(data, data + size);
   const auto length = static_cast<uint32_t>(size);
   std::string expected;

@@ -20,7 +20,7 @@ void Ask(TMVAndroidManifest* manifest, const char* name) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  // A block of exactly the input's size: a read behind it is a finding.
+  // A block of exactly the input's size: a read past it is a finding.
   const std::vector<uint8_t> document(data, data + size);
   TMVAndroidManifest* manifest = CreateTmvAndroidManifest();
   if (!manifest->Decode(document.data(), static_cast<int32_t>(document.size()))) {

@@ -1,5 +1,5 @@
 // Loads the input as a settings file, walks the document through its handles, changes, writes and
-// loads it again. What the parser takes and gives is compared with RapidJSON's recursive one.
+// loads it again. What the parser accepts and returns is compared with RapidJSON's recursive one.
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -57,7 +57,7 @@ void CompareWithRecursiveParser(const char* text) {
   Require(!valid || Written(*document) == Written(recursive));
 }
 
-// Visits every value by handles, with texts and numbers; gives their count.
+// Visits every value by handles, with texts and numbers; returns their count.
 size_t Walk(TMVUserDefaults& store) {
   size_t count = 0;
   std::vector<TMVUserDefaults::Value*> open = {store.GetRootValue()};

@@ -48,7 +48,7 @@ class Scratch {
   const fs::path home_;
 };
 
-// Unpacks the entry whose name stands behind the first central header, if there is one.
+// Unpacks the entry whose name follows the first central header, if there is one.
 std::string FirstName(std::string_view archive) {
   const size_t header = archive.find(std::string_view("PK\1\2", 4));
   if (header == archive.npos || archive.size() - header < 46) return "f";

@@ -3,7 +3,7 @@ set -euo pipefail
 
 project=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# What is fetched or built for Windows targets is kept outside the tree, one folder a user.
+# Fetched and built files of Windows targets are kept outside the tree, one folder a user.
 export TEMVAR_CACHE=${TEMVAR_CACHE:-${XDG_CACHE_HOME:-$(echo ~)/.cache}/temvar}
 wine_root=$TEMVAR_CACHE/wine32-root
 

@@ -95,7 +95,7 @@ ExitStatus BackUp(Settings& settings) {
   return totals.failed + totals.passedOver > 0 ? kSomeFailed : kDone;
 }
 
-// The target must be new or empty, so that nothing is replaced or mixed with what is there.
+// The target must be new or empty, so that nothing is replaced or mixed with existing files.
 ExitStatus Restore(const Options& options) {
   const fs::path backup = fs::canonical(support::PathFromUtf8(*options.restore));
   const fs::path wanted = support::PathFromUtf8(*options.destination);

@@ -8,7 +8,7 @@
 namespace backup {
 
 // A lane for each archive in the folder `backup`, which unpacks it into `target` and gives each
-// file its name again. What is there already is never replaced. Returns the number of archives.
+// file its name again. Existing files are never replaced. Returns the number of archives.
 // Throws std::filesystem::filesystem_error if `backup` can't be listed.
 size_t AddArchives(tmv::Job& job, const std::filesystem::path& backup,
                    const std::filesystem::path& target);

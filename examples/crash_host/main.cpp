@@ -1,5 +1,5 @@
 // A host of the library: installs the crash report, crashes in the way that the user picks, and
-// tells at its next start where the archive lies.
+// prints at its next start where the archive lies.
 #include <exception>
 #include <iostream>
 #include <string>
@@ -20,7 +20,7 @@ bool exiting = false;
 void PrintUsage() {
   std::cout << "crash_host [--folder FOLDER] [WAY]\n\n"
                "Crashes in the given way, or asks for one, and leaves a report below FOLDER, by\n"
-               "default the folder crash_host for temporary files. The next start tells where it\n"
+               "default the folder crash_host for temporary files. The next start says where it\n"
                "lies. Ways:\n";
   for (const Way& way : AllWays()) std::cout << "  " << way.name << "\t" << way.text << '\n';
 }

@@ -11,7 +11,7 @@ namespace {
 
 // Ready before a crash: a callback had better do little.
 std::filesystem::path dump_folder;
-std::filesystem::path note_file;    // Tells the next run where the archive lies.
+std::filesystem::path note_file;    // For the next run: where the archive lies.
 std::filesystem::path host_report;  // What this host adds to a report.
 std::string work = "starting";
 
@@ -28,7 +28,7 @@ void NoteArchive(const TmvWideChar* archive) {
 }  // namespace
 
 std::string PrepareReports(const std::filesystem::path& folder) {
-  // With a separator at its end, since the names of dumps are put right behind it.
+  // With a separator at its end, since the names of dumps are put right after it.
   dump_folder = std::filesystem::absolute(folder) / "dumps" / "";
   note_file = std::filesystem::absolute(folder) / "last-report.txt";
   host_report = dump_folder / "host.txt";

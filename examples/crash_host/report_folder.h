@@ -6,8 +6,8 @@
 
 namespace crash_host {
 
-// Makes the folder, with `dumps` for the reports in it. Gives the path of the archive of which the
-// run before was told, once; empty if there is none.
+// Makes the folder, with `dumps` for the reports in it. Returns the path of the archive of which
+// the previous run was noted, once; empty if there is none.
 std::string PrepareReports(const std::filesystem::path& folder);
 
 // Installs the crash report for that folder. `exiting` switches reports off while it is true.

@@ -37,7 +37,7 @@ struct PackageWork {
 std::string NameOf(const FileWork& file);
 
 // The files below `paths`, one entry for each folder that has any. Hidden folders and folders named
-// "build" below a path are left out, and so is what is neither file nor folder; links are not
+// "build" below a path are left out, and so is anything but files and folders; links are not
 // followed. A path that can't be read stays in as a file, so that its callable fails and is
 // reported.
 std::vector<PackageWork> CollectWork(const std::vector<std::filesystem::path>& paths);

@@ -1,10 +1,10 @@
 #ifndef TEMVAR_DESCRIBE_H_
 #define TEMVAR_DESCRIBE_H_
 
-// For a host that asks why a job stands still, or whether it will; C++17, header-only.
+// For a host that asks why a job makes no progress, or whether it will; C++17, header-only.
 //
 //   tmv::Describe()      the state of everything that runs, as text for a log
-//   tmv::Check(event)    what is wrong with an event that has not been started
+//   tmv::Check(event)    the faults of an event that has not been started
 
 #include <map>
 #include <set>

@@ -14,11 +14,11 @@
 //   tmv::RunningPool                        Start and Stop of the pool around a scope
 //   tmv::MakeFunc, MakeTask                 a C++ callable as the function of a task
 //   tmv::KeepGoing                          a pause point for such a callable
-//   tmv::FindEvent, PositionOf              from a name to an event, where a package stands
+//   tmv::FindEvent, PositionOf              from a name to an event, how far a package is
 //   tmv::Utf8, PathOf                       between std::filesystem::path and the library's text
 //
 // On top of it, each in a header of its own: temvar/job.h (jobs made of callables, which most hosts
-// want), describe.h (why does a job stand still), settings.h (typed reads), crash_watch.h (crash
+// want), describe.h (why a job makes no progress), settings.h (typed reads), crash_watch.h (crash
 // reports in one call), load.h (the library loaded at run time).
 //
 // Threads: two threads may use two handles of one object, but not one handle at the same time
@@ -69,7 +69,7 @@ struct StringFreer {
 }  // namespace detail
 
 // One reference on a task, an event, a package, a data holder or a function holder. A default
-// handle holds nothing. It stands for the plain pointer wherever one is asked for.
+// handle holds nothing. It converts to the plain pointer wherever one is asked for.
 template <typename Interface>
 class Ref {
  public:
@@ -115,7 +115,7 @@ class Ref {
   Interface& operator*() const { return *object_; }
   operator Interface*() const { return object_; }
 
-  // Gives the reference to the caller, who drops it.
+  // Passes the reference to the caller, who drops it.
   Interface* Release() { return std::exchange(object_, nullptr); }
 
   // Drops the reference.
@@ -146,7 +146,7 @@ inline Zip MakeZip() { return Zip(CreateTmvUtilityZip()); }
 inline DbgReport MakeDbgReport() { return DbgReport(CreateTmvDbgReport()); }
 inline Thread MakeThread() { return Thread(CreateRkTaskThread()); }
 
-// A text that an operation handed out as a new block, or null where it told failure by null.
+// A text that an operation handed out as a new block, or null where it reported failure by null.
 //   tmv::Text folder(TmvUtilitySys()->GetTempDirectory());
 template <typename Char>
 class BasicText {
@@ -217,7 +217,7 @@ inline std::filesystem::path PathOf(std::string_view utf8) {
 #endif
 }
 
-// The parts of a path: "c:\logs\run.txt" gives "c:\logs\", "run" and ".txt".
+// The parts of a path: "c:\logs\run.txt" has "c:\logs\", "run" and ".txt".
 class PathPieces {
  public:
   // Splits a path, UTF-8.
@@ -504,7 +504,7 @@ void Invoke(Callable& callable, RkTask* task) {
   }
 }
 
-// The function behind MakeFunc; the payload is the callable.
+// The function that MakeFunc makes; the payload is the callable.
 template <typename Callable>
 void RunCallable(RkTask* task, RkTaskData* data) {
   int32_t outcome = kTaskStateSucceeded;
@@ -616,7 +616,7 @@ inline Event FindEvent(const char* name) {
   return Event::Adopt(event);
 }
 
-// Where a package stands, without a note of what was added: the child in progress with its
+// How far a package is, without a note of what was added: the child in progress with its
 // neighbours, and its number among all. Null where there is none.
 struct Position {
   uint32_t index = 0;  // Of the child in progress.

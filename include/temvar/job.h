@@ -26,7 +26,7 @@
 // too, unless it says otherwise. What the callables wrote is visible to whoever saw the end by
 // Wait, WaitFor, OnEnd or GetState.
 //
-// Workers. A job that is paused keeps a worker only for each callable that stands in KeepGoing;
+// Workers. A job that is paused keeps a worker only for each callable that waits in KeepGoing;
 // the next callable of a lane is held back without one. A cancel needs no worker at all, and leaves
 // the work of others in the pool's queue alone.
 //
@@ -69,7 +69,7 @@ struct JobProgress {
   uint32_t total = 0;    // Callables in all.
   uint32_t done = 0;     // Those that ended without a failure.
   uint32_t failed = 0;   // Those that threw.
-  uint32_t running = 0;  // Those that run, or stand in KeepGoing.
+  uint32_t running = 0;  // Those that run, or wait in KeepGoing.
   double fraction = 1;   // 0 to 1.
 };
 
@@ -234,7 +234,7 @@ class Job {
   // not begin. Also before Start. Does nothing after a cancel or the end.
   void Pause();
 
-  // The same, and waits until no callable works any more: each stands in KeepGoing, has ended, or
+  // The same, and waits until no callable works any more: each waits in KeepGoing, has ended, or
   // is the caller. False if the job was resumed or cancelled, or ended, meanwhile.
   bool PauseAndWait();
 

@@ -10,9 +10,9 @@
 // for ever, and calls the event's function a second time when it meets the end.
 //
 //   pause    a task that starts while the job is paused is put into held_ and returns without a
-//            report, so its package stands. Resume queues it again. A callable that runs waits in
+//            report, so its package pauses. Resume queues it again. A callable that runs waits in
 //            PausePoint.
-//   cancel   nothing begins and nothing reports any more, so the packages stand, and the event is
+//   cancel   nothing begins and nothing reports any more, so the packages stop, and the event is
 //            taken out of the registry. The job ends when no callable runs.
 //
 // Invariants
@@ -429,7 +429,7 @@ inline void JobCore::Resume() {
   try {
     for (const Task& task : held) TmvTaskSchedular()->ScheduleTask(task);
   } catch (...) {
-    Cancel();  // A lane whose task could not be queued would stand for ever.
+    Cancel();  // A lane whose task could not be queued would wait for ever.
     throw;
   }
 }

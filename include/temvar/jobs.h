@@ -67,7 +67,7 @@ typedef struct TmvJobProgress {
   uint32_t total;   /* Tasks in all. */
   uint32_t done;    /* Those that ended without a failure. */
   uint32_t failed;  /* Those that failed. */
-  uint32_t running; /* Those that run, or stand at a pause point. */
+  uint32_t running; /* Those that run, or wait at a pause point. */
   double fraction;  /* 0 to 1, with what the running tasks said by TmvJobSetProgress. */
 } TmvJobProgress;
 

@@ -7,7 +7,7 @@
 //   const int32_t width = settings.Int("width", 800);
 //   for (const tmv::Settings::Item& item : settings.Object("recent").Items()) Show(item.name);
 //
-// A read gives the default if the member is missing or of another type. Threads and lifetimes are
+// A read returns the default if the member is missing or of another type. Threads and lifetimes are
 // those of TMVUserDefaults. What makes text throws std::bad_alloc.
 
 #include <charconv>

@@ -21,7 +21,7 @@ class RkTaskThread;
 // task.
 class RkTaskPool {
  public:
-  // Queues `task` with the function that it has now, after what is queued already, and takes a
+  // Queues `task` with the function that it has now, after the tasks queued already, and takes a
   // reference on it until it has run. The task's state doesn't matter. Before Start the task waits.
   // Any thread. After Stop the call does nothing. Throws std::bad_alloc.
   virtual void AddTask(RkTask* task) = 0;
@@ -40,7 +40,7 @@ class RkTaskPool {
 
   // Ends dispatcher and workers and joins them, once. Waits until the functions that run now have
   // returned, also those that wait at a pause point: resume their events first, since only a resume
-  // wakes them, and a cancel does not. What is queued is released without being run or reported.
+  // wakes them, and a cancel does not. Queued tasks are released without being run or reported.
   // Throws std::system_error if Start was not called or Stop has ended, and on one of the pool's
   // workers: a task's function can't stop the pool.
   virtual void Stop() = 0;

@@ -23,12 +23,13 @@
 #include "temvar/utility_unzip.h"
 #include "temvar/utility_zip.h"
 
-// Utilities.
+// Utilities, and the version.
 #include "temvar/binary_data.h"
 #include "temvar/utility_app.h"
 #include "temvar/utility_file.h"
 #include "temvar/utility_string.h"
 #include "temvar/utility_sys.h"
+#include "temvar/version.h"
 
 #if defined(TEMVAR_LOADED)
 #include "temvar/load.h"

@@ -29,14 +29,14 @@ class TMVUtilityApp {
   virtual char* GetApplicationDirectory() = 0;
 
   // The same for a loaded module, which is an HMODULE on Windows and what dlopen gave elsewhere.
-  // Null means the executable. An unknown module gives a lone backslash.
+  // Null means the executable. An unknown module returns a lone backslash.
   virtual char* GetModuleDirectory(void* module) = 0;
 
-  // Shows a folder in the desktop's file manager, without waiting for it. A failure is not told.
+  // Shows a folder in the desktop's file manager, without waiting. A failure is not reported.
   virtual void ExploreFolder(const char* path) = 0;
 
   // Opens a file or an address with the program that the desktop has for it, without waiting. The
-  // target is ANSI text: other characters than ASCII don't arrive as UTF-8. A failure is not told.
+  // target is ANSI text: non-ASCII characters don't arrive as UTF-8. A failure is not reported.
   virtual void OpenWithShell(const char* target) = 0;
 
   // A number that is unique in this process: day of the month, hour, minute and second, followed by

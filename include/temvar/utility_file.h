@@ -7,7 +7,7 @@
 #include "temvar/binary_data.h"
 #include "temvar/export.h"
 
-// A path in its parts, which give the path back when they are put together. Each is new UTF-8 text
+// A path in its parts, which make the path again when they are joined. Each is new UTF-8 text
 // of the record's owner; FreePathParts releases all three.
 struct PathParts {
   char* Directory;  // Up to and including the last separator; empty if there is none.
@@ -20,9 +20,9 @@ struct PathParts {
 // Paths are UTF-8; slashes and backslashes both separate, unless an operation says otherwise. A
 // path that is null, empty or no well-formed UTF-8 names no file: the operation fails as for a
 // missing one. Paths of more than 260 characters work where docs/known-limits.md doesn't say
-// otherwise. Failure is told by the result alone: no message, no error code.
+// otherwise. Failure is reported by the result alone: no message, no error code.
 //
-// New text is released with FreeString of TMVUtilityString. Nothing stays open behind a call but
+// New text is released with FreeString of TMVUtilityString. Nothing stays open after a call but
 // the stream that OpenFile hands out. The object has no state: any thread may call any operation at
 // any time, and two calls on one path meet only in the file system. Operations that make text or
 // take a path throw std::bad_alloc.
@@ -64,7 +64,7 @@ class TMVUtilityFile {
 
   // New text: a path that is free. `path` itself if nothing has that name, else the first free one
   // of "name(1).txt" to "name(999).txt" beside it, and `path` again if all are taken. The number
-  // goes before the last dot of the path, behind the last backslash or, without one, the last
+  // goes before the last dot of the path, after the last backslash or, without one, the last
   // slash. Null for a null path, and for an existing path without a dot or a separator. Nothing is
   // made: somebody else can take the name before it is used.
   virtual char* MakeUniquePath(const char* path) = 0;
@@ -83,15 +83,15 @@ class TMVUtilityFile {
   virtual bool SetFileTimestamp(const char* path, const char* time) = 0;
 
   // Cuts a path at its last separator and its last dot; nothing is looked up. A null or empty path
-  // gives three nulls. The dot is meant to stand in the last component: if it stands in a
+  // returns three nulls. The dot is meant to be in the last component: if it is in a
   // directory's name, Extension begins there all the same and Name is the whole last component.
   virtual PathParts SplitPath(const char* path) = 0;
 
   // Releases the three texts of a record and leaves the record as it is. Null does nothing.
   virtual void FreePathParts(PathParts* parts) = 0;
 
-  // True if the extension of `path`, in lower case (A to Z), stands in `list`, which has the shape
-  // ";.zip;.7z;": dotted lower-case extensions with a semicolon before and behind each. False
+  // True if the extension of `path`, in lower case (A to Z), is in `list`, which has the shape
+  // ";.zip;.7z;": dotted lower-case extensions with a semicolon before and after each. False
   // without a dot, and if either is null.
   virtual bool ExtensionInList(const char* path, const char* list) = 0;
 
@@ -106,7 +106,7 @@ class TMVUtilityFile {
 
   // Makes a file of `size` bytes, in place of what it held before. False on failure; the file may
   // then hold a part. A size of 4 GiB or more is refused by the result alone: the file is made all
-  // the same, with as many bytes as the low 32 bits of the size tell.
+  // the same, with as many bytes as the low 32 bits of the size say.
   virtual bool WriteWholeFile(const void* data, uint64_t size, const char* path) = 0;
 
   // Looks for `text` in a file, line by line and without regard to the case of the letters A to Z:
@@ -119,7 +119,7 @@ class TMVUtilityFile {
   virtual bool CreateFileOfSize(const char* path, uint64_t size) = 0;
 
   // Stores in `result` how many bytes the caller can still write to the disk of `path`, and leaves
-  // it alone on failure. The disk is told by the text up to and including the first backslash, as
+  // it alone on failure. The disk is named by the text up to and including the first backslash, as
   // in "C:\"; a path without a backslash is a failure, also one with slashes.
   virtual bool GetFreeDiskSpace(uint64_t* result, const char* path) = 0;
 

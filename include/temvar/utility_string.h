@@ -29,23 +29,23 @@ class TMVUtilityString {
   // A new copy of `text`, which must not be null.
   virtual TmvWideChar* DupWideString(const TmvWideChar* text) = 0;
 
-  // New wide text from UTF-8. Null and text that is not well-formed give an empty text, never a
+  // New wide text from UTF-8. Null and text that is not well-formed return an empty text, never a
   // part of it. The block always ends in two NUL units at least, so it also serves where the system
   // asks for a list that ends in two of them.
   virtual TmvWideChar* Utf8ToWide(const char* text) = 0;
 
-  // New ANSI text. '?' stands for what the code page lacks. Null gives an empty text.
+  // New ANSI text. '?' replaces what the code page lacks. Null returns an empty text.
   virtual char* WideToAnsi(const TmvWideChar* text) = 0;
 
-  // New UTF-8 text. Unpaired surrogates become U+FFFD. Null gives an empty text.
+  // New UTF-8 text. Unpaired surrogates become U+FFFD. Null returns an empty text.
   virtual char* WideToUtf8(const TmvWideChar* text) = 0;
 
-  // New ANSI text from UTF-8, by Utf8ToWide and WideToAnsi. Null gives an empty text.
+  // New ANSI text from UTF-8, by Utf8ToWide and WideToAnsi. Null returns an empty text.
   virtual char* Utf8ToAnsi(const char* text) = 0;
 
   // New text formatted with the printf conversions of the system's runtime, whole however long it
-  // is: on Windows %I64d, three digits of exponent, no %zu. A format that the runtime refuses gives
-  // an empty text.
+  // is: on Windows %I64d, three digits of exponent, no %zu. A format that the runtime refuses
+  // returns an empty text.
   virtual char* FormatString(const char* format, ...) TMV_PRINTF_LIKE(2, 3) = 0;
 
   // The same in wide text, with the conversions of the Windows runtime: %s and %c take wide text,
@@ -63,7 +63,7 @@ class TMVUtilityString {
   // `text` itself, or for null an empty text that nobody releases. Never a copy.
   virtual const char* SafeString(const char* text) = 0;
 
-  // True if the shape of an address, as in "name@host.domain", stands anywhere in `text`, which
+  // True if the shape of an address, as in "name@host.domain", is anywhere in `text`, which
   // must not be null: a search with "[^@]+@[^.]+[.]{1}.+".
   virtual bool IsEmailAddress(const char* text) = 0;
 

@@ -74,8 +74,8 @@ class TMVUtilitySys {
   // Blocks the calling thread for that time. 0 and negative values return at once.
   virtual void SleepMilliseconds(int32_t milliseconds) = 0;
 
-  // The version that Windows tells this process: a program without a manifest of compatibility sees
-  // 6.2 at most. Elsewhere it is 6.2.
+  // The version that Windows reports to this process: a program without a manifest of compatibility
+  // sees 6.2 at most. Elsewhere it is 6.2.
   virtual bool IsVistaOrLater() = 0;
   virtual bool IsWindows7OrLater() = 0;
   virtual bool IsWindows8OrLater() = 0;

@@ -31,8 +31,8 @@ class TMVUtilityUnzip {
 
   // Unpacks the gzip member at `data` into the caller's `output` of `*capacity` bytes, and sets
   // `*capacity` to the bytes produced. Result 0, also if output or input ran out first: exactly
-  // that much is then written. -1 for what is no gzip data or is damaged; `*capacity` stays, the
-  // output may be half written. What follows the member is not looked at.
+  // that much is then written. -1 for bytes that are no gzip data or damaged; `*capacity` stays,
+  // the output may be half written. What follows the member is not looked at.
   virtual int32_t GunzipBuffer(const void* data, uint32_t size, void* output,
                                uint32_t* capacity) = 0;
 

@@ -27,7 +27,7 @@ void PrintZipError(int code, const char* where) {
   std::printf("error %d with zipfile in %s\n", code, where);
 }
 
-// Gives the file its entry's time as creation and last-write time. What fails stays as it is.
+// Sets the file's times to its entry's, as creation and last-write time. What fails stays as it is.
 void StampFile(const std::string& path, uLong dosDate) {
   FILETIME local;
   FILETIME stamp;
@@ -56,7 +56,7 @@ class Extraction {
   int ExtractFile(const EntryInfo& entry, const EntryPlace& place, const std::string& shown);
   // `*total` becomes the number of bytes that the entry yielded.
   int CopyOut(const EntryInfo& entry, Stream output, uint64_t* total);
-  // After a failed read, with `done` bytes written: writes what is whole in small blocks.
+  // After a failed read, with `done` bytes written: writes the complete bytes in small blocks.
   void CopyUpToDamage(const EntryInfo& entry, std::FILE* output, uint64_t done);
 
   const unzFile archive_;

@@ -24,7 +24,7 @@ using UnzipHandle = std::unique_ptr<void, UnzipCloser>;
 // Opens an archive for reading; null if it can't be opened or is no archive.
 unzFile OpenForReading(const char* archive);
 
-// What is needed of the current entry. `name` has all its bytes, also a NUL.
+// The fields in use of the current entry. `name` has all its bytes, also a NUL.
 struct EntryInfo {
   std::string name;
   uLong dosDate;

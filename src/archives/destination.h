@@ -36,7 +36,7 @@ class Destination {
   // Where the way to `folder` ends: kFolder at itself.
   ComponentKind LookAt(std::string_view folder);
   bool IsFresh(std::string_view folder) const;
-  // Whether the file at `full` is no link and not the archive. What is missing is free.
+  // Whether the file at `full` is no link and not the archive. A missing file is free.
   bool IsFree(const std::string& full) const;
   // Makes `folder` with its parents after LookAt has found it missing; false if it can't be made.
   bool MakeMissing(std::string_view folder);

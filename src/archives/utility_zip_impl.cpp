@@ -111,7 +111,7 @@ class Walk {
     for (Folder& folder : open_) {
       if (!folder.identity) {
         const WideString path = path_.substr(0, folder.length);
-        folder.identity = FileIdentity{};  // Of what is gone since: equal to nothing.
+        folder.identity = FileIdentity{};  // A folder that is gone since equals none.
         IdentifyFile(InSystemForm(path).get(), &*folder.identity);
       }
       if (*folder.identity == target) return false;

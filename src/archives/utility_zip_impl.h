@@ -25,7 +25,7 @@ class TMVUtilityZipImpl final : public TMVUtilityZip {
                      int32_t level) override;
 
  private:
-  // What goes into an archive: a file's path, and its name there, empty for its own.
+  // An entry of an archive: a file's path, and its name there, empty for its own.
   std::map<std::string, std::string> entries_;
   const Filter filter_;
 };

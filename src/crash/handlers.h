@@ -10,7 +10,7 @@ namespace temvar {
 // flag is set or the heap is damaged, else 0: execution is never resumed.
 LONG CALLBACK VectoredHandler(EXCEPTION_POINTERS* exception);
 
-// Sees what nobody took: reports it, tells the host, and lets the process end without a dialog.
+// Sees what nobody took: reports it, calls the host, and lets the process end without a dialog.
 LONG CALLBACK UnhandledFilter(EXCEPTION_POINTERS* exception);
 
 // For the runtime's abort signal: keeps its message away and does nothing else.

@@ -6,7 +6,7 @@
 
 namespace temvar {
 
-inline constexpr size_t kMaxReports = 64;  // What goes beyond is made, but not waited for.
+inline constexpr size_t kMaxReports = 64;  // Reports beyond it are made, but not waited for.
 
 // Lives as long as a report of the calling thread. Safe in a crash.
 class RunningReport {

@@ -9,7 +9,7 @@
 namespace temvar {
 
 // At unload. The host's own statics may be gone, so this runs no host code: it frees the storage of
-// the lists, and what is still queued keeps its references. Stop is the place to release them.
+// the lists, and queued tasks keep their references. Stop is the place to release them.
 RkTaskPoolImpl::~RkTaskPoolImpl() {
   for (std::deque<PendingTask>* part : {&pendingTasks_, &incoming_}) {
     for (PendingTask& entry : *part) {
@@ -55,7 +55,7 @@ void RkTaskPoolImpl::Stop() {
   if (dispatcher_.joinable()) dispatcher_.join();
   StopWorkers();
 
-  // What is left is released without the lock: releasers are host code.
+  // The remaining tasks are released without the lock: releasers are host code.
   std::vector<Ref<RkTaskImpl>> running;
   std::deque<PendingTask> pending;
   {

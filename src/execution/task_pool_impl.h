@@ -82,7 +82,7 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   void ThrowIfWorker() const;
   void StopWorkers();
 
-  // What the workers write at each task, what who adds writes, and what both only read as a rule
+  // What the workers write at each task, what producers write, and what both only read as a rule
   // are kept apart, so that a line of one is not taken from the other's processor in between.
   static constexpr size_t kCacheLine = 64;
 

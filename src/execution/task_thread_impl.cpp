@@ -83,7 +83,7 @@ bool RkTaskThreadImpl::HasSomethingToDo() const {
 }
 
 // The assignment's references hold task and function until ReportIdle, so the call needs none of
-// its own; the data has one, in case the callback gives its holder other data.
+// its own; the data has one, in case the callback sets other data in its holder.
 void RkTaskThreadImpl::RunAssignment() {
   RkTaskImpl* const task = AssignedTask();
   const bool marked = std::exchange(markedRunning_, false);

@@ -9,7 +9,7 @@
 namespace temvar {
 
 // The form in which the system's file functions take `path` however long it is. Windows takes more
-// than 260 characters only of an absolute path behind `\\?\`, and none of more than 32,767: that
+// than 260 characters only of an absolute path after `\\?\`, and none of more than 32,767: that
 // one becomes the empty path, which names no file.
 TmvWideChar* NewLongPath(const TmvWideChar* path);
 

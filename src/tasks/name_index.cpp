@@ -282,7 +282,7 @@ void NameIndex::Reserve(size_t count) {
   moreBuckets_ = std::move(more);
 }
 
-// Moves what is linked to other buckets, which are empty.
+// Moves the linked entries to other buckets, which are empty.
 void NameIndex::Rehash(RkTaskImpl** buckets, size_t count) {
   RkTaskImpl** const old = std::exchange(buckets_, buckets);
   const size_t oldCount = std::exchange(bucketCount_, count);

@@ -1,6 +1,6 @@
 // Finds plain tasks of registered events by their names, and the events of packages.
 //
-// What is found is what a walk of the registry would find first: events in the order of their keys,
+// The result is what a walk of the registry would find first: events in the order of their keys,
 // packages in order, children depth first. A name that one task alone has is found without a walk.
 //
 // Invariants, all of them under the registry mutex:
@@ -62,8 +62,8 @@ class NameIndex {
   // A linked task takes this name.
   void Rename(RkTaskImpl& task, std::string& name) TMV_REQUIRES(registryMutex);
 
-  // The first plain task of this name, or an empty place; nothing if only a walk can tell, since
-  // many tasks have the name.
+  // The first plain task of this name, or an empty place; nothing if only a walk can find out,
+  // since many tasks have the name.
   std::optional<TaskPlace> Find(const TaskName& name) TMV_REQUIRES(registryMutex);
   // The same for the name of a task, which is most often the one to be found.
   std::optional<TaskPlace> FindNamesake(RkTaskImpl& task) TMV_REQUIRES(registryMutex);

@@ -40,7 +40,7 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* system_time, FILETIME* time);
 BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* system_time);
 
 // Local calendar fields to UTC, by the offset that holds at that time. `zone` must be null, which
-// stands for the current time zone.
+// means the current time zone.
 struct TIME_ZONE_INFORMATION;
 BOOL TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* local,
                                      SYSTEMTIME* utc);

@@ -17,7 +17,7 @@ inline constexpr DWORD HP_HASHVAL = 2;
 inline constexpr DWORD HP_HASHSIZE = 4;
 
 // Error codes: a bad algorithm, a hash that already gave its value, a provider that has none of
-// what is asked, a bad kind of parameter.
+// the parameter, a bad kind of parameter.
 inline constexpr DWORD ERROR_MORE_DATA = 234;
 inline constexpr DWORD NTE_BAD_ALGID = 0x80090008;
 inline constexpr DWORD NTE_BAD_TYPE = 0x8009000A;
@@ -25,7 +25,7 @@ inline constexpr DWORD NTE_BAD_HASH_STATE = 0x8009000C;
 inline constexpr DWORD NTE_FAIL = 0x80090020;
 
 // A context without keys; container and provider names must be null, `type` PROV_RSA_FULL and
-// `flags` CRYPT_VERIFYCONTEXT. All functions return FALSE on failure, which GetLastError tells.
+// `flags` CRYPT_VERIFYCONTEXT. All functions return FALSE on failure, which GetLastError reports.
 BOOL CryptAcquireContextW(HCRYPTPROV* context, LPCWSTR container, LPCWSTR provider, DWORD type,
                           DWORD flags);
 BOOL CryptReleaseContext(HCRYPTPROV context, DWORD flags);
@@ -38,8 +38,8 @@ BOOL CryptDestroyHash(HCRYPTHASH hash);
 // Adds bytes to a digest that hasn't been read yet.
 BOOL CryptHashData(HCRYPTHASH hash, const BYTE* data, DWORD size, DWORD flags);
 
-// HP_HASHSIZE gives the digest's size as a DWORD, HP_HASHVAL the digest, which ends it. `*size` is
-// the room in `data`, and becomes what was used; with too little room, what is needed.
+// HP_HASHSIZE returns the digest's size as a DWORD, HP_HASHVAL the digest, which ends it. `*size`
+// is the room in `data`, and becomes the room used; with too little room, the room needed.
 BOOL CryptGetHashParam(HCRYPTHASH hash, DWORD parameter, BYTE* data, DWORD* size, DWORD flags);
 
 struct GUID {

@@ -19,7 +19,7 @@ TmvWideChar* NewShellPath(const TmvWideChar* path) {
   if (!narrow.ok()) return nullptr;
   std::filesystem::path form = std::filesystem::path(narrow.c_str()).lexically_normal();
   std::error_code error;
-  // "." and ".." name a directory that only the current one tells.
+  // "." and ".." name a directory that depends on the current one.
   if (*form.begin() == "." || *form.begin() == "..") {
     form = std::filesystem::absolute(form, error).lexically_normal();
     if (error) return nullptr;

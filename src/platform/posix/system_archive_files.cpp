@@ -59,7 +59,7 @@ uLong Write(voidpf, voidpf stream, const void* data, uLong size) noexcept {
   return moved;
 }
 
-// Moves the file's position and tells where it is then; false if the system refuses.
+// Moves the file's position and returns the new one; false if the system refuses.
 bool Move(ArchiveFile* file, ZPOS64_T offset, DWORD method, ZPOS64_T* position) {
   auto high = static_cast<LONG>(static_cast<DWORD>(offset >> 32));
   const auto low = static_cast<LONG>(static_cast<DWORD>(offset));

@@ -14,8 +14,8 @@ struct Call {
 };
 
 void* Run(void* call) {
-  const Call& told = *static_cast<Call*>(call);
-  told.function(told.argument);
+  const Call& typed = *static_cast<Call*>(call);
+  typed.function(typed.argument);
   return nullptr;
 }
 

@@ -26,7 +26,7 @@ bool IsAbsolute(const wchar_t* path) {
   return path[0] != L'\0' && path[1] == L':' && IsSeparator(path[2]);
 }
 
-// The absolute form of a path; empty if the system can't tell.
+// The absolute form of a path; empty if the system has none.
 std::wstring FullPath(const wchar_t* path) {
   std::wstring full(GetFullPathNameW(path, 0, nullptr, nullptr), L'\0');
   if (full.empty()) return full;

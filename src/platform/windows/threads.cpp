@@ -22,8 +22,8 @@ struct Call {
 };
 
 DWORD WINAPI Run(void* call) {
-  const Call& told = *static_cast<Call*>(call);
-  told.function(told.argument);
+  const Call& typed = *static_cast<Call*>(call);
+  typed.function(typed.argument);
   return 0;
 }
 

@@ -12,7 +12,7 @@ namespace temvar {
 
 namespace {
 
-// Room for the ten digits of any counter value behind the time.
+// Room for the ten digits of any counter value after the time.
 constexpr int64_t kCounterFactor = 10'000'000'000;
 
 // Day, hour, minute and second of the local time as one decimal number.

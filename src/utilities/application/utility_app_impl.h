@@ -5,7 +5,8 @@
 
 namespace temvar {
 
-// The operations stand by subject in app.cpp, app_paths.cpp and app_identifiers.cpp.
+// The operations are defined by subject in app_paths.cpp and app_identifiers.cpp, the rest in
+// utility_app_impl.cpp. The class has no data; the identifiers' state is in identifier_state.h.
 class TMVUtilityAppImpl final : public TMVUtilityApp {
  public:
   char* GetExecutablePath() override;

@@ -18,7 +18,7 @@ inline size_t MaxBinaryDataSize() {
   return std::min<size_t>(std::numeric_limits<uint32_t>::max(), std::string().max_size());
 }
 
-// Gives `bytes`, of which there are no more than MaxBinaryDataSize(), to `*result`, where
+// Passes `bytes`, of which there are no more than MaxBinaryDataSize(), to `*result`, where
 // FreeBinayDataResult finds them again.
 void FillBinaryData(BinaryDataResult* result, std::unique_ptr<std::string> bytes);
 

@@ -14,13 +14,13 @@
 namespace temvar {
 namespace {
 
-// The position of a stream's end, or -1. The stream stands there afterwards.
+// The position of a stream's end, or -1. The stream is positioned there afterwards.
 int64_t SeekToEnd(FILE* stream) {
   return _fseeki64(stream, 0, SEEK_END) == 0 ? _ftelli64(stream) : -1;
 }
 
 // Appends what is left of `stream` to `bytes`. False for an error, or if it gets longer than a
-// record can tell.
+// record can hold.
 bool ReadToEnd(FILE* stream, std::string& bytes) {
   char block[512];
   while (std::feof(stream) == 0) {

@@ -9,7 +9,7 @@
 namespace temvar {
 namespace {
 
-// Reads the number at `text` and moves behind the next `separator`. False without one.
+// Reads the number at `text` and moves past the next `separator`. False without one.
 bool TakeNumber(const TmvWideChar*& text, TmvWideChar separator, int& number) {
   const TmvWideChar* end = text;
   while (*end != separator) {

@@ -6,7 +6,8 @@
 namespace temvar {
 
 // One file of sources for each kind of operation: file_paths.cpp, file_streams.cpp,
-// file_timestamp.cpp, file_trees.cpp, file_search.cpp, and file_basics.cpp for the rest.
+// file_timestamp.cpp, file_trees.cpp, file_search.cpp, and utility_file_impl.cpp for the rest. The
+// class has no data and takes no lock: two calls on one path meet only in the file system.
 class TMVUtilityFileImpl final : public TMVUtilityFile {
  public:
   bool DeleteDirectoryTree(const char* path) override;

@@ -131,7 +131,7 @@ bool HashBytes(const CryptHash& hash, std::string_view bytes) {
   return true;
 }
 
-// Prints why there is no SHA-1 and gives the result for that. `what` ends in the blanks that its
+// Prints why there is no SHA-1 and returns the result for that. `what` ends in the blanks that its
 // text has before the code: the texts differ in them.
 char* Sha1Failed(const char* what) {
   const uint32_t error = GetLastError();

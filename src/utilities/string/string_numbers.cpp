@@ -35,7 +35,7 @@ namespace {
 
 uint32_t HexDigit(unsigned char byte) { return (byte & 15u) + ((byte & 0x40u) != 0 ? 9u : 0u); }
 
-// Cuts to an integer. What is too large for one, or is no number, gives the nearest there is, where
+// Cuts to an integer. A value beyond its range, or no number, returns the nearest there is, where
 // the language leaves the plain conversion undefined.
 uint64_t TruncateToUInt64(double value) {
   constexpr double kLimit = 18446744073709551616.0;  // 2^64

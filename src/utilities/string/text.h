@@ -48,7 +48,7 @@ inline NarrowText ToUtf8(const TmvWideChar* text) {
 }
 
 // atoi with a result for every text: blanks, a sign, decimal digits; 0 without digits. A number out
-// of range gives the nearest one in range, as atoi of the Windows runtime does.
+// of range returns the nearest one in range, as atoi of the Windows runtime does.
 int32_t ParseInt32(const char* text);
 
 }  // namespace temvar

@@ -5,8 +5,10 @@
 
 namespace temvar {
 
-// The operations stand by subject in string_basics.cpp, string_convert.cpp, string_format.cpp,
-// string_numbers.cpp, string_patterns.cpp, string_sanitize.cpp, digest.cpp and guid.cpp.
+// The order of the operations is that of the interface and part of the binary contract. They are
+// defined by subject in string_convert.cpp, string_format.cpp, string_numbers.cpp,
+// string_patterns.cpp, string_sanitize.cpp and digest.cpp, the rest in utility_string_impl.cpp. The
+// class has no data: its one instance is laid out statically and outlives every caller.
 class TMVUtilityStringImpl final : public TMVUtilityString {
  public:
   TmvWideChar* DupWideString(const TmvWideChar* text) override;

@@ -79,7 +79,7 @@ std::optional<std::tm> ParseDateText(const char* text) {
   return time;
 }
 
-// The start of a year in UTC, made as local time: the difference of the hours now stands for the
+// The start of a year in UTC, made as local time: the difference of the hours now serves as the
 // offset of the zone.
 int64_t StartOfYear(int32_t year) {
   const int64_t now = _time64(nullptr);

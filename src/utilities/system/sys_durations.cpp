@@ -17,7 +17,7 @@ constexpr int kSecondsPerHour = 3600;
 // Room for the hours of any 64-bit number of seconds.
 constexpr size_t kBlockSize = 32;
 
-// Rounds to whole seconds. What is no duration (negative, NaN) is 0, and what 64 bits don't hold is
+// Rounds to whole seconds. A negative value or NaN is 0, and a value beyond 64 bits is
 // the longest they do.
 uint64_t RoundToSeconds(double seconds) {
   constexpr double kLimit = 18446744073709551616.0;  // 2^64

@@ -5,8 +5,9 @@
 
 namespace temvar {
 
-// The operations stand by subject in sys_basics.cpp, sys_dates.cpp, sys_durations.cpp,
-// sys_folders.cpp and sys_version.cpp.
+// The operations are defined by subject in sys_dates.cpp, sys_durations.cpp, sys_folders.cpp and
+// sys_version.cpp, the rest in utility_sys_impl.cpp. Nothing is kept from one call to the next: a
+// folder, the zone or the clock may change in between.
 class TMVUtilitySysImpl final : public TMVUtilitySys {
  public:
   char* GetAppDataPath() override;

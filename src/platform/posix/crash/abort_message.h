@@ -7,7 +7,7 @@ namespace temvar::posix {
 // since 2.13, as __abort_msg (seen in 2.36); elsewhere no abort counts as heap corruption.
 void PrepareAbortMessage();
 
-// Whether the C library has told of a damaged heap: its text is one that its malloc, free or
+// Whether the C library has reported a damaged heap: its text is one that its malloc, free or
 // realloc prints. An assertion or a smashed stack has another text. What the heap's own checks
 // don't find stays unseen, as anywhere. Safe in a signal handler.
 bool IsHeapCorruptionAbort();

@@ -12,7 +12,7 @@ namespace temvar::posix {
 // The code of an uncaught C++ exception, as the Microsoft runtime raises it.
 inline constexpr DWORD kCxxException = 0xE06D7363;
 
-// The exception that a fault stands for; 0 for a signal that stands for none.
+// The exception that corresponds to a fault; 0 for a signal without one.
 DWORD ExceptionCodeOf(int signalNumber);
 
 // One crash as the handlers see it. Valid as long as what it was made from.

@@ -60,7 +60,7 @@ class SignalReport {
 // thread for the dump of another one, and the watchdog's.
 void FillReportMask(sigset_t& set);
 
-// The signals that stand for a crash.
+// The signals that mean a crash.
 inline constexpr int kCrashSignals[] = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGTRAP, SIGSYS};
 
 // Ends the process by this signal, whatever handlers there are.

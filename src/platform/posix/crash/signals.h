@@ -1,4 +1,4 @@
-// Catches the signals that stand for exceptions, and the end of the C++ runtime.
+// Catches the signals that correspond to exceptions, and the end of the C++ runtime.
 //
 // 1. The handler runs with all signals blocked until the dump is on disk: a fault in that time ends
 //    the process at once, by the kernel, with the fault's own signal. From then on a fault or an

@@ -2,7 +2,7 @@
 //
 // Paths are UTF-16 and may use `\` and `/` alike; a leading drive letter is dropped. A path longer
 // than PATH_MAX fails with ERROR_FILENAME_EXCED_RANGE. Unless a line says otherwise, an operation
-// tells failure by FALSE or INVALID_HANDLE_VALUE and leaves the reason in GetLastError. Every
+// reports failure by FALSE or INVALID_HANDLE_VALUE and leaves the reason in GetLastError. Every
 // operation may be called from any thread.
 #ifndef TEMVAR_PLATFORM_POSIX_FILES_FILES_H_
 #define TEMVAR_PLATFORM_POSIX_FILES_FILES_H_

@@ -142,7 +142,7 @@ HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data) {
   const char* name = narrow.LastComponent();
   if (std::strcmp(name, "*") == 0) return ListDirectory(narrow, data);
   if (*name == '\0') {
-    // No name behind the last separator.
+    // No name after the last separator.
     SetLastError(ERROR_FILE_NOT_FOUND);
     return INVALID_HANDLE_VALUE;
   }

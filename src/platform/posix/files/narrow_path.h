@@ -13,7 +13,7 @@ namespace temvar::posix {
 // lives in a buffer of the object, so that making one is safe in a signal handler.
 //
 // A path that is null, empty, longer than PATH_MAX or no valid UTF-16 is not ok: errno and the
-// thread's last error then tell why. It is never cut or patched, since that would name another
+// thread's last error then say why. It is never cut or patched, since that would name another
 // file.
 class NarrowPath {
  public:
@@ -39,7 +39,7 @@ class NarrowPath {
 };
 
 // Sets the last error for a failed operation on `path` from errno. What errno calls a missing file
-// is told as a missing folder (3) if the folder isn't there, as Windows does. Safe in a signal
+// is reported as a missing folder (3) if the folder isn't there, as Windows does. Safe in a signal
 // handler.
 void SetLastErrorForPath(const NarrowPath& path);
 

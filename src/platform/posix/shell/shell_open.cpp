@@ -61,7 +61,7 @@ std::string ToUtf8(LPCWSTR text) {
   return utf8;
 }
 
-// What the opener gets to see; empty for what is no path and no address.
+// The opener's argument; empty for a text that is neither path nor address.
 std::string Target(LPCWSTR file) {
   if (IsAddress(file)) return ToUtf8(file);
   const temvar::posix::NarrowPath path(file);

@@ -59,7 +59,7 @@ const char* NextName(DIR* directory) {
   }
 }
 
-// Deletes what is no folder and stops at the first folder, whose name goes to `folder`. 0 or errno.
+// Deletes files and links and stops at the first folder, whose name goes to `folder`. 0 or errno.
 int DeleteUpToFolder(DIR* directory, std::string& folder) {
   folder.clear();
   while (const char* const name = NextName(directory)) {
@@ -296,7 +296,7 @@ BOOL PathIsDirectoryW(LPCWSTR path) {
 BOOL PathRemoveFileSpecW(LPWSTR path) {
   if (path == nullptr) return FALSE;
   size_t length = 0;
-  size_t cut = 0;  // Where the last separator stands, or behind it if it is that of a root.
+  size_t cut = 0;  // The place of the last separator, or after it if it is that of a root.
   for (; path[length] != 0; ++length) {
     if (path[length] != u'\\' && path[length] != u'/') continue;
     cut = length == 0 || path[length - 1] == u':' ? length + 1 : length;

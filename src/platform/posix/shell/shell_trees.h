@@ -17,7 +17,7 @@ inline constexpr FILEOP_FLAGS FOF_NOCONFIRMMKDIR = 0x200;
 struct SHFILEOPSTRUCTW {
   HWND hwnd;
   UINT wFunc;
-  LPCWSTR pFrom;  // One path; it is taken as it stands, `*` and `?` are ordinary letters.
+  LPCWSTR pFrom;  // One path; it is taken literally, `*` and `?` are ordinary letters.
   LPCWSTR pTo;    // The destination of FO_COPY.
   FILEOP_FLAGS fFlags;
   BOOL fAnyOperationsAborted;

@@ -44,7 +44,7 @@ class Sink {
   // REQUIRES: HasRoomFor(8)
   template <typename Source>
   void PutSomeOfEight(const Source* source, size_t count) {
-    // Writing all eight takes no branch; what is beyond `count` is overwritten by what follows.
+    // Writing all eight takes no branch; a byte beyond `count` is overwritten by what follows.
     if constexpr (kWrites) {
       for (size_t i = 0; i < 8; ++i) target_[length_ + i] = static_cast<Unit>(source[i]);
     }
@@ -78,21 +78,21 @@ size_t CountAscii(const char16_t* eight) {
 
 constexpr bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
-// The number of bytes at `at` that could have become a character but didn't: one U+FFFD stands for
+// The number of bytes at `at` that could have become a character but didn't: one U+FFFD replaces
 // them. At least 1.
 // REQUIRES: at < end, and no well-formed character at `at`.
 size_t MalformedSize(const unsigned char* at, const unsigned char* end) {
   const unsigned char lead = at[0];
   const auto available = static_cast<size_t>(end - at);
   if (lead < 0xE0 || lead > 0xF4 || available < 2 || !IsContinuation(at[1])) return 1;
-  // Overlong forms, surrogates and what is beyond U+10FFFF show in the second byte already.
+  // Overlong forms, surrogates and values beyond U+10FFFF show in the second byte already.
   if ((lead == 0xE0 && at[1] < 0xA0) || (lead == 0xED && at[1] > 0x9F)) return 1;
   if ((lead == 0xF0 && at[1] < 0x90) || (lead == 0xF4 && at[1] > 0x8F)) return 1;
   const bool has_third = available >= 3 && IsContinuation(at[2]);
   return lead >= 0xF0 && has_third ? 3 : 2;
 }
 
-// The value of a sequence of `size` bytes, without the bits that tell its shape.
+// The value of a sequence of `size` bytes, without the bits that mark its length.
 template <size_t size>
 char32_t Value(const unsigned char* at) {
   char32_t value = at[0] & (0xFFu >> (size + 1));
@@ -100,13 +100,13 @@ char32_t Value(const unsigned char* at) {
   return value;
 }
 
-// Whether `byte` stands wrongly behind the three bytes before it, as 1 or 0.
+// Whether `byte` is wrong after the three bytes before it, as 1 or 0.
 unsigned char IsMisplaced(unsigned char third, unsigned char second, unsigned char before,
                           unsigned char byte) {
   // Each byte of a character of two, three or four bytes is announced by its lead, and only those.
   const bool announced = (before >= 0xC0) | (second >= 0xE0) | (third >= 0xF0);
   const bool unknown = (byte == 0xC0) | (byte == 0xC1) | (byte >= 0xF5);
-  // Overlong forms, surrogates and what is beyond U+10FFFF.
+  // Overlong forms, surrogates and values beyond U+10FFFF.
   const bool out_of_range = ((before == 0xE0) & (byte < 0xA0)) |
                             ((before == 0xED) & (byte > 0x9F)) |
                             ((before == 0xF0) & (byte < 0x90)) | ((before == 0xF4) & (byte > 0x8F));
@@ -134,7 +134,7 @@ Outcome Utf16Size(const unsigned char* bytes, size_t size) {
     }
     units += count;
   }
-  // A sequence that the end cuts off lacks a byte where a letter would then stand.
+  // A sequence that the end cuts off lacks a byte where a letter would then be.
   misplaced |= IsMisplaced(at(size, 3), at(size, 2), at(size, 1), 'x');
   misplaced |= IsMisplaced(at(size, 2), at(size, 1), 'x', 'x');
   misplaced |= IsMisplaced(at(size, 1), 'x', 'x', 'x');
@@ -249,7 +249,7 @@ Outcome Utf16ToUtf8(const char16_t* source, size_t size, char* target, size_t ca
   return {sink.length(), true, true};
 }
 
-// Windows-1252 from 0x80 to 0x9F; all other bytes stand for the character of the same number. The
+// Windows-1252 from 0x80 to 0x9F; all other bytes encode the character of the same number. The
 // five bytes that the code page leaves undefined pass as control characters, as on Windows.
 constexpr char16_t kAnsiUpperControls[32] = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,

@@ -15,7 +15,7 @@ inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
 
 // Converts `source_size` bytes, or with -1 a whole NUL-terminated text and its terminator, to
 // UTF-16. With a capacity of 0 nothing is written. The result is the number of units, written or
-// needed; 0 is a failure, which GetLastError tells: ERROR_INVALID_PARAMETER for a null or empty
+// needed; 0 is a failure, which GetLastError reports: ERROR_INVALID_PARAMETER for a null or empty
 // source, an unknown code page or a text beyond the range of int, ERROR_NO_UNICODE_TRANSLATION for
 // bytes that are no text, ERROR_INSUFFICIENT_BUFFER for a buffer that is too small (its content is
 // then undefined). Takes no memory and no lock: safe in a signal handler.
@@ -29,7 +29,7 @@ int WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR source, int source_
                         int target_capacity, LPCSTR default_char, BOOL* used_default_char);
 
 // The number at the start of a wide text: blanks, a sign, decimal digits. 0 without digits, and the
-// nearest int for a number beyond its range. A null text gives 0.
+// nearest int for a number beyond its range. A null text returns 0.
 int _wtoi(const WCHAR* text);
 
 // Cuts a path into its parts. Each target may be null; else it has room for the 3 (drive) or 256

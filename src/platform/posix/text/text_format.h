@@ -17,7 +17,7 @@ int _vsnprintf(char* target, size_t capacity, const char* format, va_list argume
 // the lengths h, hh, l, ll, j, z, t, L, I, I32 and I64 are known. Widths and precisions of texts
 // count units. %n and unknown conversions are refused.
 //
-// _vscwprintf gives the length of the text without its terminator, -1 for a refused format.
+// _vscwprintf returns the length of the text without its terminator, -1 for a refused format.
 // _vsnwprintf writes at most `capacity` units, with a terminator if it fits; its result is the
 // length, or -1 for a refused format or a text longer than `capacity`.
 int _vscwprintf(const WCHAR* format, va_list arguments);

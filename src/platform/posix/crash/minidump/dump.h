@@ -2,7 +2,7 @@
 //
 // In this order: header, directory, system, process number, exception with the crashing thread's
 // registers, all threads that could be stopped with theirs, thread names, program and libraries
-// with build identifiers, /proc/self/maps and /proc/self/status as they stand, and last the memory:
+// with build identifiers, /proc/self/maps and /proc/self/status unchanged, and last the memory:
 // the stacks and the code around the fault. No environment and no command line: they hold secrets.
 //
 // 1. Nothing here takes the heap, a lock of the C library, or a thread-local that is made on use.

@@ -8,7 +8,7 @@
 
 namespace temvar::posix::minidump {
 
-// The file under work. Header and directory come first and the streams behind them, each entered in
+// The file under work. Header and directory come first and the streams after them, each entered in
 // the directory only when it is on its way to the disk: a file that was cut short opens with what
 // it has. Nothing but system calls; memory is written straight from where it lies, so that a page
 // that is gone costs that page and no fault.
@@ -17,7 +17,7 @@ class DumpFile {
   // Writes the header and an empty directory to the open file `descriptor`.
   explicit DumpFile(int descriptor);
 
-  // Sets room aside and gives its offset, a multiple of 8. It reads as zeros until written.
+  // Sets room aside and returns its offset, a multiple of 8. It reads as zeros until written.
   uint32_t Reserve(size_t size);
 
   // Writes at an offset that Reserve gave.
@@ -26,7 +26,7 @@ class DumpFile {
   // Both in one.
   Location Append(const void* data, size_t size);
 
-  // Appends a text of a dump, made from UTF-8; gives its offset. Cut at 4,095 units.
+  // Appends a text of a dump, made from UTF-8; returns its offset. Cut at 4,095 units.
   uint32_t AppendText(const char* utf8);
 
   // Appends the file at `path`, up to `limit` bytes. Size 0 when it can't be read.

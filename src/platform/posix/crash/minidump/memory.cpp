@@ -46,7 +46,7 @@ size_t BytesBelowSecrets(uint64_t start, size_t size) {
   const uint64_t secrets = getauxval(AT_RANDOM);
   if (secrets == 0 || start + size <= secrets) return size;
   if (start < secrets) return static_cast<size_t>(secrets - start);
-  // Above them on the same stack, where no frame is. What is not connected is no part of it.
+  // Above them on the same stack, where no frame is. Memory that is not connected is no part of it.
   const size_t between = static_cast<size_t>(start - secrets);
   return ReadableBytes(secrets, between) == between ? 0 : size;
 }

@@ -32,7 +32,7 @@ class ThreadStreams {
   pid_t IdOf(size_t index) const;
   const ucontext_t* MachineOf(size_t index) const;
   void WriteNames();
-  // Appends memory and enters it in the list. What is there already is cut off: an address that
+  // Appends memory and enters it in the list. Bytes listed already are cut off: an address that
   // comes twice spoils the list for readers. `range` is what was added; false for nothing.
   bool AddMemory(uint64_t start, size_t size, MemoryRange& range);
 
