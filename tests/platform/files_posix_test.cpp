@@ -5,11 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <climits>
 #include <filesystem>
 #include <string>
-#include <thread>
 
 #include "platform/posix/files/file_handle.h"
 #include "platform/posix/files/narrow_path.h"
@@ -19,47 +17,39 @@
 
 namespace {
 
+using namespace test;
 namespace fs = std::filesystem;
 using temvar::posix::NarrowPath;
 
-TEST(NarrowPath, TakesBothSeparatorsAndDropsTheDrive) {
-  const struct {
-    const char16_t* wide;
-    const char* narrow;
-  } cases[] = {
-      {u"C:\\dir\\file.txt", "/dir/file.txt"},
-      {u"z:/dir\\file", "/dir/file"},
-      {u"C:file", "file"},
-      {u"/a\\b/c", "/a/b/c"},
-      {u"ä漢😀", "ä漢😀"},
-      {u"1:x", "1:x"},
-      {u"dir:x", "dir:x"},
-  };
-  for (const auto& c : cases) {
-    const NarrowPath path(c.wide);
-    EXPECT_TRUE(path.ok());
-    EXPECT_STREQ(path.c_str(), c.narrow);
-  }
-}
-
-TEST(NarrowPath, RefusesWhatItCannotSayWhole) {
+TEST(NarrowPath, DropsTheDriveAndRefusesWhatItCannotSayWhole) {
   const std::u16string longest(PATH_MAX - 1, u'a');
-  EXPECT_TRUE(NarrowPath(longest.c_str()).ok());
-  EXPECT_FALSE(NarrowPath(nullptr).ok());
-  const std::pair<std::u16string, DWORD> cases[] = {
-      {u"C:", ERROR_PATH_NOT_FOUND},
-      {longest + u'a', ERROR_FILENAME_EXCED_RANGE},
-      {std::u16string(PATH_MAX / 2, u'ä'), ERROR_FILENAME_EXCED_RANGE},
-      {u"half \xD83D pair", ERROR_INVALID_NAME},
-      {u"\xDE00\xD83D", ERROR_INVALID_NAME},
+  const std::string narrow(PATH_MAX - 1, 'a');
+  const struct {
+    std::u16string wide;
+    const char* narrow;
+    DWORD error = 0;
+  } cases[] = {
+      {u"C:\\dir\\ä漢😀", "/dir/ä漢😀"},
+      {u"C:file", "file"},
+      {u"1:x", "1:x"},
+      {longest, narrow.c_str()},
+      {u"C:", nullptr, ERROR_PATH_NOT_FOUND},
+      {longest + u'a', nullptr, ERROR_FILENAME_EXCED_RANGE},
+      {std::u16string(PATH_MAX / 2, u'ä'), nullptr, ERROR_FILENAME_EXCED_RANGE},
+      {u"half \xD83D pair", nullptr, ERROR_INVALID_NAME},
   };
-  for (const auto& [wide, code] : cases) {
-    EXPECT_FALSE(NarrowPath(wide.c_str()).ok());
-    EXPECT_EQ(GetLastError(), code);
+  for (const auto& row : cases) {
+    const NarrowPath path(row.wide.c_str());
+    ASSERT_EQ(path.ok(), row.narrow != nullptr);
+    if (path.ok()) {
+      EXPECT_STREQ(path.c_str(), row.narrow);
+    } else {
+      EXPECT_EQ(GetLastError(), row.error);
+    }
   }
 }
 
-class FilesPosixTest : public temvar_test::WorkFolderTest {
+class FilesPosixTest : public WorkFolderTest {
  protected:
   std::u16string Wide(std::string_view name) const { return FilePath(name).u16string(); }
 };
@@ -114,24 +104,12 @@ TEST_P(FilesPosixTest, FilesMoveToAnotherFileSystem) {
   EXPECT_FALSE(fs::exists(target));
 }
 
-TEST_P(FilesPosixTest, CopiesFilesThatHaveNoSize) {
+TEST_P(FilesPosixTest, FilesThatHaveNoSizeAreReadWhole) {
   ASSERT_TRUE(CopyFileW(u"/proc/version", Wide("version").c_str(), FALSE));
-  EXPECT_NE(GetFile("version").find("Linux"), std::string::npos);
-}
-
-TEST_P(FilesPosixTest, PipesAreReadAsTheyCome) {
-  ASSERT_EQ(mkfifo(FilePath("pipe").c_str(), 0600), 0);
-  const std::string bytes(100'000, 'p');
-  const int pipe = open(FilePath("pipe").c_str(), O_RDWR);
-  std::thread writer([&] {
-    EXPECT_EQ(write(pipe, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-    close(pipe);
-  });
   BinaryDataResult result;
-  const bool read = TmvUtilityFile()->ReadWholeFile(&result, Path("pipe").c_str());
-  writer.join();
-  ASSERT_TRUE(read);
-  EXPECT_EQ(std::string(result.Data, result.Size), bytes);
+  ASSERT_TRUE(TmvUtilityFile()->ReadWholeFile(&result, "/proc/version"));
+  EXPECT_EQ(std::string(result.Data, result.Size), GetFile("version"));
+  EXPECT_GT(result.Size, 10u);
   FreeBinayDataResult(&result);
 }
 

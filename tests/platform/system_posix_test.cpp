@@ -14,7 +14,7 @@
 
 namespace {
 
-using temvar_test::Take;
+using namespace test;
 
 std::string WithBackslashes(std::string path) {
   for (char& c : path) {
@@ -23,7 +23,7 @@ std::string WithBackslashes(std::string path) {
   return path;
 }
 
-class FoldersTest : public temvar_test::WorkFolderTest {
+class FoldersTest : public WorkFolderTest {
  protected:
   void SetUp() override {
     setenv("HOME", Path().c_str(), 1);
@@ -38,9 +38,8 @@ class FoldersTest : public temvar_test::WorkFolderTest {
 
 // The system calls have room for 260 units: a longer path is a failure, which falls back.
 INSTANTIATE_TEST_SUITE_P(InEveryPlace, FoldersTest,
-                         testing::Values(temvar_test::FolderKind::kPlain,
-                                         temvar_test::FolderKind::kInternational),
-                         temvar_test::NameOfFolderKind);
+                         testing::Values(FolderKind::kPlain, FolderKind::kInternational),
+                         NameOfFolderKind);
 
 TEST_P(FoldersTest, BelowTheHome) {
   EXPECT_EQ(Take(TmvUtilitySys()->GetAppDataPath()), Reported(".config"));

@@ -31,11 +31,4 @@ ChildEnd RunChild(const std::filesystem::path& program, const std::vector<std::s
 
 }  // namespace test
 
-// For tests that use the name of before.
-namespace temvar_test {
-
-using namespace test;
-
-}  // namespace temvar_test
-
 #endif  // TESTS_SUPPORT_CHILD_PROCESS_H_

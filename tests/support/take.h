@@ -24,11 +24,4 @@ inline std::basic_string<TmvWideChar> TakeWide(TmvWideChar* block) {
 
 }  // namespace test
 
-// For the tests that still use the old name.
-namespace temvar_test {
-
-using namespace test;
-
-}  // namespace temvar_test
-
 #endif  // TESTS_SUPPORT_TAKE_H_

@@ -149,13 +149,6 @@ inline std::string NameOfFolderKind(const testing::TestParamInfo<FolderKind>& in
 
 }  // namespace test
 
-// For the tests that still use the old name.
-namespace temvar_test {
-
-using namespace test;
-
-}  // namespace temvar_test
-
 // Runs each TEST_P of `suite`, a class that derives from WorkFolderTest, in every kind of place.
 #define TEMVAR_IN_EVERY_PLACE(suite)                                              \
   INSTANTIATE_TEST_SUITE_P(                                                       \

@@ -10,7 +10,7 @@
 
 namespace {
 
-using temvar_test::Take;
+using namespace test;
 
 TMVUtilityApp* const app = TmvUtilityApp();
 
@@ -20,7 +20,7 @@ TEST(App, Paths) {
   if (program.extension().empty() && std::filesystem::exists(program.string() + ".exe")) {
     program += ".exe";
   }
-  std::string executable = temvar_test::Utf8(std::filesystem::canonical(program));
+  std::string executable = Utf8(std::filesystem::canonical(program));
   for (char& c : executable) {
     if (c == '/') c = '\\';
   }

@@ -10,11 +10,12 @@
 
 namespace {
 
+using namespace test;
 namespace fs = std::filesystem;
 
 TMVUtilityFile* const files = TmvUtilityFile();
 
-using FileBasicsTest = temvar_test::WorkFolderTest;
+using FileBasicsTest = WorkFolderTest;
 TEMVAR_IN_EVERY_PLACE(FileBasicsTest);
 
 TEST_P(FileBasicsTest, CopyReplacesAndKeepsBytesAndTime) {
@@ -133,7 +134,7 @@ TEST(FormatSize, TakesTheLargestUnitThatIsReached) {
       {UINT64_MAX, "17179869184.00 GB"},
   };
   for (const auto& [bytes, text] : cases) {
-    EXPECT_EQ(temvar_test::Take(files->FormatSize(bytes)), text);
+    EXPECT_EQ(Take(files->FormatSize(bytes)), text);
   }
 }
 

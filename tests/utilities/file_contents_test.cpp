@@ -13,11 +13,13 @@
 
 namespace {
 
+using namespace test;
+
 constexpr uint64_t kFiveGiB = uint64_t{5} << 30;
 
 TMVUtilityFile* const files = TmvUtilityFile();
 
-class FileStreamsTest : public temvar_test::WorkFolderTest {
+class FileStreamsTest : public WorkFolderTest {
  protected:
   // Reads `name` whole and checks the record; "(false)" if the operation fails.
   std::string ReadWhole(std::string_view name) {
@@ -130,7 +132,7 @@ TEST(FreeBinayDataResult, PassesOverARecordWithoutOwner) {
   EXPECT_EQ(result.Data, &byte);
 }
 
-class FileSearchTest : public temvar_test::WorkFolderTest {
+class FileSearchTest : public WorkFolderTest {
  protected:
   int32_t Search(const std::string& content, const char* text) {
     PutFile("f.txt", content);

@@ -20,9 +20,10 @@
 
 namespace {
 
+using namespace test;
 namespace fs = std::filesystem;
 
-class FileLinksTest : public temvar_test::WorkFolderTest {
+class FileLinksTest : public WorkFolderTest {
  protected:
   void LinkTo(const std::string& target, const std::string& name) {
     fs::create_symlink(target, FilePath(name));

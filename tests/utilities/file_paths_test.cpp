@@ -9,7 +9,7 @@
 
 namespace {
 
-using temvar_test::Take;
+using namespace test;
 
 TMVUtilityFile* const files = TmvUtilityFile();
 
@@ -69,7 +69,7 @@ TEST(ExtensionInList, ComparesWholeExtensionsInLowerCase) {
   EXPECT_FALSE(files->ExtensionInList(nullptr, ";.zip;"));
 }
 
-class MakeUniquePathTest : public temvar_test::WorkFolderTest {
+class MakeUniquePathTest : public WorkFolderTest {
  protected:
   std::string Unique(const std::string& path) { return Take(files->MakeUniquePath(path.c_str())); }
 };

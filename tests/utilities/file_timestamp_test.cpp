@@ -15,9 +15,10 @@
 
 namespace {
 
+using namespace test;
 namespace fs = std::filesystem;
 
-class FileTimestampTest : public temvar_test::WorkFolderTest {
+class FileTimestampTest : public WorkFolderTest {
  protected:
   bool Set(const char* name, const char* time) {
     return TmvUtilityFile()->SetFileTimestamp(Path(name).c_str(), time);

@@ -9,13 +9,14 @@
 
 namespace {
 
+using namespace test;
 namespace fs = std::filesystem;
 
 TMVUtilityFile* const files = TmvUtilityFile();
 
 constexpr char kShellLimit[] = "the shell knows no long paths: see RefusesWhatTheShellCannotTake";
 
-class FileTreesTest : public temvar_test::WorkFolderTest {
+class FileTreesTest : public WorkFolderTest {
  protected:
   // A tree of three levels with 9 bytes in 4 files and an empty folder.
   void MakeTree() {

@@ -16,7 +16,7 @@
 
 namespace {
 
-using temvar_test::Take;
+using namespace test;
 
 TMVUtilityApp* const app = TmvUtilityApp();
 constexpr int64_t kFactor = 10'000'000'000;

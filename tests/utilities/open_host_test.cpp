@@ -19,12 +19,13 @@
 
 namespace {
 
+using namespace test;
 namespace fs = std::filesystem;
 using std::chrono::steady_clock;
 
 TMVUtilityApp* const app = TmvUtilityApp();
 
-class OpenTest : public temvar_test::WorkFolderTest {
+class OpenTest : public WorkFolderTest {
  protected:
   void SetUp() override {
     MakeFolder("bin");

@@ -11,8 +11,7 @@
 
 namespace {
 
-using temvar_test::Take;
-using temvar_test::TakeWide;
+using namespace test;
 using Wide = std::basic_string<TmvWideChar>;
 
 TMVUtilityString* const text = TmvUtilityString();

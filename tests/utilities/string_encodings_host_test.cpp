@@ -12,8 +12,7 @@
 
 namespace {
 
-using temvar_test::Take;
-using temvar_test::TakeWide;
+using namespace test;
 using Wide = std::basic_string<TmvWideChar>;
 
 TMVUtilityString* const text = TmvUtilityString();
@@ -21,7 +20,7 @@ TMVUtilityString* const text = TmvUtilityString();
 // Compares with the standard library's way to encode, which is that of its paths.
 void ExpectThereAndBack(const std::u32string& characters) {
   const std::filesystem::path path(characters);
-  const std::string utf8 = temvar_test::Utf8(path);
+  const std::string utf8 = Utf8(path);
   const Wide wide = path.string<TmvWideChar>();
   ASSERT_TRUE(Take(text->WideToUtf8(wide.c_str())) == utf8);
   TmvWideChar* const block = text->Utf8ToWide(utf8.c_str());

@@ -18,7 +18,7 @@
 
 namespace {
 
-using temvar_test::Take;
+using namespace test;
 
 TMVUtilityString* const text = TmvUtilityString();
 

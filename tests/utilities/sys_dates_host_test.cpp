@@ -14,7 +14,7 @@
 
 namespace {
 
-using temvar_test::Take;
+using namespace test;
 
 TMVUtilitySys* const sys = TmvUtilitySys();
 

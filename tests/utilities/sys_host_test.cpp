@@ -15,7 +15,7 @@
 
 namespace {
 
-using temvar_test::Take;
+using namespace test;
 using testing::EndsWith;
 using testing::Not;
 
@@ -28,7 +28,7 @@ TEST(Sys, Folders) {
     SCOPED_TRACE(path);
     EXPECT_THAT(path, AllOf(EndsWith("\\"), Not(EndsWith("\\\\"))));
     std::replace(path.begin(), path.end(), '\\', '/');  // They are separators everywhere.
-    EXPECT_TRUE(std::filesystem::is_directory(temvar_test::FromUtf8(path)));
+    EXPECT_TRUE(std::filesystem::is_directory(FromUtf8(path)));
   }
   EXPECT_THAT(Take(sys->GetDownloadsPath()), EndsWith("\\Downloads\\"));
 }
