@@ -68,24 +68,6 @@ class PeersTest : public ArchiveTest {
 };
 TEMVAR_IN_A_PLAIN_PLACE(PeersTest);
 
-std::string Python(const std::string& program) { return "python3 -c '" + program + "'"; }
-
-// Packs the tree with Python's module; `arguments` go to ZipFile.
-std::string PythonZip(const std::string& arguments) {
-  return Python(
-      "import zipfile,os\n"
-      "z=zipfile.ZipFile(\"a.zip\",\"w\"" +
-      arguments +
-      ")\n"
-      "for d,_,fs in os.walk(\"tree\"):\n"
-      "  for f in fs:\n"
-      "    p=os.path.join(d,f)\n"
-      "    i=zipfile.ZipInfo.from_file(p,p[5:]); i.compress_type=z.compression\n"
-      "    with z.open(i,\"w\",force_zip64=True) as o:\n"
-      "      o.write(open(p,\"rb\").read())\n"
-      "z.close()");
-}
-
 TEST_P(PeersTest, UnpacksWhatOthersPack) {
   MakeTree();
   WithEach({{"zip", "cd tree && zip -r ../a.zip ."},
@@ -95,9 +77,7 @@ TEST_P(PeersTest, UnpacksWhatOthersPack) {
             {"7z", "cd tree && 7z a -tzip ../a.zip ."},
             {"7z", "cd tree && 7z a -tzip -mx0 -mcu ../a.zip ."},  // UTF-8 flag.
             {"bsdtar", "bsdtar --format zip -cf a.zip -C tree ."},
-            {"bsdtar", "bsdtar --format zip --options zip:compression=store -cf a.zip -C tree ."},
-            {"python3", PythonZip("")},
-            {"python3", PythonZip(",zipfile.ZIP_DEFLATED")}},
+            {"bsdtar", "bsdtar --format zip --options zip:compression=store -cf a.zip -C tree ."}},
            [this] {
              const Extraction run = Extract();
              EXPECT_TRUE(run.result) << run.output.out;
@@ -115,8 +95,7 @@ TEST_P(PeersTest, OthersReadWhatItPacks) {
   WithEach({{"unzip", "unzip -t ours.zip && unzip -q ours.zip -d seen"},
             {"7z", "7z t ours.zip && 7z x -oseen ours.zip"},
             {"bsdtar", "mkdir seen && bsdtar -xf ours.zip -C seen"},
-            {"python3", Python("import zipfile; z=zipfile.ZipFile(\"ours.zip\"); "
-                               "assert z.testzip() is None; z.extractall(\"seen\")")}},
+            {"python3", "python3 -m zipfile -e ours.zip seen"}},
            [this] {
              ExpectSameFiles("seen");
              std::filesystem::remove_all(FilePath("seen"));

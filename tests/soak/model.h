@@ -4,6 +4,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -14,11 +16,16 @@
 
 #include <temvar/handles.h>
 
-#include "watchdog.h"
-
 // A generated event and what is known about how it must go. Its tasks check the promises of the
 // scheduler as they run.
 namespace soak {
+
+// Ends the process with a message, and with a core where the system writes one: a promise of the
+// library was broken.
+[[noreturn]] inline void Fail(const std::string& message) {
+  std::fprintf(stderr, "soak failed: %s\n", message.c_str());
+  std::abort();
+}
 
 enum class Kind {
   kPlain,      // Paused and resumed only: must run to its end.
@@ -113,15 +120,9 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
 
   // Looks up a task of the event, from any thread.
   void AskAround(const std::string& taskName) const {
-    const tmv::Task task = tmv::Task::Adopt(Schedular().FindTask(taskName.c_str()));
-    if (task && taskName != task->GetName()) {
-      Broken("FindTask returned " + std::string(task->GetName()));
-    }
     const tmv::Task event = tmv::Task::Adopt(Schedular().FindEventOfTask(taskName.c_str()));
     if (event && name_ != event->GetName()) Broken("FindEventOfTask returned another event");
-    const tmv::Package package =
-        tmv::Package::Adopt(Schedular().FindPackageOfTask(taskName.c_str()));
-    if (!package) return;
+    const auto package = tmv::Package::Adopt(Schedular().FindPackageOfTask(taskName.c_str()));
     const tmv::Task owner = tmv::Task::Adopt(Schedular().FindEventOfPackage(package));
     if (owner && name_ != owner->GetName()) Broken("FindEventOfPackage returned another event");
   }
