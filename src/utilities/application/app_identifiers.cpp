@@ -24,10 +24,14 @@ int64_t TimePart() {
 
 }  // namespace
 
+// Unique within the process only, as long as the counter doesn't come round within a second: the
+// time has neither month nor year, and so repeats each month.
 int64_t TMVUtilityAppImpl::NewUniqueId() {
   IdentifierState& state = GetIdentifierState();
   // The time is taken under the mutex too, so that numbers never go down within a second.
   const std::lock_guard lock(state.mutex);
+  // Back to 0 one step early: the counter runs from 1 to 2,147,483,646 and then from 0. The largest
+  // identifier, for the 31st at 23:59:59, is far below the range of int64_t.
   state.counter = state.counter == std::numeric_limits<int32_t>::max() - 1 ? 0 : state.counter + 1;
   return TimePart() * kCounterFactor + state.counter;
 }
@@ -41,6 +45,8 @@ char* TMVUtilityAppImpl::NewPrefixedId(const char* prefix) {
 
 int64_t TMVUtilityAppImpl::NextSerial() {
   // Atomic addition wraps around; the sum of the old value has to be made to.
+  // By two from 1, so that all serials are odd and the first is 3: 1 is the initial value, never a
+  // result.
   const auto before = static_cast<uint32_t>(GetIdentifierState().serial.fetch_add(2));
   return static_cast<int32_t>(before + 2);
 }

@@ -22,6 +22,7 @@ struct ModulePath {
   TmvWideChar units[kCapacity] = {};
 };
 
+// Takes the block of `directory`, which an operation has made for its caller.
 char* NewJoinedText(char* directory, std::string_view name) {
   const NarrowText owned(directory);
   return NewNarrowText(std::string(directory).append(name));
@@ -35,12 +36,15 @@ char* TMVUtilityAppImpl::GetApplicationDirectory() { return GetModuleDirectory(n
 
 char* TMVUtilityAppImpl::GetModuleDirectory(void* module) {
   ModulePath path(module);
+  // At the root of a drive the system leaves the backslash, so the result ends in two. Documented,
+  // and the system takes both for one.
   PathRemoveFileSpecW(path.units);
   const std::basic_string<TmvWideChar> directory(path.units);
   return ToUtf8((directory + TMV_WIDE("\\")).c_str()).release();
 }
 
 char* TMVUtilityAppImpl::GetInstallRoot() {
+  // By the operation, so that one place says where the application is.
   const NarrowText application(GetApplicationDirectory());
   const WideText wide = ToWide(application.get());
   std::basic_string<TmvWideChar> directory(wide.get());
@@ -50,6 +54,7 @@ char* TMVUtilityAppImpl::GetInstallRoot() {
   return ToUtf8(directory.c_str()).release();
 }
 
+// Neither folder is looked for on the disk: a host asks for the path before it makes the folder.
 char* TMVUtilityAppImpl::GetThemesDirectory() {
   return NewJoinedText(GetInstallRoot(), "Themes\\");
 }

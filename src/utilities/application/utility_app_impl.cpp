@@ -42,6 +42,8 @@ void TMVUtilityAppImpl::ExploreFolder(const char* path) {
 }
 
 void TMVUtilityAppImpl::OpenWithShell(const char* target) {
+  // The ANSI function with the host's bytes as they come, unlike the operation above. Documented: a
+  // target in UTF-8 arrives as other text unless it is ASCII.
   ShellExecuteA(nullptr, "open", target, nullptr, nullptr, SW_SHOWNORMAL);
 }
 
@@ -51,6 +53,7 @@ int32_t TMVUtilityAppImpl::ProgressPerMille(int64_t done, int64_t stepSize, int3
   const int64_t finished = WrappingSum(WrappingProduct(stepIndex, stepSize), done);
   const int64_t whole = WrappingProduct(stepCount, stepSize);
   if (whole == 0) return 0;  // The product wrapped around.
+  // Not clamped to 1000: a step that does more than it announced shows more than the whole.
   return NearestInt32(std::floor(Quotient(finished, whole) * 1000.0));
 }
 

@@ -27,13 +27,17 @@ WideView Between(WideView text, size_t start, size_t end) {
 }  // namespace
 
 PathParts TMVUtilityFileImpl::SplitPath(const char* path) {
+  // Null parts, where a path that lacks one part has an empty text for it.
   if (path == nullptr || *path == '\0') return {nullptr, nullptr, nullptr};
   const WideText wide = ToWide(path);
   const WideView text(wide.get());
+  // The later of the two separators cuts here. MakeUniquePath prefers the backslash, wherever it
+  // is.
   const size_t separator = text.find_last_of(TMV_WIDE("/\\"));
   const size_t name_start = separator == WideView::npos ? 0 : separator + 1;
   const size_t dot = text.rfind(TMV_WIDE('.'));
   const bool has_dot = dot != WideView::npos;
+  // All three are made before one is released, so that none leaks if memory runs out.
   NarrowText directory = Utf8Of(text.substr(0, name_start));
   NarrowText name = Utf8Of(has_dot ? Between(text, name_start, dot) : text.substr(name_start));
   NarrowText extension = Utf8Of(has_dot ? text.substr(dot) : WideView());
@@ -51,6 +55,8 @@ void TMVUtilityFileImpl::FreePathParts(PathParts* parts) {
 bool TMVUtilityFileImpl::ExtensionInList(const char* path, const char* list) {
   const char* const dot = path == nullptr ? nullptr : std::strrchr(path, '.');
   if (dot == nullptr || list == nullptr) return false;
+  // With both semicolons, so that ".gz" isn't found within ".gzip". Only the key is folded to lower
+  // case: an entry of the list with capitals never matches.
   std::string key = std::string(";") + dot + ";";
   for (char& c : key) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   return std::strstr(list, key.c_str()) != nullptr;
@@ -64,6 +70,8 @@ char* TMVUtilityFileImpl::MakeUniquePath(const char* path) {
   const size_t dot = text.rfind(TMV_WIDE('.'));
   size_t separator = text.rfind(TMV_WIDE('\\'));
   if (separator == WideView::npos) separator = text.rfind(TMV_WIDE('/'));
+  // A taken name without a dot or a separator has no place for the number. The caller must test for
+  // null before it uses the result.
   if (dot == WideView::npos || separator == WideView::npos) return nullptr;
 
   WideString before(text.substr(0, separator + 1));
@@ -76,8 +84,11 @@ char* TMVUtilityFileImpl::MakeUniquePath(const char* path) {
     WideString candidate = before;
     candidate.append(digits.begin(), digits.end()).append(after);
     const SystemPath system_path{WideText(NewText(WideView(candidate)))};
+    // Tested and not taken: two callers at a time can get one name.
     if (_waccess(system_path.get(), 0) != 0) return ToUtf8(candidate.c_str()).release();
   }
+  // All numbers are taken. The path itself is documented, and a caller that writes there replaces
+  // it.
   return NewNarrowText(path);
 }
 

@@ -32,8 +32,10 @@ class LineSearch {
 
   // Whether the text ends with one of these bytes, which follow those of the last call.
   bool Finds(const char* bytes, size_t count) {
+    // An empty text is in every line, so a file with one byte has it and an empty file doesn't.
     if (text_.empty()) return count > 0;
     for (size_t i = 0; i < count; ++i) {
+      // No match goes across the end of a line.
       if (bytes[i] == '\n') {
         matched_ = 0;
         continue;
@@ -60,6 +62,8 @@ class LineSearch {
 }  // namespace
 
 int32_t TMVUtilityFileImpl::FileContainsText(const char* path, const char* text) {
+  // Denies nobody: a log that its writer holds open is searched all the same. Bytes are compared
+  // with bytes, in whatever encoding the file has.
   const Stream stream(_wfsopen(SystemPath(path).get(), TMV_WIDE("rt"), _SH_DENYNO));
   if (stream == nullptr) return -1;
   LineSearch search(text);

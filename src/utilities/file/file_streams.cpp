@@ -22,6 +22,7 @@ int64_t SeekToEnd(FILE* stream) {
 // Appends what is left of `stream` to `bytes`. False for an error, or if it gets longer than a
 // record can hold.
 bool ReadToEnd(FILE* stream, std::string& bytes) {
+  // Small blocks cost little: the caller has reserved the size, and the stream has its own buffer.
   char block[512];
   while (std::feof(stream) == 0) {
     bytes.append(block, std::fread(block, 1, sizeof(block), stream));
@@ -41,6 +42,7 @@ FILE* TMVUtilityFileImpl::OpenFile(const char* path, const char* mode) {
 
 int64_t TMVUtilityFileImpl::FileSize(const char* path) {
   const Stream stream(OpenFile(path, "rb"));
+  // The same as for an empty file; PathExists distinguishes the two.
   if (stream == nullptr) return 0;
   const int64_t size = SeekToEnd(stream.get());
   return size < 0 ? 0 : size;
@@ -65,6 +67,8 @@ bool TMVUtilityFileImpl::WriteWholeFile(const void* data, uint64_t size, const c
   if (stream == nullptr) return false;
   // Without a buffer the bytes go straight to the file, and a full disk shows in the count.
   std::setvbuf(stream.get(), nullptr, _IONBF, 0);
+  // One write takes 32 bits of size. A larger size writes its low part and returns false, since the
+  // count is compared with all of it: documented, odd as it looks.
   const size_t low = static_cast<uint32_t>(size);
   const size_t written = data == nullptr ? 0 : std::fwrite(data, 1, low, stream.get());
   return written == size;
@@ -74,6 +78,7 @@ bool TMVUtilityFileImpl::CreateFileOfSize(const char* path, uint64_t size) {
   const Stream stream(OpenFile(path, "wb"));
   if (stream == nullptr) return false;
   if (size > static_cast<uint64_t>(std::numeric_limits<int64_t>::max())) return false;
+  // The system fills what it adds with zeros.
   return _chsize_s(_fileno(stream.get()), static_cast<int64_t>(size)) == 0;
 }
 

@@ -33,8 +33,11 @@ bool ParseLocalTime(const TmvWideChar* text, SYSTEMTIME& time) {
     return false;
   }
   const int second = _wtoi(text);
+  // Documented as the start of the day in the text, not of the next one.
   if (hour == 24) hour = 0;
   if (!InRange(hour, 24) || !InRange(minute, 60) || !InRange(second, 60)) return false;
+  // The last year of the system's record is 30827; the casts below need numbers that aren't
+  // negative.
   if (!InRange(year, 30828) || !InRange(month, 13) || !InRange(day, 32)) return false;
   const std::chrono::year_month_day date(std::chrono::year(year),
                                          std::chrono::month(static_cast<unsigned>(month)),
@@ -55,6 +58,8 @@ bool ParseLocalTime(const TmvWideChar* text, SYSTEMTIME& time) {
 bool TMVUtilityFileImpl::SetFileTimestamp(const char* path, const char* time) {
   SYSTEMTIME local;
   if (!ParseLocalTime(ToWide(time).get(), local)) return false;
+  // No sharing, so that a file that somebody holds open is refused: a writer would set another time
+  // right after. Without backup semantics the system refuses folders too.
   const FileHandle file(CreateFileW(SystemPath(path).get(), GENERIC_READ | GENERIC_WRITE, 0,
                                     nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file.IsOpen()) return false;

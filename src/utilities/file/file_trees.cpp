@@ -46,6 +46,7 @@ class SizeWalk {
 
   void List(const Folder& folder) {
     const WideString prefix = folder.path + TMV_WIDE('\\');
+    // A folder that can't be listed counts as empty: the operation has no result for a failure.
     const FindHandle find(InSystemForm(prefix + TMV_WIDE('*')).get(), &data_);
     if (!find.IsOpen()) return;
     do {
@@ -105,6 +106,7 @@ bool TMVUtilityFileImpl::DeleteDirectoryTree(const char* path) {
   if (path == nullptr) return false;
   WideText wide = ToWide(path);
   size_t length = WideView(wide.get()).size();
+  // One backslash only, as documented: a second one or a slash is left to the shell.
   if (length > 0 && wide.get()[length - 1] == TMV_WIDE('\\')) wide.get()[--length] = TMV_WIDE('\0');
   // What is left of "" and of "C:\" would be the current directory to the shell.
   if (length == 0 || wide.get()[length - 1] == TMV_WIDE(':')) return false;
@@ -115,6 +117,7 @@ bool TMVUtilityFileImpl::DeleteDirectoryTree(const char* path) {
 }
 
 bool TMVUtilityFileImpl::CopyDirectoryTree(const char* source, const char* destination) {
+  // Trailing separators stay here: what they mean for a destination is the shell's decision.
   const ShellPath from(source);
   const ShellPath to(destination);
   return from.fits() && to.fits() &&
@@ -123,6 +126,7 @@ bool TMVUtilityFileImpl::CopyDirectoryTree(const char* source, const char* desti
 }
 
 bool TMVUtilityFileImpl::CreateDirectoryPath(const char* path) {
+  // A folder that is there already counts as a failure, as it does for the shell.
   return MakeFolders(ToWide(path)) == 0;
 }
 
@@ -130,6 +134,7 @@ uint64_t TMVUtilityFileImpl::DirectorySize(const char* path, uint64_t total) {
   const WideText wide = ToWide(path);
   // An empty path would list the root of the disk.
   if (*wide == TMV_WIDE('\0')) return total;
+  // The start value lets a host sum several trees.
   SizeWalk walk(wide.get());
   return total + walk.Run();
 }

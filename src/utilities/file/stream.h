@@ -7,6 +7,7 @@
 
 namespace temvar {
 
+// The result of fclose is lost, so a writer must not leave bytes in the buffer for it.
 struct CloseStream {
   void operator()(FILE* stream) const noexcept { std::fclose(stream); }
 };

@@ -16,6 +16,7 @@ bool TMVUtilityFileImpl::CopyFileTo(const char* source, const char* destination)
 }
 
 bool TMVUtilityFileImpl::MoveFileTo(const char* source, const char* destination) {
+  // Never onto an existing file, unlike CopyFileTo, which replaces one.
   return MoveFileW(SystemPath(source).get(), SystemPath(destination).get()) != FALSE;
 }
 
@@ -24,6 +25,7 @@ bool TMVUtilityFileImpl::RemoveFile(const char* path) {
 }
 
 char* TMVUtilityFileImpl::FormatSize(uint64_t bytes) {
+  // A power of two, so that no step rounds.
   constexpr double kStep = 0.0009765625;  // 1/1024
   constexpr const char* kLargerUnits[] = {"KB", "MB", "GB"};
   double value = static_cast<double>(bytes);
@@ -42,9 +44,12 @@ bool TMVUtilityFileImpl::PathExists(const char* path) {
 
 bool TMVUtilityFileImpl::GetFreeDiskSpace(uint64_t* result, const char* path) {
   const WideText wide = ToWide(path);
+  // The first backslash and no slash: `C:\` of a path with a drive, `\` of a server's share,
+  // which the system then takes for the current drive.
   TmvWideChar* end = wide.get();
   while (*end != TMV_WIDE('\0') && *end != TMV_WIDE('\\')) ++end;
   if (*end == TMV_WIDE('\0')) return false;
+  // Inside the block: the wide text ends in two terminators.
   end[1] = TMV_WIDE('\0');
   ULARGE_INTEGER free_to_caller;
   if (!GetDiskFreeSpaceExW(wide.get(), &free_to_caller, nullptr, nullptr)) return false;

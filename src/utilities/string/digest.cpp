@@ -15,6 +15,8 @@ namespace temvar {
 namespace {
 
 constexpr DWORD kReadSize = 1024;
+
+// Larger than the digests that they hold (16 and 20 bytes): the system checks the room itself.
 constexpr DWORD kMd5BufferSize = 32;
 constexpr DWORD kSha1BufferSize = 64;
 
@@ -88,6 +90,8 @@ std::string Md5Text(const char* path) {
   // What printf makes of a null text is left open by the language.
   const char* const shown_path = path == nullptr ? "(null)" : path;
   const WideText wide_path = ToWide(path);
+  // Readers are welcome, writers are not: a digest of a file that changes belongs to no version of
+  // it.
   const FileHandle file(CreateFileW(wide_path.get(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                     OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
   if (!file.IsOpen()) {
@@ -144,6 +148,7 @@ char* Sha1Failed(const char* what) {
 char* TMVUtilityStringImpl::Md5OfFile(const char* path) { return NewNarrowText(Md5Text(path)); }
 
 char* TMVUtilityStringImpl::Sha1OfString(const char* text) {
+  // Null for a failure, where Md5OfFile returns an empty text: hosts test each as it is documented.
   if (text == nullptr) return nullptr;
   CryptContext context;
   if (!context.Acquire()) return Sha1Failed("CryptAcquireContext failed, ");
@@ -166,6 +171,7 @@ char* TMVUtilityStringImpl::Sha1OfString(const char* text) {
   }
   std::string hex;
   for (DWORD i = 0; i < hash_size; ++i) AppendHex(hex, digest[i]);
+  // The block's zeros are the terminator.
   char* const result = NewBlock<char>(size_t{hash_size} * 2 + 2);
   hex.copy(result, hex.size());
   return result;

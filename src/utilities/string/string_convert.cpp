@@ -11,7 +11,10 @@ TmvWideChar* TMVUtilityStringImpl::Utf8ToWide(const char* text) {
   if (text == nullptr) return NewBlock<TmvWideChar>(1);
   // Counts the terminator; 0 for ill-formed text, which leaves the zeroed block as it is.
   const int size = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text, -1, nullptr, 0);
+  // Two units more than the text: the shell's functions take this very block as a list, whose end
+  // is two terminators in a row. The empty result has both, too.
   TmvWideChar* const wide = NewBlock<TmvWideChar>(static_cast<size_t>(size) + 2);
+  // With a capacity of 0, after ill-formed text, this call only measures and writes nothing.
   MultiByteToWideChar(CP_UTF8, 0, text, -1, wide, size);
   return wide;
 }
@@ -28,6 +31,7 @@ char* TMVUtilityStringImpl::WideToAnsi(const TmvWideChar* text) {
   return ansi;
 }
 
+// Unlike WideToAnsi it converts the terminator with the text, and so takes the system's -1.
 char* TMVUtilityStringImpl::WideToUtf8(const TmvWideChar* text) {
   if (text == nullptr) return NewBlock<char>(1);
   const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);

@@ -32,10 +32,12 @@ char* TMVUtilityStringImpl::FormatString(const char* format, ...) {
   Arguments measured;
   Arguments written;
   va_start(measured.list, format);
+  // Each pass uses its list up, so the second gets a copy made before the first.
   va_copy(written.list, measured.list);
   const int length = _vscprintf(format, measured.list);
   if (length < 0) return NewBlock<char>(1);
   char* const text = NewFormatBlock<char>(length);
+  // With room for the terminator, which the Windows runtime leaves out of a text that just fits.
   _vsnprintf(text, static_cast<size_t>(length) + 1, format, written.list);
   return text;
 }

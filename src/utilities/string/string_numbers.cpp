@@ -16,6 +16,8 @@ int32_t ParseInt32(const char* text) {
 }
 
 int32_t TMVUtilityStringImpl::CompareVersion(const char* left, const char* right) {
+  // Numbers are compared, and then how many there are: "1.2" is smaller than "1.2.0", and a part
+  // without digits counts as 0.
   // A loop over the numbers and not a recursion: a text of nothing but dots must not cost stack.
   while (left != nullptr && right != nullptr) {
     const int32_t left_number = ParseInt32(left);
@@ -33,6 +35,8 @@ int32_t TMVUtilityStringImpl::CompareVersion(const char* left, const char* right
 
 namespace {
 
+// No byte is refused: bit 0x40 sets letters of both cases apart from digits, and any other byte
+// reads as whatever its low bits make of it. Documented: the caller vouches for its text.
 uint32_t HexDigit(unsigned char byte) { return (byte & 15u) + ((byte & 0x40u) != 0 ? 9u : 0u); }
 
 // Cuts to an integer. A value beyond its range, or no number, returns the nearest there is, where
@@ -46,6 +50,7 @@ uint64_t TruncateToUInt64(double value) {
 }  // namespace
 
 uint64_t TMVUtilityStringImpl::HexToUInt64(const char* text, uint64_t length) {
+  // In double precision, as documented: exact up to 2^53, beyond that low bits are lost.
   uint64_t total = 0;
   for (uint64_t i = 0; i < length; ++i) {
     const uint32_t digit = HexDigit(static_cast<unsigned char>(text[i]));

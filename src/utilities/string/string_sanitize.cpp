@@ -6,7 +6,9 @@ namespace temvar {
 
 namespace {
 
-// Reads bytes in order and overwrites what breaks the shape of UTF-8.
+// Reads bytes in order and overwrites what breaks the shape of UTF-8. Only the shape counts: overlong
+// forms, surrogates and values beyond U+10FFFF pass. The buffer keeps its size, so one character may
+// become several replacements.
 class Utf8Repair {
  public:
   Utf8Repair(uint8_t* buffer, uint8_t replacement) : at_(buffer), replacement_(replacement) {}
@@ -23,6 +25,7 @@ class Utf8Repair {
     } else if (byte >= 0xC0) {
       Expect(1);
     } else if (byte < 0x80) {
+      // Text and control codes end a sequence, too; NUL is replaced like any other control code.
       Expect(0);
       if (!IsText(byte)) *at_ = replacement_;
     } else if (pending_ == 0) {
@@ -62,6 +65,7 @@ bool TMVUtilityStringImpl::SanitizeUtf8(uint8_t* buffer, uint32_t size, uint8_t 
   if (buffer == nullptr) return false;
   Utf8Repair repair(buffer, replacement);
   for (uint32_t i = 0; i < size; ++i) repair.ReadByte();
+  // A sequence that the end of the buffer cuts off.
   repair.Abandon();
   return true;
 }

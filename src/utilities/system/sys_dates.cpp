@@ -27,6 +27,8 @@ constexpr size_t kDateTextLength = 19;
 // Room for a date text of any six numbers.
 constexpr size_t kMaxDateText = 80;
 
+// Copies of the runtime's record: the next call on the thread, a host's or the library's,
+// overwrites it.
 std::optional<std::tm> LocalTime(int64_t time) {
   const __time64_t value = time;
   const std::tm* const record = _localtime64(&value);
@@ -66,7 +68,8 @@ int Difference(int32_t left, int32_t right) {
 }
 
 // Reads the numbers of a plain date text at their places; nothing if the text is too short. The
-// rest of the record is 0, tm_isdst too.
+// separators are not looked at, so "2025/10/15_09.30.05" reads the same. The rest of the record is
+// 0, tm_isdst too.
 std::optional<std::tm> ParseDateText(const char* text) {
   if (text == nullptr || std::strlen(text) < kDateTextLength) return std::nullopt;
   std::tm time = {};
@@ -88,6 +91,8 @@ int64_t StartOfYear(int32_t year) {
   start.tm_mday = 1;
   const std::optional<std::tm> local = LocalTime(now);
   const std::optional<std::tm> utc = UtcTime(now);
+  // Of the hour fields alone, which is a known limit: wrong by a day while the dates differ, and by
+  // the minutes in zones that have some.
   if (local && utc) start.tm_hour = local->tm_hour - utc->tm_hour;
   return _mktime64(&start);
 }
@@ -96,6 +101,7 @@ int64_t StartOfYear(int32_t year) {
 
 // The format is the host's, which the compiler can't check here.
 void TMVUtilitySysImpl::FormatTime(int64_t time, char* buffer, size_t size, const char* format) {
+  // The start of 1970 and no failure: the operation has no result.
   if (time < 0 || time >= kFormatTimeLimit) time = 0;
   const std::optional<std::tm> local = LocalTime(time);
   if (!local) return;
@@ -116,6 +122,7 @@ char* TMVUtilitySysImpl::FormatSecondsSince(int64_t seconds, int32_t baseYear) {
   const int64_t most = std::numeric_limits<int64_t>::max() - std::max<int64_t>(base, 0);
   std::optional<std::tm> local;
   if (count <= most) local = LocalTime(base + count);
+  // A count beyond the calendar is read as nanoseconds.
   if (!local) local = LocalTime(base + count / kNanosecondsPerSecond);
   return NewPlainText(local);
 }
@@ -143,6 +150,8 @@ char* TMVUtilitySysImpl::UtcTextToLocalText(std::tm* out, const char* text) {
 char* TMVUtilitySysImpl::LocalTextToUtcText(std::tm* out, const char* text) {
   std::optional<std::tm> local = ParseDateText(text);
   if (!local) return NewEmptyText();
+  // tm_isdst is 0, so a text is read as standard time also in summer; the result is an hour off
+  // then.
   const int64_t time = _mktime64(&*local);
   const std::optional<std::tm> utc = time == -1 ? std::nullopt : UtcTime(time);
   if (!utc) return NewEmptyText();

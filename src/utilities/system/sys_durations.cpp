@@ -42,6 +42,7 @@ char* TMVUtilitySysImpl::FormatDuration(double seconds) {
   return text;
 }
 
+// The twin for whole seconds: signed and not rounded, so a negative count shows its signs.
 char* TMVUtilitySysImpl::FormatSeconds(int64_t seconds) {
   const int64_t hours = seconds / kSecondsPerHour;
   const int64_t minutes = seconds % kSecondsPerHour / kSecondsPerMinute;

@@ -30,6 +30,8 @@ class FolderPath {
   TmvWideChar units_[kCapacity] = {};
 };
 
+// A folder that the system doesn't know becomes the temporary one in each operation below, so that
+// a host gets a path in every case.
 bool GetFolder(int folder, FolderPath& path) {
   return SHGetFolderPathW(nullptr, folder, nullptr, 0, path.get()) == S_OK;
 }
@@ -52,6 +54,7 @@ char* TMVUtilitySysImpl::GetDocumentsPath() {
   return path.NewUtf8();
 }
 
+// The one path to which no backslash is added, since the system's ends in one.
 char* TMVUtilitySysImpl::GetTempDirectory() {
   FolderPath path;
   GetTempPathW(FolderPath::kCapacity, path.get());
@@ -61,6 +64,8 @@ char* TMVUtilitySysImpl::GetTempDirectory() {
 char* TMVUtilitySysImpl::GetDownloadsPath() {
   FolderPath path;
   if (!GetFolder(CSIDL_PROFILE | CSIDL_FLAG_CREATE, path)) return GetTempDirectory();
+  // The literal folder below the profile. One that the user has moved isn't followed: the function
+  // that knows of it came with Vista.
   path.Append(TMV_WIDE("\\Downloads"));
   if (_waccess(path.get(), 0) != 0 && !CreateDirectoryW(path.get(), nullptr)) {
     return GetTempDirectory();

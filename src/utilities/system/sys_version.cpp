@@ -10,8 +10,10 @@ struct Version {
   DWORD minor = 0;
 };
 
+// Without a manifest that names newer systems, a process gets at most 6.2 from 8.1 on.
 bool GetWindowsVersion(Version& version) {
   OSVERSIONINFOEXA info = {};
+  // The system takes the record by its size and refuses one that it doesn't know.
   static_assert(sizeof(info) == 156);
   info.dwOSVersionInfoSize = sizeof(info);
   if (!GetVersionExA(reinterpret_cast<OSVERSIONINFOA*>(&info))) return false;
@@ -21,6 +23,8 @@ bool GetWindowsVersion(Version& version) {
 
 }  // namespace
 
+// A system that can't say its version is taken for a new one in the first two tests, and for an old
+// one in the third. Documented, although it looks like a slip.
 bool TMVUtilitySysImpl::IsVistaOrLater() {
   Version version;
   return !GetWindowsVersion(version) || version.major > 5;
@@ -46,11 +50,13 @@ bool TMVUtilitySysImpl::Is64BitSystem() {
       reinterpret_cast<void (*)()>(GetProcAddress(GetModuleHandleA("kernel32"), "IsWow64Process"));
   const auto is_wow64_process = reinterpret_cast<IsWow64ProcessFunction>(found);
   if (is_wow64_process == nullptr) return false;
+  // The call's own success isn't looked at: the preset result is right for its failure.
   BOOL result = FALSE;
   is_wow64_process(GetCurrentProcess(), &result);
   return result != FALSE;
 }
 
+// Of the product, which is a 32-bit library. 64-bit builds answer the same, as documented.
 bool TMVUtilitySysImpl::Is64BitProcess() { return false; }
 
 }  // namespace temvar

@@ -27,10 +27,13 @@ char* TMVUtilitySysImpl::GetBuildYear() {
   return NewNarrowText(kBuildDate.substr(blank + 1));
 }
 
+// Nobody in the library calls it. It keeps its slot, since those after it must not move.
 bool TMVUtilitySysImpl::AlwaysTrue() { return true; }
 
 void TMVUtilitySysImpl::SleepMilliseconds(int32_t milliseconds) {
   using Clock = std::chrono::steady_clock;  // A user who sets the clock must not change the sleep.
+  // The end is fixed once, so that waking up early or late adds nothing. For 0 and negative values
+  // it isn't later than now, and nothing sleeps.
   const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);
   // Once is not enough: the runtime of mingw was seen (10.0) to wake up a fraction too early.
   for (auto now = Clock::now(); now < end; now = Clock::now()) {
