@@ -27,6 +27,7 @@ std::tm* ThreadRecord() {
 
 __time64_t MakeTime(std::tm* record, time_t (*make)(std::tm*)) {
   if (record == nullptr || record->tm_year < kFirstYear || record->tm_year > kLastYear) return -1;
+  // On failure the caller's record stays as it was, which the C functions don't promise.
   std::tm copy = *record;
   const __time64_t time = make(&copy);
   if (!IsInRange(time)) return -1;
@@ -58,6 +59,8 @@ BOOL Fail() {
 // How far local time is ahead of UTC at this moment.
 int64_t CurrentOffsetTicks() {
   const time_t now = std::time(nullptr);
+  // Of now and not of the time in question: Windows shifts every file time by the present offset,
+  // so a summer's file shows an hour off in winter.
   std::tm local;
   localtime_r(&now, &local);
   return int64_t{local.tm_gmtoff} * kTicksPerSecond;
@@ -66,6 +69,7 @@ int64_t CurrentOffsetTicks() {
 BOOL Shift(const FILETIME* from, int64_t ticks, FILETIME* to) {
   if (from == nullptr || to == nullptr || !IsValid(*from)) return Fail();
   int64_t shifted = 0;
+  // A time near either end of the range has no shifted form.
   if (__builtin_add_overflow(static_cast<int64_t>(ToTicks(*from)), ticks, &shifted) ||
       shifted < 0) {
     return Fail();
@@ -130,6 +134,7 @@ BOOL FileTimeToDosDateTime(const FILETIME* time, WORD* dos_date, WORD* dos_time)
 }
 
 BOOL DosDateTimeToFileTime(WORD dos_date, WORD dos_time, FILETIME* time) {
+  // Archives have dates that no calendar has, month 0 for one: SystemTimeToFileTime refuses them.
   SYSTEMTIME fields = {};
   fields.wYear = static_cast<WORD>(1980 + (dos_date >> 9));
   fields.wMonth = (dos_date >> 5) & 0x0F;
@@ -179,9 +184,12 @@ BOOL TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* zone, const SY
   record.tm_hour = local->wHour;
   record.tm_min = local->wMinute;
   record.tm_sec = local->wSecond;
+  // The zone's own rules decide, as the null zone of the call asks.
   record.tm_isdst = -1;
   const int64_t seconds = std::mktime(&record);
   FILETIME epoch_time;
+  // mktime's -1 is not looked at: it is a valid second of 1969, and fields that passed the check
+  // above have a time.
   const int64_t since_epoch = seconds - chrono::seconds{kFileTimeEpoch.time_since_epoch()}.count();
   if (since_epoch < 0) return Fail();
   epoch_time = FromTicks(static_cast<uint64_t>(since_epoch * kTicksPerSecond +

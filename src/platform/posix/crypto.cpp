@@ -41,6 +41,7 @@ Hash* FromHandle(HCRYPTHASH hash) { return reinterpret_cast<Hash*>(hash); }
 
 // Copies a result out by the rules for `data` and `*size`.
 BOOL Return(const void* value, DWORD value_size, BYTE* data, DWORD* size) {
+  // `*size` is set on every way, so that a caller with too little room learns what to bring.
   const DWORD room = *size;
   *size = value_size;
   if (data == nullptr) return TRUE;
@@ -73,6 +74,7 @@ BOOL CryptCreateHash(HCRYPTPROV context, ALG_ID algorithm, HCRYPTKEY key, DWORD 
   const EVP_MD* const method = Algorithm(algorithm);
   if (method == nullptr) return Fail(NTE_BAD_ALGID);
   auto created = std::make_unique<Hash>();
+  // Memory is the one failure that goes out as an exception and not as a code.
   if (created->context == nullptr) throw std::bad_alloc();
   // A system that is set to approved algorithms only refuses MD5 here.
   if (EVP_DigestInit_ex(created->context.get(), method, nullptr) != 1) return Fail(NTE_BAD_ALGID);
@@ -92,6 +94,7 @@ BOOL CryptHashData(HCRYPTHASH hash, const BYTE* data, DWORD size, DWORD flags) {
     return Fail(ERROR_INVALID_PARAMETER);
   }
   Hash& target = *FromHandle(hash);
+  // The digest was read: from then on its input is closed, as on Windows.
   if (target.finished) return Fail(NTE_BAD_HASH_STATE);
   return EVP_DigestUpdate(target.context.get(), data, size) == 1 ? TRUE : Fail(NTE_FAIL);
 }
@@ -110,6 +113,7 @@ BOOL CryptGetHashParam(HCRYPTHASH hash, DWORD parameter, BYTE* data, DWORD* size
 
 HRESULT CoCreateGuid(GUID* guid) {
   uuid_t bytes;
+  // Random, as Windows makes them: one by time would carry the network card's address.
   uuid_generate_random(bytes);
   guid->Data1 = static_cast<uint32_t>(bytes[0]) << 24 | static_cast<uint32_t>(bytes[1]) << 16 |
                 static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];

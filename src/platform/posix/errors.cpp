@@ -12,6 +12,8 @@ void SetLastError(DWORD code) { last_error = code; }
 
 namespace temvar::posix {
 
+// ENOENT is a missing file here; SetLastErrorForPath looks whether its folder is missing instead.
+// EISDIR is refused access, which is how Windows answers to a folder in a file's place.
 DWORD ErrorFromErrno(int error) {
   switch (error) {
     case 0:

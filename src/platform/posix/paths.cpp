@@ -12,6 +12,8 @@
 
 namespace temvar {
 
+// No form is needed: the kernel's limit counts for a path as it is written, and NarrowPath checks
+// it.
 TmvWideChar* NewLongPath(const TmvWideChar* /*path*/) { return nullptr; }
 
 TmvWideChar* NewShellPath(const TmvWideChar* path) {
@@ -24,6 +26,7 @@ TmvWideChar* NewShellPath(const TmvWideChar* path) {
     form = std::filesystem::absolute(form, error).lexically_normal();
     if (error) return nullptr;
   }
+  // Two units more than the text, as the shell's lists want.
   const std::u16string text = form.u16string();
   auto* const block = static_cast<char16_t*>(std::calloc(text.size() + 2, sizeof(char16_t)));
   if (block == nullptr) throw std::bad_alloc();

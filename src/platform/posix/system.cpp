@@ -20,6 +20,8 @@ std::u16string ToWindowsPath(const std::string& path) {
   std::u16string wide(path.size() + 1, u'\0');
   const int size =
       MultiByteToWideChar(CP_UTF8, 0, path.c_str(), -1, wide.data(), static_cast<int>(wide.size()));
+  // No more units than bytes, so the first room was enough. Without strictness a name that is no
+  // UTF-8 still gets a path, if not one that opens.
   wide.resize(size > 0 ? static_cast<size_t>(size) - 1 : 0);
   for (char16_t& unit : wide) {
     if (unit == u'/') unit = u'\\';
@@ -51,6 +53,7 @@ std::string ModulePath(HMODULE module) {
     const bool is_executable = name.empty();
     void* const handle = dlopen(is_executable ? nullptr : name.c_str(), RTLD_LAZY | RTLD_NOLOAD);
     if (handle == nullptr) continue;
+    // RTLD_NOLOAD counted a reference up, which must not keep the object loaded.
     dlclose(handle);
     if (handle != module) continue;
     if (is_executable) return ExecutablePath();
@@ -75,6 +78,8 @@ DWORD GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD capacity) {
   return capacity;
 }
 
+// Neither finds anything: the library looks up functions that some versions of Windows lack, and
+// has a way without each.
 HMODULE GetModuleHandleA(LPCSTR) {
   SetLastError(ERROR_MOD_NOT_FOUND);
   return nullptr;
@@ -90,6 +95,8 @@ DWORD GetTempPathW(DWORD capacity, LPWSTR path) {
   std::u16string name = ToWindowsPath(folder != nullptr && *folder != '\0' ? folder : "/tmp");
   if (name.empty()) return 0;
   if (name.back() != u'\\') name += u'\\';
+  // The room needed, terminator included, where success returns the length without it: as on
+  // Windows.
   if (capacity <= name.size()) return static_cast<DWORD>(name.size() + 1);
   name.copy(path, name.size());
   path[name.size()] = 0;
@@ -104,6 +111,7 @@ BOOL GetVersionExA(OSVERSIONINFOA* version) {
   }
   constexpr DWORD kPlatformNt = 2;
   std::memset(reinterpret_cast<char*>(version) + sizeof(DWORD), 0, size - sizeof(DWORD));
+  // Windows 8, which newer systems report to programs that declare no compatibility.
   version->dwMajorVersion = 6;
   version->dwMinorVersion = 2;
   version->dwBuildNumber = 9200;

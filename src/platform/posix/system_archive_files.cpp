@@ -13,6 +13,8 @@ struct ArchiveFile {
   DWORD error;  // Of the last failed call; 0 as long as none failed.
 };
 
+// The archive library asks for the error of a file after any number of calls, so the last failure
+// is kept. A read at the end is none.
 void Keep(ArchiveFile* file, DWORD error) {
   file->error = error == ERROR_HANDLE_EOF ? ERROR_SUCCESS : error;
 }
@@ -32,6 +34,7 @@ voidpf Open(voidpf, const void* path, int mode) noexcept {
     access = GENERIC_READ | GENERIC_WRITE;
     disposition = CREATE_ALWAYS;
   }
+  // A mode that is none of the three.
   if (path == nullptr || access == 0) return nullptr;
   const HANDLE handle = CreateFileW(static_cast<const TmvWideChar*>(path), access, share, nullptr,
                                     disposition, 0, nullptr);
@@ -64,6 +67,7 @@ bool Move(ArchiveFile* file, ZPOS64_T offset, DWORD method, ZPOS64_T* position) 
   auto high = static_cast<LONG>(static_cast<DWORD>(offset >> 32));
   const auto low = static_cast<LONG>(static_cast<DWORD>(offset));
   const DWORD moved = SetFilePointer(file->handle, low, &high, method);
+  // The value is also a valid low half of a position: only the error code decides.
   if (moved == INVALID_SET_FILE_POINTER && GetLastError() != ERROR_SUCCESS) {
     Keep(file, GetLastError());
     return false;

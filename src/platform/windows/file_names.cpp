@@ -50,6 +50,8 @@ NameKind KindOfName(std::string_view name) {
   return hasStream || IsDevice(name) ? NameKind::kReserved : NameKind::kOrdinary;
 }
 
+// Also "C:name", which is relative to the drive's own current folder: no name for an archive's
+// entry.
 bool HasDrive(std::string_view path) {
   if (path.size() < 2 || path[1] != ':') return false;
   const char letter = static_cast<char>(path[0] | 0x20);

@@ -38,6 +38,7 @@ std::wstring FullPath(const wchar_t* path) {
 }
 
 wchar_t* NewBlock(const std::wstring& text) {
+  // Two terminators, which end a list of one path for the shell.
   auto* const block = static_cast<wchar_t*>(std::calloc(text.size() + 2, sizeof(wchar_t)));
   if (block == nullptr) throw std::bad_alloc();
   text.copy(block, text.size());
@@ -50,10 +51,12 @@ TmvWideChar* NewLongPath(const TmvWideChar* path) {
   if (*path == L'\0') return nullptr;
   const size_t length = std::wcslen(path);
   if (length > kLongLimit) return NewBlock({});
+  // The common case costs no look-up and no block.
   if (IsAbsolute(path) && length < kShortLimit) return nullptr;
   const std::wstring full = FullPath(path);
   if (full.size() > kLongLimit) return NewBlock({});
   if (full.size() < kShortLimit) return nullptr;
+  // Has its prefix already, or names a device.
   if (full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\")) return nullptr;
   if (full.starts_with(L"\\\\")) return NewBlock(L"\\\\?\\UNC" + full.substr(1));
   return NewBlock(L"\\\\?\\" + full);

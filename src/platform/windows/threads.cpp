@@ -8,6 +8,7 @@ namespace temvar {
 void SetCurrentThreadName(const char* name) {
   using SetDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
   const FARPROC address = GetProcAddress(GetModuleHandleW(L"kernel32"), "SetThreadDescription");
+  // A name serves debuggers only: without the function the thread stays nameless.
   if (address == nullptr) return;
   wchar_t wide[16] = {};
   for (int i = 0; i < 15 && name[i] != '\0'; ++i) wide[i] = static_cast<wchar_t>(name[i]);

@@ -18,6 +18,7 @@ ComponentKind KindOf(const wchar_t* path) {
   // else.
   WIN32_FIND_DATAW data;
   const HANDLE find = FindFirstFileW(path, &data);
+  // In doubt a link: callers refuse to go through one.
   if (find == INVALID_HANDLE_VALUE) return ComponentKind::kLink;
   FindClose(find);
   return IsReparseTagNameSurrogate(data.dwReserved0) ? ComponentKind::kLink : kind;

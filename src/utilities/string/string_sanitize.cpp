@@ -6,9 +6,9 @@ namespace temvar {
 
 namespace {
 
-// Reads bytes in order and overwrites what breaks the shape of UTF-8. Only the shape counts: overlong
-// forms, surrogates and values beyond U+10FFFF pass. The buffer keeps its size, so one character may
-// become several replacements.
+// Reads bytes in order and overwrites what breaks the shape of UTF-8. Only the shape counts:
+// overlong forms, surrogates and values beyond U+10FFFF pass. The buffer keeps its size, so one
+// character may become several replacements.
 class Utf8Repair {
  public:
   Utf8Repair(uint8_t* buffer, uint8_t replacement) : at_(buffer), replacement_(replacement) {}

@@ -49,6 +49,7 @@ bool PumpBytes(int from, int to) {
 }
 
 bool CopyBytes(int from, int to) {
+  // Below the most that one call copies, which is 2 GiB less a page.
   constexpr size_t kChunk = size_t{1} << 30;
   ssize_t count;
   do {
@@ -61,6 +62,7 @@ bool CopyBytes(int from, int to) {
 
 // Copies contents, permissions and last-write time; errno on failure.
 bool CopyOpenFiles(int from, const struct stat& info, int to) {
+  // EINVAL: a pipe or a device, which has no length to cut.
   if (ftruncate(to, 0) != 0 && errno != EINVAL) return false;
   if (!CopyBytes(from, to)) return false;
   const timespec times[] = {{0, UTIME_OMIT}, info.st_mtim};

@@ -50,6 +50,7 @@ bool PrepareFile(int descriptor, int flags, Sharing sharing) {
     errno = EISDIR;
     return false;
   }
+  // Pipes and devices are opened without waiting, and read and written with it.
   if (!S_ISREG(info.st_mode)) return fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0;
   // The mark comes first, so that whoever sees the lock sees the mark.
   SetMark(descriptor, flags);
@@ -58,6 +59,7 @@ bool PrepareFile(int descriptor, int flags, Sharing sharing) {
     errno = EWOULDBLOCK;
     return false;
   }
+  // Emptied only now: a file that is refused must keep its contents.
   return (flags & O_TRUNC) == 0 || ftruncate(descriptor, 0) == 0;
 }
 

@@ -98,6 +98,7 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, DWORD* read, void* /*overl
   DWORD done = 0;
   while (done < size) {
     const ssize_t count = ::read(descriptor, static_cast<char*>(buffer) + done, size - done);
+    // The end of the file is a success with fewer bytes, as on Windows.
     if (count == 0) break;
     if (count < 0) {
       if (errno == EINTR) continue;
@@ -146,6 +147,7 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* high, DWORD method) {
     return INVALID_SET_FILE_POINTER;
   }
   if (high != nullptr) *high = static_cast<LONG>(position >> 32);
+  // The low half may equal the value for failure: callers then ask for the error code.
   SetLastError(ERROR_SUCCESS);
   return static_cast<DWORD>(position);
 }
@@ -156,6 +158,7 @@ BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* access, FILETIME* wr
     SetLastErrorFromErrno();
     return FALSE;
   }
+  // File systems of Linux have no creation time that can be set, so the last-write time serves.
   if (creation != nullptr) *creation = temvar::posix::FileTimeOf(info.st_mtim);
   if (access != nullptr) *access = temvar::posix::FileTimeOf(info.st_atim);
   if (write != nullptr) *write = temvar::posix::FileTimeOf(info.st_mtim);

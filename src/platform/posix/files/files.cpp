@@ -47,6 +47,7 @@ void SetLastErrorForCopy(Copied copied, const NarrowPath& source, const NarrowPa
 // The second way of MoveFileW: to another file system.
 BOOL MoveByCopy(const NarrowPath& source, const NarrowPath& destination) {
   struct stat info;
+  // Folders don't move to another drive on Windows either.
   if (lstat(source.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) {
     SetLastError(ERROR_NOT_SAME_DEVICE);
     return FALSE;
@@ -59,6 +60,7 @@ BOOL MoveByCopy(const NarrowPath& source, const NarrowPath& destination) {
     return FALSE;
   }
   if (unlink(source.c_str()) == 0) return TRUE;
+  // A move that leaves the source is none, so the copy goes. The error code is the source's.
   SetLastErrorFromErrno();
   unlink(destination.c_str());
   return FALSE;
@@ -123,6 +125,7 @@ BOOL GetDiskFreeSpaceExW(LPCWSTR directory, ULARGE_INTEGER* free_to_caller,
     SetLastError(ERROR_DIRECTORY);
     return FALSE;
   }
+  // f_bavail and not f_bfree: without what is reserved for root, like a quota on Windows.
   free_to_caller->QuadPart = space.f_bavail * ULONGLONG{space.f_frsize};
   return TRUE;
 }

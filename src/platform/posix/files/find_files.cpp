@@ -39,6 +39,7 @@ bool SameFile(const struct stat& a, const struct stat& b) {
 
 void FillData(const char* name, const struct stat& info, bool link, WIN32_FIND_DATAW* data) {
   const bool directory = S_ISDIR(info.st_mode);
+  // A folder's size on disk is not that of any content.
   const uint64_t size = S_ISREG(info.st_mode) ? static_cast<uint64_t>(info.st_size) : 0;
   data->dwFileAttributes = directory ? FILE_ATTRIBUTE_DIRECTORY : 0;
   const bool isFile = S_ISREG(info.st_mode) || S_ISLNK(info.st_mode);
@@ -62,6 +63,7 @@ bool Describe(int directory, const char* path, const char* name, WIN32_FIND_DATA
     return true;
   }
   struct stat target;
+  // A link has its target's kind and size, and a broken one its own: walks follow links to folders.
   const bool leads_somewhere = fstatat(directory, path, &target, 0) == 0;
   FillData(name, leads_somewhere ? target : info, true, data);
   return true;
@@ -124,6 +126,7 @@ HANDLE ListDirectory(const NarrowPath& pattern, WIN32_FIND_DATAW* data) {
   }
   const int descriptor = OpenDirectory(path);
   if (descriptor < 0) return INVALID_HANDLE_VALUE;
+  // From here on the descriptor belongs to the directory, unless this fails.
   find->directory = fdopendir(descriptor);
   if (find->directory == nullptr) {
     SetLastErrorFromErrno();
@@ -159,6 +162,7 @@ HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data) {
 BOOL FindNextFileW(HANDLE find, WIN32_FIND_DATAW* data) {
   DIR* const directory = static_cast<Find*>(find)->directory;
   for (;;) {
+    // readdir returns null for the end and for failures; only errno distinguishes them.
     errno = 0;
     const dirent* entry = directory == nullptr ? nullptr : readdir(directory);
     if (entry == nullptr) {

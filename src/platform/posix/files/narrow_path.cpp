@@ -2,15 +2,15 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 #include "platform/posix/errors.h"
+#include "platform/posix/text/text_conversion.h"
 
 namespace temvar::posix {
 namespace {
 
-constexpr char32_t kInvalid = 0xFFFFFFFF;
 constexpr char32_t kReplacement = 0xFFFD;
 
 bool HasDriveLetter(LPCWSTR wide) {
@@ -18,44 +18,24 @@ bool HasDriveLetter(LPCWSTR wide) {
   return letter >= u'a' && letter <= u'z' && wide[1] == u':';
 }
 
-// The code point at `wide`, which moves past it; kInvalid for half a surrogate pair.
-char32_t NextCodePoint(LPCWSTR& wide) {
-  const char32_t first = *wide++;
-  if (first < 0xD800 || first > 0xDFFF) return first;
-  const char32_t second = *wide;
-  if (first > 0xDBFF || second < 0xDC00 || second > 0xDFFF) return kInvalid;
-  ++wide;
-  return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
+bool IsHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
+bool IsLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
+
+// Whether a surrogate of the text lacks its other half.
+bool HasHalfPair(LPCWSTR wide) {
+  for (; *wide != u'\0'; ++wide) {
+    if (IsHighSurrogate(*wide) && IsLowSurrogate(wide[1])) {
+      ++wide;
+    } else if (IsHighSurrogate(*wide) || IsLowSurrogate(*wide)) {
+      return true;
+    }
+  }
+  return false;
 }
 
-// Writes `point` as UTF-8 to `bytes`, which has room for 4, and returns their number.
-size_t EncodeUtf8(char32_t point, char* bytes) {
-  const auto continuation = [point](unsigned shift) {
-    return static_cast<char>(0x80 | ((point >> shift) & 0x3F));
-  };
-  if (point < 0x80) {
-    bytes[0] = static_cast<char>(point);
-    return 1;
-  }
-  if (point < 0x800) {
-    bytes[0] = static_cast<char>(0xC0 | (point >> 6));
-    bytes[1] = continuation(0);
-    return 2;
-  }
-  if (point < 0x10000) {
-    bytes[0] = static_cast<char>(0xE0 | (point >> 12));
-    bytes[1] = continuation(6);
-    bytes[2] = continuation(0);
-    return 3;
-  }
-  bytes[0] = static_cast<char>(0xF0 | (point >> 18));
-  bytes[1] = continuation(12);
-  bytes[2] = continuation(6);
-  bytes[3] = continuation(0);
-  return 4;
-}
-
-// The code point at `bytes`, which moves past it; of malformed text one byte goes as U+FFFD.
+// The code point at `bytes`, which moves past it; of malformed text one byte goes as U+FFFD. Not
+// MultiByteToWideChar, which replaces several bytes at once and refuses a name that is too long for
+// the target, where this one is cut.
 char32_t DecodeUtf8(const unsigned char*& bytes) {
   const unsigned char lead = *bytes++;
   if (lead < 0x80) return lead;
@@ -90,24 +70,22 @@ bool NarrowPath::Convert(LPCWSTR wide) {
     SetLastError(ERROR_PATH_NOT_FOUND);
     return false;
   }
-  while (*wide != u'\0') {
-    const char32_t point = NextCodePoint(wide);
-    char encoded[4];
-    if (point == kInvalid) {
-      errno = EILSEQ;
-      SetLastError(ERROR_INVALID_NAME);
-      return false;
-    }
-    const size_t count = EncodeUtf8(point == U'\\' ? U'/' : point, encoded);
-    if (length_ + count >= sizeof(bytes_)) {
-      errno = ENAMETOOLONG;
-      SetLastError(ERROR_FILENAME_EXCED_RANGE);
-      return false;
-    }
-    std::memcpy(bytes_ + length_, encoded, count);
-    length_ += count;
+  // The conversion would replace it, and so name another file.
+  if (HasHalfPair(wide)) {
+    errno = EILSEQ;
+    SetLastError(ERROR_INVALID_NAME);
+    return false;
   }
-  bytes_[length_] = '\0';
+  const int size =
+      WideCharToMultiByte(CP_UTF8, 0, wide, -1, bytes_, sizeof(bytes_), nullptr, nullptr);
+  if (size == 0) {
+    bytes_[0] = '\0';
+    errno = ENAMETOOLONG;
+    SetLastError(ERROR_FILENAME_EXCED_RANGE);
+    return false;
+  }
+  length_ = static_cast<size_t>(size) - 1;
+  std::replace(bytes_, bytes_ + length_, '\\', '/');
   return true;
 }
 

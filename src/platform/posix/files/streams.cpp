@@ -85,8 +85,10 @@ FILE* _wfsopen(LPCWSTR path, LPCWSTR mode, int /*share*/) { return _wfopen(path,
 
 int _waccess(LPCWSTR path, int mode) {
   const temvar::posix::NarrowPath narrow(path);
+  // -1 with errno 2 for an empty path: it names nothing, so callers see a missing file.
   if (!narrow.ok()) return -1;
   static_assert(R_OK == 4 && W_OK == 2 && F_OK == 0);
+  // Windows knows no right to execute; its bit in the mode is ignored.
   return access(narrow.c_str(), mode & (R_OK | W_OK));
 }
 

@@ -27,6 +27,7 @@ std::string Environment(const char* name) {
 std::string HomeFolder() {
   std::string home = Environment("HOME");
   if (!home.empty()) return home;
+  // Far more than glibc suggests (1,024 bytes); a longer record counts as unknown.
   std::vector<char> buffer(16384);
   passwd record;
   passwd* found = nullptr;
@@ -77,7 +78,9 @@ fs::path Folder(int folder) {
 // Writes `folder` to `path`, which has room for MAX_PATH units.
 bool WriteFolder(const fs::path& folder, LPWSTR path) {
   std::string text = folder.string();
+  // Callers append the separator themselves, and would have two.
   while (text.size() > 1 && text.back() == '/') text.pop_back();
+  // Strict: a folder whose name is no UTF-8 would come back as a path to nowhere.
   const int size = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.c_str(), -1, path,
                                        static_cast<int>(MAX_PATH));
   if (size == 0) {
@@ -98,6 +101,7 @@ HRESULT SHGetFolderPathW(HWND, int folder, HANDLE, DWORD, LPWSTR path) {
   const fs::path found = Folder(folder & ~CSIDL_FLAG_CREATE);
   std::error_code error;
   if ((folder & CSIDL_FLAG_CREATE) != 0) fs::create_directories(found, error);
+  // A folder that can't be made is missed here, so the result of making it needs no look.
   if (!fs::is_directory(found, error)) return E_FAIL;
   return WriteFolder(found, path) ? S_OK : E_FAIL;
 }

@@ -75,6 +75,7 @@ std::string Target(LPCWSTR file) {
   const pid_t child = fork();
   if (child > 0) _exit(0);
   if (child == 0) execve(program, arguments, environ);
+  // Only a failed fork or execve comes here: a start that works has closed the pipe.
   const int error = errno;
   const ssize_t written = write(report, &error, sizeof(error));
   _exit(written == sizeof(error) ? 0 : 1);
@@ -89,6 +90,7 @@ int StartDetached(std::string program, std::string argument) {
   const pid_t child = fork();
   if (child == 0) StartGrandchild(program.c_str(), arguments, report[1]);
   int error = child < 0 ? errno : 0;
+  // Before the read, which would else wait for this process's own end of the pipe.
   close(report[1]);
   if (child > 0) {
     ssize_t size = 0;
@@ -96,6 +98,7 @@ int StartDetached(std::string program, std::string argument) {
       size = read(report[0], &error, sizeof(error));
     } while (size < 0 && errno == EINTR);
     if (size != sizeof(error)) error = 0;
+    // The child ends at once; left unreaped it would stay a zombie as long as the host runs.
     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
     }
   }

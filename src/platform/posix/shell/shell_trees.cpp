@@ -63,6 +63,7 @@ const char* NextName(DIR* directory) {
 int DeleteUpToFolder(DIR* directory, std::string& folder) {
   folder.clear();
   while (const char* const name = NextName(directory)) {
+    // Another process may delete the same tree: a name that is gone is as good as deleted.
     if (unlinkat(dirfd(directory), name, 0) == 0 || errno == ENOENT) continue;
     if (errno != EISDIR) return errno;
     folder = name;
@@ -88,6 +89,7 @@ int DeleteFolder(const char* path) {
     if (error != 0) return error;
     struct stat info;
     if (!name.empty()) {
+      // Remembered before the way down, so that the way back up can be compared with it.
       if (fstat(dirfd(here.get()), &info) != 0) return errno;
       Directory inner = OpenFolder(dirfd(here.get()), name.c_str());
       if (inner == nullptr) return errno;
@@ -107,6 +109,7 @@ int DeleteFolder(const char* path) {
   return rmdir(path) == 0 ? 0 : errno;
 }
 
+// A link is deleted and never followed, also one to a folder.
 int DeleteTree(const char* path) {
   if (unlink(path) == 0) return 0;
   return errno == EISDIR ? DeleteFolder(path) : errno;
@@ -128,6 +131,7 @@ int MakeFolders(std::string path) {
   while (end != size) {
     path[end] = '/';
     end = std::min(path.find('\0', end), size);
+    // A parent that somebody made meanwhile is as good; the folder itself must be this call's.
     if (mkdir(path.c_str(), 0777) != 0 && (errno != EEXIST || end == size)) return errno;
   }
   return 0;
@@ -146,6 +150,7 @@ class TreeCopy {
       pending_.pop_back();
       error = CopyEntry(next.from, next.to);
     }
+    // Also after a failure, and inner folders first: a change inside sets the outer one's time.
     for (auto made = made_.rbegin(); made != made_.rend(); ++made) {
       const timespec times[] = {{0, UTIME_OMIT}, made->time};
       // The contents are what counts: some file systems know neither permissions nor times.
@@ -231,8 +236,10 @@ int CopyTree(const fs::path& from, fs::path to) {
   const fs::file_status status = fs::symlink_status(from, error);
   if (status.type() == fs::file_type::not_found) return ENOENT;
   const bool into = fs::is_directory(to, error);
+  // As the shell does: an existing destination receives the source under its own name.
   if (into) to /= from.filename();
   error.clear();
+  // A tree copied into itself would grow for ever.
   if (fs::is_directory(status) && LiesWithin(to, from, error)) return EACCES;
   if (error) return error.value();
   if (!into && to.has_parent_path()) {

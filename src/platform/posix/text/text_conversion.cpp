@@ -354,6 +354,7 @@ int _wtoi(const WCHAR* text) {
 namespace {
 
 constexpr size_t kMaxDrive = 3;
+// Terminators included: the caller's buffers have the sizes that the runtime's header names.
 constexpr size_t kMaxPart = 256;
 
 void CopyPart(WCHAR* target, size_t capacity, const WCHAR* from, const WCHAR* to) {

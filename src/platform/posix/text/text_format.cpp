@@ -103,6 +103,7 @@ class WideFormatter {
       if (!ReadCount(conversion.precision)) return false;
     }
     conversion.length = ReadLength();
+    // No type is beyond ASCII, and the cast below would make another one of it.
     if (*at_ == 0 || *at_ > 0x7F) return false;
     conversion.type = static_cast<char>(*at_++);
     return true;
@@ -125,6 +126,7 @@ class WideFormatter {
   }
 
   Length ReadLength() {
+    // The longer prefixes come first: "h" would match the start of "hh".
     if (Skip(u"hh")) return Length::kChar;
     if (Skip(u"h")) return Length::kShort;
     if (Skip(u"ll") || Skip(u"I64")) return Length::kLongLong;
@@ -197,6 +199,7 @@ class WideFormatter {
         return static_cast<short>(va_arg(arguments_, int));
       case Length::kLong:
         return va_arg(arguments_, long);
+      // As in glibc, "L" before an integer type is "ll".
       case Length::kLongLong:
       case Length::kLongDouble:
         return va_arg(arguments_, long long);
@@ -241,6 +244,7 @@ class WideFormatter {
     // The format is made of checked parts, which the compiler can't see.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    // Twice, since a width or precision of the host can be of any size.
     const int size =
         std::snprintf(nullptr, 0, format.c_str(), conversion.width, conversion.precision, number);
     if (size < 0) return false;
@@ -297,6 +301,8 @@ int _vscwprintf(const WCHAR* format, va_list arguments) {
 
 int _vsnwprintf(WCHAR* target, size_t capacity, const WCHAR* format, va_list arguments) {
   const int length = WideFormatter(Output(target, capacity), format, arguments).Run();
+  // The Windows runtime's results: -1 for a text that was cut, and no terminator for one that just
+  // fits.
   if (length < 0 || static_cast<size_t>(length) > capacity) return -1;
   if (static_cast<size_t>(length) < capacity) target[length] = 0;
   return length;
