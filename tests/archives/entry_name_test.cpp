@@ -69,11 +69,17 @@ TEST_P(EntryNameTest, ReservedNamesCostTheirEntryAlone) {
                                   "\n extracting: " + Full("last") + "\n");
     std::string place = name;
     std::replace(place.begin(), place.end(), '\\', '/');
+    // Windows drops dots from the end of a name.
+    if (kWindows && isTaken) place.erase(place.find_last_not_of('.') + 1);
     EXPECT_EQ(Tree("out").count(place), isTaken ? 1u : 0u);
     std::filesystem::remove_all(FilePath("out"));
   };
+  const char* const likeIt[] = {"..a",   "a..",    "a..b/c", ".hidden", "...a/...b",
+                                "NULL",  "CONS/1", "COM10",  "COM",     "LPTA",
+                                "x.NUL", "~/a",    "$a",     "%TEMP%",  " leading"};
   for (const char* name : nowhere) expect(name, false);
   for (const char* name : reserved) expect(name, !kWindows);
+  for (const char* name : likeIt) expect(name, true);
   if (!kWindows) {
     for (const char* name : {"a:b", "C:x", "...", ". ", "d/.. /x"}) expect(name, true);
   }
@@ -84,29 +90,13 @@ TEST_P(EntryNameTest, ReservedNamesCostTheirEntryAlone) {
 }
 
 TEST_P(EntryNameTest, NamesMayGoUpInsideTheDestination) {
-  PutArchive({{.name = "a/b/../c", .data = "1"}, {.name = "x/../y/", .data = ""}});
+  PutArchive({{.name = "a/b/../c"}, {.name = "x/../y/"}, {.name = "./a/./d"}, {.name = "a//e"}});
   const Extraction run = Extract();
   EXPECT_TRUE(run.result);
   EXPECT_EQ(run.output.out,
-            " extracting: " + Full("a/b/../c") + "\ncreating directory: " + Full("x/../y/") + "\n");
-  EXPECT_THAT(Tree("out"), UnorderedElementsAre("a/", "a/c", "y/"));
-}
-
-TEST_P(EntryNameTest, NamesThatOnlyLookLikeItAreUnpacked) {
-  const std::string names[] = {"..a",     "a..",       "a..b/c", "./a",    "a/./b",  "a//b",
-                               ".hidden", "...a/...b", "NULL",   "CONS/1", "COM10",  "COM",
-                               "LPTA",    "x.NUL",     "~/a",    "$a",     "%TEMP%", " leading"};
-  for (const std::string& name : names) {
-    SCOPED_TRACE(name);
-    PutArchive({{.name = name, .data = "data"}});
-    EXPECT_TRUE(Extract().result);
-    size_t files = 0;
-    for (const auto& item : std::filesystem::recursive_directory_iterator(FilePath("out"))) {
-      files += item.is_regular_file() ? 1 : 0;
-    }
-    EXPECT_EQ(files, 1u);
-    std::filesystem::remove_all(FilePath("out"));
-  }
+            " extracting: " + Full("a/b/../c") + "\ncreating directory: " + Full("x/../y/") +
+                "\n extracting: " + Full("./a/./d") + "\n extracting: " + Full("a//e") + "\n");
+  EXPECT_THAT(Tree("out"), UnorderedElementsAre("a/", "a/c", "a/d", "a/e", "y/"));
 }
 
 TEST_P(EntryNameTest, LinksInTheDestinationAreNotFollowed) {

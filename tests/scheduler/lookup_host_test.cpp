@@ -188,7 +188,7 @@ TEST(LookUp, GivesTheFirstMatchOfTheDocumentedWalk) {
   EXPECT_EQ(Schedular().GetEventCount(), 0u);
 }
 
-// Edits through the package's own interface and renames on one thread, look-ups on another, while
+// Edits through the package's own interface and renames on two threads, look-ups on another, while
 // the event runs: none is lost, and a sanitizer would see them meet.
 TEST(LookUp, MeetsEditsWhileTheEventRuns) {
   constexpr size_t kRounds = 300;
@@ -203,8 +203,15 @@ TEST(LookUp, MeetsEditsWhileTheEventRuns) {
   const Call edits([&] {
     for (size_t i = 0; i < kRounds; ++i) {
       const TaskPtr task = MakeTask("early", log.Note());
-      job.package->InsertTask(task.get(), job.package->GetCount());
+      job.package->AddTask(task.get());
       task->SetName(("added" + std::to_string(i)).c_str());
+    }
+  });
+  const Call inserts([&] {
+    for (size_t i = 0; i < kRounds; ++i) {
+      const uint32_t before = job.package->GetCount();
+      job.package->InsertTask(MakeTask("inserted", log.Note()).get(), before);
+      EXPECT_GT(job.package->GetCount(), before);
     }
   });
   for (size_t i = 0; i < kRounds; ++i) {
@@ -212,9 +219,10 @@ TEST(LookUp, MeetsEditsWhileTheEventRuns) {
     EXPECT_TRUE(event == nullptr || event.get() == job.event.get());
   }
   edits.WaitForReturn();
+  inserts.WaitForReturn();
   gate.Open();
   log.WaitFor("event");
-  EXPECT_EQ(log.Entries().size(), kRounds + 1);
+  EXPECT_EQ(log.Entries().size(), 2 * kRounds + 1);
 }
 
 }  // namespace

@@ -151,27 +151,4 @@ TEST(TaskEvent, ReleasesItsWholeTree) {
   EXPECT_EQ(LiveBodies(), 0);
 }
 
-TEST(TaskPackage, ChangesFromManyThreadsLoseNothing) {
-  constexpr int kThreads = 4;
-  constexpr int kEach = 500;
-  const PackagePtr package(CreateRkTaskPackage());
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&package, i] {
-      for (int n = 0; n < kEach; ++n) {
-        const TaskPtr task = MakeTask("t");
-        if (i % 2 == 0) {
-          package->AddTask(task.get());
-        } else {
-          package->InsertTask(task.get(), 0);
-        }
-        const TaskPtr last(package->GetLast());
-        EXPECT_STREQ(last->GetName(), "t");
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(package->GetCount(), static_cast<uint32_t>(kThreads * kEach));
-}
-
 }  // namespace
