@@ -24,7 +24,7 @@ bool IsRootPath(const TmvWideChar* path);
 // Whether the shell's functions take an absolute path of this length. Windows' take some 250
 // characters and know no way around that; Wine's (seen in 8.0) write beyond their buffers instead
 // of failing, so that they must never see a longer one.
-bool FitsShell(const TmvWideChar* absolute_path);
+bool FitsShell(const TmvWideChar* absolutePath);
 
 }  // namespace temvar
 

@@ -118,8 +118,8 @@ BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* utc) {
   return Shift(local, -CurrentOffsetTicks(), utc);
 }
 
-BOOL FileTimeToDosDateTime(const FILETIME* time, WORD* dos_date, WORD* dos_time) {
-  if (time == nullptr || dos_date == nullptr || dos_time == nullptr) return Fail();
+BOOL FileTimeToDosDateTime(const FILETIME* time, WORD* dosDate, WORD* dosTime) {
+  if (time == nullptr || dosDate == nullptr || dosTime == nullptr) return Fail();
   // Windows rounds up to the next even second, so that a file never seems older than it is.
   FILETIME rounded;
   SYSTEMTIME fields;
@@ -127,50 +127,49 @@ BOOL FileTimeToDosDateTime(const FILETIME* time, WORD* dos_date, WORD* dos_time)
       fields.wYear < 1980 || fields.wYear > 2107) {
     return Fail();
   }
-  *dos_date = static_cast<WORD>(((fields.wYear - 1980) << 9) | (fields.wMonth << 5) | fields.wDay);
-  *dos_time =
-      static_cast<WORD>((fields.wHour << 11) | (fields.wMinute << 5) | (fields.wSecond / 2));
+  *dosDate = static_cast<WORD>(((fields.wYear - 1980) << 9) | (fields.wMonth << 5) | fields.wDay);
+  *dosTime = static_cast<WORD>((fields.wHour << 11) | (fields.wMinute << 5) | (fields.wSecond / 2));
   return TRUE;
 }
 
-BOOL DosDateTimeToFileTime(WORD dos_date, WORD dos_time, FILETIME* time) {
+BOOL DosDateTimeToFileTime(WORD dosDate, WORD dosTime, FILETIME* time) {
   // Archives have dates that no calendar has, month 0 for one: SystemTimeToFileTime refuses them.
   SYSTEMTIME fields = {};
-  fields.wYear = static_cast<WORD>(1980 + (dos_date >> 9));
-  fields.wMonth = (dos_date >> 5) & 0x0F;
-  fields.wDay = dos_date & 0x1F;
-  fields.wHour = dos_time >> 11;
-  fields.wMinute = (dos_time >> 5) & 0x3F;
-  fields.wSecond = static_cast<WORD>((dos_time & 0x1F) * 2);
+  fields.wYear = static_cast<WORD>(1980 + (dosDate >> 9));
+  fields.wMonth = (dosDate >> 5) & 0x0F;
+  fields.wDay = dosDate & 0x1F;
+  fields.wHour = dosTime >> 11;
+  fields.wMinute = (dosTime >> 5) & 0x3F;
+  fields.wSecond = static_cast<WORD>((dosTime & 0x1F) * 2);
   return SystemTimeToFileTime(&fields, time);
 }
 
-BOOL SystemTimeToFileTime(const SYSTEMTIME* system_time, FILETIME* time) {
-  if (system_time == nullptr || time == nullptr || !IsValid(*system_time)) return Fail();
-  const chrono::sys_days date{chrono::year{system_time->wYear} / system_time->wMonth /
-                              system_time->wDay};
+BOOL SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* time) {
+  if (systemTime == nullptr || time == nullptr || !IsValid(*systemTime)) return Fail();
+  const chrono::sys_days date{chrono::year{systemTime->wYear} / systemTime->wMonth /
+                              systemTime->wDay};
   const int64_t days = (date - kFileTimeEpoch).count();
   const int64_t seconds =
-      (int64_t{system_time->wHour} * 60 + system_time->wMinute) * 60 + system_time->wSecond;
-  const int64_t milliseconds = seconds * 1000 + system_time->wMilliseconds;
+      (int64_t{systemTime->wHour} * 60 + systemTime->wMinute) * 60 + systemTime->wSecond;
+  const int64_t milliseconds = seconds * 1000 + systemTime->wMilliseconds;
   *time = FromTicks(static_cast<uint64_t>(days * kTicksPerDay + milliseconds * 10'000));
   return TRUE;
 }
 
-BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* system_time) {
-  if (time == nullptr || system_time == nullptr || !IsValid(*time)) return Fail();
+BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* systemTime) {
+  if (time == nullptr || systemTime == nullptr || !IsValid(*time)) return Fail();
   const auto ticks = static_cast<int64_t>(ToTicks(*time));
   const chrono::sys_days day = kFileTimeEpoch + chrono::days{ticks / kTicksPerDay};
   const chrono::year_month_day date{day};
   const int64_t milliseconds = ticks % kTicksPerDay / 10'000;
-  system_time->wYear = static_cast<WORD>(static_cast<int>(date.year()));
-  system_time->wMonth = static_cast<WORD>(static_cast<unsigned>(date.month()));
-  system_time->wDayOfWeek = static_cast<WORD>(chrono::weekday{day}.c_encoding());
-  system_time->wDay = static_cast<WORD>(static_cast<unsigned>(date.day()));
-  system_time->wHour = static_cast<WORD>(milliseconds / 3'600'000);
-  system_time->wMinute = static_cast<WORD>(milliseconds / 60'000 % 60);
-  system_time->wSecond = static_cast<WORD>(milliseconds / 1000 % 60);
-  system_time->wMilliseconds = static_cast<WORD>(milliseconds % 1000);
+  systemTime->wYear = static_cast<WORD>(static_cast<int>(date.year()));
+  systemTime->wMonth = static_cast<WORD>(static_cast<unsigned>(date.month()));
+  systemTime->wDayOfWeek = static_cast<WORD>(chrono::weekday{day}.c_encoding());
+  systemTime->wDay = static_cast<WORD>(static_cast<unsigned>(date.day()));
+  systemTime->wHour = static_cast<WORD>(milliseconds / 3'600'000);
+  systemTime->wMinute = static_cast<WORD>(milliseconds / 60'000 % 60);
+  systemTime->wSecond = static_cast<WORD>(milliseconds / 1000 % 60);
+  systemTime->wMilliseconds = static_cast<WORD>(milliseconds % 1000);
   return TRUE;
 }
 
@@ -187,12 +186,12 @@ BOOL TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* zone, const SY
   // The zone's own rules decide, as the null zone of the call asks.
   record.tm_isdst = -1;
   const int64_t seconds = std::mktime(&record);
-  FILETIME epoch_time;
+  FILETIME epochTime;
   // mktime's -1 is not looked at: it is a valid second of 1969, and fields that passed the check
   // above have a time.
-  const int64_t since_epoch = seconds - chrono::seconds{kFileTimeEpoch.time_since_epoch()}.count();
-  if (since_epoch < 0) return Fail();
-  epoch_time = FromTicks(static_cast<uint64_t>(since_epoch * kTicksPerSecond +
-                                               int64_t{local->wMilliseconds} * 10'000));
-  return FileTimeToSystemTime(&epoch_time, utc);
+  const int64_t sinceEpoch = seconds - chrono::seconds{kFileTimeEpoch.time_since_epoch()}.count();
+  if (sinceEpoch < 0) return Fail();
+  epochTime = FromTicks(
+      static_cast<uint64_t>(sinceEpoch * kTicksPerSecond + int64_t{local->wMilliseconds} * 10'000));
+  return FileTimeToSystemTime(&epochTime, utc);
 }

@@ -31,13 +31,13 @@ BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* utc);
 
 // Between file times and DOS dates, which know the years 1980 to 2107 and even seconds; an odd
 // second is rounded up. FALSE for times beyond that and for dates that no calendar has.
-BOOL FileTimeToDosDateTime(const FILETIME* time, WORD* dos_date, WORD* dos_time);
-BOOL DosDateTimeToFileTime(WORD dos_date, WORD dos_time, FILETIME* time);
+BOOL FileTimeToDosDateTime(const FILETIME* time, WORD* dosDate, WORD* dosTime);
+BOOL DosDateTimeToFileTime(WORD dosDate, WORD dosTime, FILETIME* time);
 
 // Between file times and calendar fields, both in UTC; wDayOfWeek is not read. The years are 1601
 // to 30827. FALSE for values that no calendar has.
-BOOL SystemTimeToFileTime(const SYSTEMTIME* system_time, FILETIME* time);
-BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* system_time);
+BOOL SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* time);
+BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* systemTime);
 
 // Local calendar fields to UTC, by the offset that holds at that time. `zone` must be null, which
 // means the current time zone.

@@ -40,13 +40,13 @@ const EVP_MD* Algorithm(ALG_ID algorithm) {
 Hash* FromHandle(HCRYPTHASH hash) { return reinterpret_cast<Hash*>(hash); }
 
 // Copies a result out by the rules for `data` and `*size`.
-BOOL Return(const void* value, DWORD value_size, BYTE* data, DWORD* size) {
+BOOL Return(const void* value, DWORD valueSize, BYTE* data, DWORD* size) {
   // `*size` is set on every way, so that a caller with too little room learns what to bring.
   const DWORD room = *size;
-  *size = value_size;
+  *size = valueSize;
   if (data == nullptr) return TRUE;
-  if (room < value_size) return Fail(ERROR_MORE_DATA);
-  std::memcpy(data, value, value_size);
+  if (room < valueSize) return Fail(ERROR_MORE_DATA);
+  std::memcpy(data, value, valueSize);
   return TRUE;
 }
 

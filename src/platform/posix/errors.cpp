@@ -3,12 +3,12 @@
 #include <cerrno>
 
 namespace {
-constinit thread_local DWORD last_error = ERROR_SUCCESS;
+constinit thread_local DWORD lastError = ERROR_SUCCESS;
 }  // namespace
 
-DWORD GetLastError() { return last_error; }
+DWORD GetLastError() { return lastError; }
 
-void SetLastError(DWORD code) { last_error = code; }
+void SetLastError(DWORD code) { lastError = code; }
 
 namespace temvar::posix {
 

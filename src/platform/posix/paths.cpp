@@ -45,6 +45,6 @@ bool IsRootPath(const TmvWideChar* path) {
          info.st_dev == root.st_dev && info.st_ino == root.st_ino;
 }
 
-bool FitsShell(const TmvWideChar* /*absolute_path*/) { return true; }
+bool FitsShell(const TmvWideChar* /*absolutePath*/) { return true; }
 
 }  // namespace temvar

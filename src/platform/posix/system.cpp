@@ -50,13 +50,13 @@ std::string ModulePath(HMODULE module) {
   std::vector<std::string> names;
   dl_iterate_phdr(CollectName, &names);
   for (const std::string& name : names) {
-    const bool is_executable = name.empty();
-    void* const handle = dlopen(is_executable ? nullptr : name.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    const bool isExecutable = name.empty();
+    void* const handle = dlopen(isExecutable ? nullptr : name.c_str(), RTLD_LAZY | RTLD_NOLOAD);
     if (handle == nullptr) continue;
     // RTLD_NOLOAD counted a reference up, which must not keep the object loaded.
     dlclose(handle);
     if (handle != module) continue;
-    if (is_executable) return ExecutablePath();
+    if (isExecutable) return ExecutablePath();
     // The name is as dlopen was given it, which may be relative.
     char path[PATH_MAX];
     return realpath(name.c_str(), path) != nullptr ? path : name;

@@ -78,8 +78,6 @@ bool IsRootPath(const TmvWideChar* path) {
   return PathIsRootW(text.data()) != FALSE;
 }
 
-bool FitsShell(const TmvWideChar* absolute_path) {
-  return std::wcslen(absolute_path) < kShortLimit;
-}
+bool FitsShell(const TmvWideChar* absolutePath) { return std::wcslen(absolutePath) < kShortLimit; }
 
 }  // namespace temvar

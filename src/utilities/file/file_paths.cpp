@@ -34,13 +34,13 @@ PathParts TMVUtilityFileImpl::SplitPath(const char* path) {
   // The later of the two separators cuts here. MakeUniquePath prefers the backslash, wherever it
   // is.
   const size_t separator = text.find_last_of(TMV_WIDE("/\\"));
-  const size_t name_start = separator == WideView::npos ? 0 : separator + 1;
+  const size_t nameStart = separator == WideView::npos ? 0 : separator + 1;
   const size_t dot = text.rfind(TMV_WIDE('.'));
-  const bool has_dot = dot != WideView::npos;
+  const bool hasDot = dot != WideView::npos;
   // All three are made before one is released, so that none leaks if memory runs out.
-  NarrowText directory = Utf8Of(text.substr(0, name_start));
-  NarrowText name = Utf8Of(has_dot ? Between(text, name_start, dot) : text.substr(name_start));
-  NarrowText extension = Utf8Of(has_dot ? text.substr(dot) : WideView());
+  NarrowText directory = Utf8Of(text.substr(0, nameStart));
+  NarrowText name = Utf8Of(hasDot ? Between(text, nameStart, dot) : text.substr(nameStart));
+  NarrowText extension = Utf8Of(hasDot ? text.substr(dot) : WideView());
   return {directory.release(), name.release(), extension.release()};
 }
 
@@ -83,9 +83,9 @@ char* TMVUtilityFileImpl::MakeUniquePath(const char* path) {
     const std::string digits = std::to_string(n);
     WideString candidate = before;
     candidate.append(digits.begin(), digits.end()).append(after);
-    const SystemPath system_path{WideText(NewText(WideView(candidate)))};
+    const SystemPath systemPath{WideText(NewText(WideView(candidate)))};
     // Tested and not taken: two callers at a time can get one name.
-    if (_waccess(system_path.get(), 0) != 0) return ToUtf8(candidate.c_str()).release();
+    if (_waccess(systemPath.get(), 0) != 0) return ToUtf8(candidate.c_str()).release();
   }
   // All numbers are taken. The path itself is documented, and a caller that writes there replaces
   // it.

@@ -34,10 +34,10 @@ bool ReadToEnd(FILE* stream, std::string& bytes) {
 }  // namespace
 
 FILE* TMVUtilityFileImpl::OpenFile(const char* path, const char* mode) {
-  const WideText wide_mode = ToWide(mode);
+  const WideText wideMode = ToWide(mode);
   // The runtime may end a process that asks for no mode at all.
-  if (*wide_mode == TMV_WIDE('\0')) return nullptr;
-  return _wfopen(SystemPath(path).get(), wide_mode.get());
+  if (*wideMode == TMV_WIDE('\0')) return nullptr;
+  return _wfopen(SystemPath(path).get(), wideMode.get());
 }
 
 int64_t TMVUtilityFileImpl::FileSize(const char* path) {

@@ -65,10 +65,10 @@ bool TMVUtilityFileImpl::SetFileTimestamp(const char* path, const char* time) {
   if (!file.IsOpen()) return false;
   // A time that the system can't express stays zero, which leaves the file's times as they are.
   SYSTEMTIME utc{};
-  FILETIME file_time{};
+  FILETIME fileTime{};
   TzSpecificLocalTimeToSystemTime(nullptr, &local, &utc);
-  SystemTimeToFileTime(&utc, &file_time);
-  SetFileTime(file.get(), &file_time, nullptr, &file_time);
+  SystemTimeToFileTime(&utc, &fileTime);
+  SetFileTime(file.get(), &fileTime, nullptr, &fileTime);
   return true;
 }
 

@@ -13,8 +13,8 @@ using WideView = std::basic_string_view<TmvWideChar>;
 
 // Makes one folder in one that exists.
 int MakeFolder(WideView path) {
-  const SystemPath system_path{WideText(NewText(path))};
-  return CreateDirectoryW(system_path.get(), nullptr) ? 0 : static_cast<int>(GetLastError());
+  const SystemPath systemPath{WideText(NewText(path))};
+  return CreateDirectoryW(systemPath.get(), nullptr) ? 0 : static_cast<int>(GetLastError());
 }
 
 // What the shell does, for a path that is too long for it: the folder, else its parents first.

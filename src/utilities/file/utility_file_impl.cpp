@@ -7,7 +7,7 @@
 namespace temvar {
 namespace {
 
-constinit TMVUtilityFileImpl utility_file;
+constinit TMVUtilityFileImpl utilityFile;
 
 }  // namespace
 
@@ -51,9 +51,9 @@ bool TMVUtilityFileImpl::GetFreeDiskSpace(uint64_t* result, const char* path) {
   if (*end == TMV_WIDE('\0')) return false;
   // Inside the block: the wide text ends in two terminators.
   end[1] = TMV_WIDE('\0');
-  ULARGE_INTEGER free_to_caller;
-  if (!GetDiskFreeSpaceExW(wide.get(), &free_to_caller, nullptr, nullptr)) return false;
-  *result = free_to_caller.QuadPart;
+  ULARGE_INTEGER freeToCaller;
+  if (!GetDiskFreeSpaceExW(wide.get(), &freeToCaller, nullptr, nullptr)) return false;
+  *result = freeToCaller.QuadPart;
   return true;
 }
 
@@ -63,4 +63,4 @@ bool TMVUtilityFileImpl::IsDirectory(const char* path) {
 
 }  // namespace temvar
 
-TMVUtilityFile* TmvUtilityFile() { return &temvar::utility_file; }
+TMVUtilityFile* TmvUtilityFile() { return &temvar::utilityFile; }

@@ -88,14 +88,14 @@ bool HashFile(const FileHandle& file, const CryptHash& hash) {
 // The digest as text, printed on the way; empty after a failure, which has been printed.
 std::string Md5Text(const char* path) {
   // What printf makes of a null text is left open by the language.
-  const char* const shown_path = path == nullptr ? "(null)" : path;
-  const WideText wide_path = ToWide(path);
+  const char* const shownPath = path == nullptr ? "(null)" : path;
+  const WideText widePath = ToWide(path);
   // Readers are welcome, writers are not: a digest of a file that changes belongs to no version of
   // it.
-  const FileHandle file(CreateFileW(wide_path.get(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+  const FileHandle file(CreateFileW(widePath.get(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                     OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
   if (!file.IsOpen()) {
-    std::printf("Error opening file %s\nError: %d\n", shown_path, LastError());
+    std::printf("Error opening file %s\nError: %d\n", shownPath, LastError());
     return {};
   }
   CryptContext context;
@@ -117,7 +117,7 @@ std::string Md5Text(const char* path) {
   }
   std::string text;
   for (DWORD i = 0; i < size; ++i) AppendHex(text, digest[i]);
-  std::printf("MD5 hash of file %s is: %s\n", shown_path, text.c_str());
+  std::printf("MD5 hash of file %s is: %s\n", shownPath, text.c_str());
   return text;
 }
 
@@ -155,24 +155,24 @@ char* TMVUtilityStringImpl::Sha1OfString(const char* text) {
   CryptHash hash;
   if (!hash.Create(context, CALG_SHA1)) return Sha1Failed("CryptCreateHash failed,  ");
   if (!HashBytes(hash, text)) return Sha1Failed("CryptHashData failed,  ");
-  DWORD hash_size = 0;
-  DWORD size = sizeof(hash_size);
-  if (!CryptGetHashParam(hash.get(), HP_HASHSIZE, reinterpret_cast<BYTE*>(&hash_size), &size, 0)) {
+  DWORD hashSize = 0;
+  DWORD size = sizeof(hashSize);
+  if (!CryptGetHashParam(hash.get(), HP_HASHSIZE, reinterpret_cast<BYTE*>(&hashSize), &size, 0)) {
     return Sha1Failed("CryptGetHashParam failed, ");
   }
   BYTE digest[kSha1BufferSize];
-  if (hash_size > sizeof(digest)) {
+  if (hashSize > sizeof(digest)) {
     std::printf("\nOutput buffer (%d) is not sufficient, Required Size = %d\n",
-                static_cast<int>(sizeof(digest)), static_cast<int>(hash_size));
+                static_cast<int>(sizeof(digest)), static_cast<int>(hashSize));
     return nullptr;
   }
-  if (!CryptGetHashParam(hash.get(), HP_HASHVAL, digest, &hash_size, 0)) {
+  if (!CryptGetHashParam(hash.get(), HP_HASHVAL, digest, &hashSize, 0)) {
     return Sha1Failed("CryptGetHashParam failed,  ");
   }
   std::string hex;
-  for (DWORD i = 0; i < hash_size; ++i) AppendHex(hex, digest[i]);
+  for (DWORD i = 0; i < hashSize; ++i) AppendHex(hex, digest[i]);
   // The block's zeros are the terminator.
-  char* const result = NewBlock<char>(size_t{hash_size} * 2 + 2);
+  char* const result = NewBlock<char>(size_t{hashSize} * 2 + 2);
   hex.copy(result, hex.size());
   return result;
 }

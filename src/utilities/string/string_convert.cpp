@@ -24,10 +24,10 @@ char* TMVUtilityStringImpl::WideToAnsi(const TmvWideChar* text) {
   const size_t length = std::basic_string_view<TmvWideChar>(text).size();
   // The system takes no longer text, and would read a negative length as "up to the terminator".
   if (length > std::numeric_limits<int>::max()) return NewBlock<char>(1);
-  const int source_size = static_cast<int>(length);
-  const int size = WideCharToMultiByte(CP_ACP, 0, text, source_size, nullptr, 0, nullptr, nullptr);
+  const int sourceSize = static_cast<int>(length);
+  const int size = WideCharToMultiByte(CP_ACP, 0, text, sourceSize, nullptr, 0, nullptr, nullptr);
   char* const ansi = NewBlock<char>(static_cast<size_t>(size) + 1);
-  WideCharToMultiByte(CP_ACP, 0, text, source_size, ansi, size, nullptr, nullptr);
+  WideCharToMultiByte(CP_ACP, 0, text, sourceSize, ansi, size, nullptr, nullptr);
   return ansi;
 }
 

@@ -20,9 +20,9 @@ int32_t TMVUtilityStringImpl::CompareVersion(const char* left, const char* right
   // without digits counts as 0.
   // A loop over the numbers and not a recursion: a text of nothing but dots must not cost stack.
   while (left != nullptr && right != nullptr) {
-    const int32_t left_number = ParseInt32(left);
-    const int32_t right_number = ParseInt32(right);
-    if (left_number != right_number) return left_number > right_number ? 1 : -1;
+    const int32_t leftNumber = ParseInt32(left);
+    const int32_t rightNumber = ParseInt32(right);
+    if (leftNumber != rightNumber) return leftNumber > rightNumber ? 1 : -1;
     left = std::strchr(left, '.');
     right = std::strchr(right, '.');
     if (left == nullptr || right == nullptr) break;

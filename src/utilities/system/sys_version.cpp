@@ -48,11 +48,11 @@ bool TMVUtilitySysImpl::Is64BitSystem() {
   // Through void (*)(): the look-up's own type can't be cast to another straight.
   const auto found =
       reinterpret_cast<void (*)()>(GetProcAddress(GetModuleHandleA("kernel32"), "IsWow64Process"));
-  const auto is_wow64_process = reinterpret_cast<IsWow64ProcessFunction>(found);
-  if (is_wow64_process == nullptr) return false;
+  const auto isWow64Process = reinterpret_cast<IsWow64ProcessFunction>(found);
+  if (isWow64Process == nullptr) return false;
   // The call's own success isn't looked at: the preset result is right for its failure.
   BOOL result = FALSE;
-  is_wow64_process(GetCurrentProcess(), &result);
+  isWow64Process(GetCurrentProcess(), &result);
   return result != FALSE;
 }
 

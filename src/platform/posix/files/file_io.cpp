@@ -34,8 +34,8 @@ timespec TimeToSet(const FILETIME* time) {
 // open for it bad, as if it were closed.
 void SetLastErrorForTransfer(int descriptor) {
   const int error = errno;
-  const bool is_open = error == EBADF && fcntl(descriptor, F_GETFD) >= 0;
-  SetLastError(is_open ? ERROR_ACCESS_DENIED : ErrorFromErrno(error));
+  const bool isOpen = error == EBADF && fcntl(descriptor, F_GETFD) >= 0;
+  SetLastError(isOpen ? ERROR_ACCESS_DENIED : ErrorFromErrno(error));
 }
 
 }  // namespace
@@ -66,7 +66,7 @@ int FlagsOfAccess(DWORD access) {
 }  // namespace
 
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES /*security*/,
-                   DWORD disposition, DWORD flags, HANDLE /*template_file*/) {
+                   DWORD disposition, DWORD flags, HANDLE /*templateFile*/) {
   if (disposition != CREATE_ALWAYS && disposition != OPEN_EXISTING) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return INVALID_HANDLE_VALUE;

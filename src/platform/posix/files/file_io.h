@@ -30,10 +30,10 @@ inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 
 // Opens or makes a file. Safe in a signal handler. A directory can't be opened
 // (ERROR_ACCESS_DENIED); a missing file is ERROR_FILE_NOT_FOUND, a missing folder
-// ERROR_PATH_NOT_FOUND. `security` and `template_file` are ignored; of `flags` only
+// ERROR_PATH_NOT_FOUND. `security` and `templateFile` are ignored; of `flags` only
 // FILE_FLAG_SEQUENTIAL_SCAN has an effect. Child programs don't inherit the file.
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
-                   DWORD disposition, DWORD flags, HANDLE template_file);
+                   DWORD disposition, DWORD flags, HANDLE templateFile);
 
 // Reads `size` bytes, fewer only at the end of the file: there the result is TRUE with 0 bytes.
 // `overlapped` must be null.

@@ -68,7 +68,7 @@ BOOL MoveByCopy(const NarrowPath& source, const NarrowPath& destination) {
 
 }  // namespace
 
-BOOL CopyFileW(LPCWSTR source, LPCWSTR destination, BOOL /*fail_if_exists*/) {
+BOOL CopyFileW(LPCWSTR source, LPCWSTR destination, BOOL /*failIfExists*/) {
   const NarrowPath from(source);
   if (!from.ok()) return FALSE;
   const NarrowPath to(destination);
@@ -89,9 +89,9 @@ BOOL MoveFileW(LPCWSTR source, LPCWSTR destination) {
   // A missing path is the destination's folder if the source is there.
   const int error = errno;
   struct stat info;
-  const bool source_exists = lstat(from.c_str(), &info) == 0;
+  const bool sourceExists = lstat(from.c_str(), &info) == 0;
   errno = error;
-  SetLastErrorForPath(source_exists ? to : from);
+  SetLastErrorForPath(sourceExists ? to : from);
   return FALSE;
 }
 
@@ -111,8 +111,8 @@ BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES /*security*/) {
   return FALSE;
 }
 
-BOOL GetDiskFreeSpaceExW(LPCWSTR directory, ULARGE_INTEGER* free_to_caller,
-                         ULARGE_INTEGER* /*total*/, ULARGE_INTEGER* /*free*/) {
+BOOL GetDiskFreeSpaceExW(LPCWSTR directory, ULARGE_INTEGER* freeToCaller, ULARGE_INTEGER* /*total*/,
+                         ULARGE_INTEGER* /*free*/) {
   const NarrowPath narrow(directory);
   if (!narrow.ok()) return FALSE;
   struct stat info;
@@ -126,6 +126,6 @@ BOOL GetDiskFreeSpaceExW(LPCWSTR directory, ULARGE_INTEGER* free_to_caller,
     return FALSE;
   }
   // f_bavail and not f_bfree: without what is reserved for root, like a quota on Windows.
-  free_to_caller->QuadPart = space.f_bavail * ULONGLONG{space.f_frsize};
+  freeToCaller->QuadPart = space.f_bavail * ULONGLONG{space.f_frsize};
   return TRUE;
 }

@@ -14,9 +14,9 @@ union ULARGE_INTEGER {
 };
 
 // Copies a file with its permissions and its last-write time. A file that exists is replaced:
-// `fail_if_exists` must be FALSE. Copying a file onto itself fails with ERROR_SHARING_VIOLATION and
+// `failIfExists` must be FALSE. Copying a file onto itself fails with ERROR_SHARING_VIOLATION and
 // leaves it alone.
-BOOL CopyFileW(LPCWSTR source, LPCWSTR destination, BOOL fail_if_exists);
+BOOL CopyFileW(LPCWSTR source, LPCWSTR destination, BOOL failIfExists);
 
 // Renames a file or a directory; an existing destination fails with ERROR_ALREADY_EXISTS. A file,
 // though no directory, can go to another file system.
@@ -29,7 +29,7 @@ BOOL DeleteFileW(LPCWSTR path);
 BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);
 
 // Free bytes of the file system that `directory` lies on; `total` and `free` must be null.
-BOOL GetDiskFreeSpaceExW(LPCWSTR directory, ULARGE_INTEGER* free_to_caller, ULARGE_INTEGER* total,
+BOOL GetDiskFreeSpaceExW(LPCWSTR directory, ULARGE_INTEGER* freeToCaller, ULARGE_INTEGER* total,
                          ULARGE_INTEGER* free);
 
 #endif  // TEMVAR_PLATFORM_POSIX_FILES_FILES_H_

@@ -64,8 +64,8 @@ bool Describe(int directory, const char* path, const char* name, WIN32_FIND_DATA
   }
   struct stat target;
   // A link has its target's kind and size, and a broken one its own: walks follow links to folders.
-  const bool leads_somewhere = fstatat(directory, path, &target, 0) == 0;
-  FillData(name, leads_somewhere ? target : info, true, data);
+  const bool leadsSomewhere = fstatat(directory, path, &target, 0) == 0;
+  FillData(name, leadsSomewhere ? target : info, true, data);
   return true;
 }
 

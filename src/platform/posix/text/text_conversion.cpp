@@ -22,7 +22,7 @@ constexpr bool IsSurrogate(char32_t code) { return code >= 0xD800 && code <= 0xD
 // measuring pass and a writing pass share one code.
 struct Outcome {
   size_t length = 0;
-  bool well_formed = true;
+  bool wellFormed = true;
   bool fits = true;
 };
 
@@ -88,8 +88,8 @@ size_t MalformedSize(const unsigned char* at, const unsigned char* end) {
   // Overlong forms, surrogates and values beyond U+10FFFF show in the second byte already.
   if ((lead == 0xE0 && at[1] < 0xA0) || (lead == 0xED && at[1] > 0x9F)) return 1;
   if ((lead == 0xF0 && at[1] < 0x90) || (lead == 0xF4 && at[1] > 0x8F)) return 1;
-  const bool has_third = available >= 3 && IsContinuation(at[2]);
-  return lead >= 0xF0 && has_third ? 3 : 2;
+  const bool hasThird = available >= 3 && IsContinuation(at[2]);
+  return lead >= 0xF0 && hasThird ? 3 : 2;
 }
 
 // The value of a sequence of `size` bytes, without the bits that mark its length.
@@ -107,10 +107,9 @@ unsigned char IsMisplaced(unsigned char third, unsigned char second, unsigned ch
   const bool announced = (before >= 0xC0) | (second >= 0xE0) | (third >= 0xF0);
   const bool unknown = (byte == 0xC0) | (byte == 0xC1) | (byte >= 0xF5);
   // Overlong forms, surrogates and values beyond U+10FFFF.
-  const bool out_of_range = ((before == 0xE0) & (byte < 0xA0)) |
-                            ((before == 0xED) & (byte > 0x9F)) |
-                            ((before == 0xF0) & (byte < 0x90)) | ((before == 0xF4) & (byte > 0x8F));
-  return (announced != IsContinuation(byte)) | unknown | out_of_range;
+  const bool outOfRange = ((before == 0xE0) & (byte < 0xA0)) | ((before == 0xED) & (byte > 0x9F)) |
+                          ((before == 0xF0) & (byte < 0x90)) | ((before == 0xF4) & (byte > 0x8F));
+  return (announced != IsContinuation(byte)) | unknown | outOfRange;
 }
 
 // The units that well-formed UTF-8 needs. Without a branch for a byte, so that the compiler can
@@ -276,7 +275,7 @@ int Fail(DWORD error) {
 }
 
 int ResultOf(const Outcome& outcome) {
-  if (!outcome.well_formed) return Fail(ERROR_NO_UNICODE_TRANSLATION);
+  if (!outcome.wellFormed) return Fail(ERROR_NO_UNICODE_TRANSLATION);
   if (!outcome.fits) return Fail(ERROR_INSUFFICIENT_BUFFER);
   if (outcome.length > INT_MAX) return Fail(ERROR_INVALID_PARAMETER);
   return static_cast<int>(outcome.length);
@@ -294,28 +293,28 @@ int ConvertEach(const From* source, size_t size, To* target, size_t capacity, Co
 }
 
 template <typename Unit>
-bool AreArgumentsGood(const Unit* source, int source_size, const void* target, int capacity) {
-  return source != nullptr && source_size != 0 && capacity >= 0 &&
+bool AreArgumentsGood(const Unit* source, int sourceSize, const void* target, int capacity) {
+  return source != nullptr && sourceSize != 0 && capacity >= 0 &&
          (target != nullptr || capacity == 0);
 }
 
 template <typename Unit>
-size_t SourceSize(const Unit* source, int source_size) {
-  return source_size < 0 ? std::char_traits<Unit>::length(source) + 1
-                         : static_cast<size_t>(source_size);
+size_t SourceSize(const Unit* source, int sourceSize) {
+  return sourceSize < 0 ? std::char_traits<Unit>::length(source) + 1
+                        : static_cast<size_t>(sourceSize);
 }
 
 }  // namespace
 
-int MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR source, int source_size, LPWSTR target,
-                        int target_capacity) {
-  if (!AreArgumentsGood(source, source_size, target, target_capacity)) {
+int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int sourceSize, LPWSTR target,
+                        int targetCapacity) {
+  if (!AreArgumentsGood(source, sourceSize, target, targetCapacity)) {
     return Fail(ERROR_INVALID_PARAMETER);
   }
-  const size_t size = SourceSize(source, source_size);
-  const auto capacity = static_cast<size_t>(target_capacity);
-  if (code_page == CP_ACP) return ConvertEach(source, size, target, capacity, AnsiToUnit);
-  if (code_page != CP_UTF8) return Fail(ERROR_INVALID_PARAMETER);
+  const size_t size = SourceSize(source, sourceSize);
+  const auto capacity = static_cast<size_t>(targetCapacity);
+  if (codePage == CP_ACP) return ConvertEach(source, size, target, capacity, AnsiToUnit);
+  if (codePage != CP_UTF8) return Fail(ERROR_INVALID_PARAMETER);
   const bool strict = (flags & MB_ERR_INVALID_CHARS) != 0;
   if (strict && capacity == 0) {
     return ResultOf(Utf16Size(reinterpret_cast<const unsigned char*>(source), size));
@@ -324,16 +323,16 @@ int MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR source, int source_s
                                 : Utf8ToUtf16<true>(source, size, target, capacity, strict));
 }
 
-int WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR source, int source_size, LPSTR target,
-                        int target_capacity, LPCSTR default_char, BOOL* used_default_char) {
-  if (!AreArgumentsGood(source, source_size, target, target_capacity) || flags != 0 ||
-      default_char != nullptr || used_default_char != nullptr) {
+int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR source, int sourceSize, LPSTR target,
+                        int targetCapacity, LPCSTR defaultChar, BOOL* usedDefaultChar) {
+  if (!AreArgumentsGood(source, sourceSize, target, targetCapacity) || flags != 0 ||
+      defaultChar != nullptr || usedDefaultChar != nullptr) {
     return Fail(ERROR_INVALID_PARAMETER);
   }
-  const size_t size = SourceSize(source, source_size);
-  const auto capacity = static_cast<size_t>(target_capacity);
-  if (code_page == CP_ACP) return ConvertEach(source, size, target, capacity, UnitToAnsi);
-  if (code_page != CP_UTF8) return Fail(ERROR_INVALID_PARAMETER);
+  const size_t size = SourceSize(source, sourceSize);
+  const auto capacity = static_cast<size_t>(targetCapacity);
+  if (codePage == CP_ACP) return ConvertEach(source, size, target, capacity, UnitToAnsi);
+  if (codePage != CP_UTF8) return Fail(ERROR_INVALID_PARAMETER);
   return ResultOf(capacity == 0 ? Outcome{Utf8Size(source, size), true, true}
                                 : Utf16ToUtf8(source, size, target, capacity));
 }
@@ -367,12 +366,12 @@ void CopyPart(WCHAR* target, size_t capacity, const WCHAR* from, const WCHAR* to
 
 }  // namespace
 
-void _wsplitpath(const WCHAR* path, WCHAR* drive, WCHAR* directory, WCHAR* file_name,
+void _wsplitpath(const WCHAR* path, WCHAR* drive, WCHAR* directory, WCHAR* fileName,
                  WCHAR* extension) {
-  const WCHAR* const after_drive = path[0] != 0 && path[1] == u':' ? path + 2 : path;
-  const WCHAR* name = after_drive;
+  const WCHAR* const afterDrive = path[0] != 0 && path[1] == u':' ? path + 2 : path;
+  const WCHAR* name = afterDrive;
   const WCHAR* dot = nullptr;
-  const WCHAR* at = after_drive;
+  const WCHAR* at = afterDrive;
   for (; *at != 0; ++at) {
     if (*at == u'/' || *at == u'\\') {
       name = at + 1;
@@ -383,8 +382,8 @@ void _wsplitpath(const WCHAR* path, WCHAR* drive, WCHAR* directory, WCHAR* file_
   }
   const WCHAR* const end = at;
   if (dot == nullptr) dot = end;
-  CopyPart(drive, kMaxDrive, path, after_drive);
-  CopyPart(directory, kMaxPart, after_drive, name);
-  CopyPart(file_name, kMaxPart, name, dot);
+  CopyPart(drive, kMaxDrive, path, afterDrive);
+  CopyPart(directory, kMaxPart, afterDrive, name);
+  CopyPart(fileName, kMaxPart, name, dot);
   CopyPart(extension, kMaxPart, dot, end);
 }
