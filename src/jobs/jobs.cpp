@@ -79,7 +79,9 @@ int32_t OnLane(TmvJob* job, uint32_t lane, Operation&& operation) noexcept {
   return Guarded([&] {
     std::unique_lock<std::mutex> lock(job->mutex);
     if (lane >= job->lanes.size()) return TMV_JOBS_INVALID_ARGUMENT;
+    // A copy of the handle, since another thread may add a lane and move them all.
     tmv::Job::Lane found = job->lanes[lane];
+    // Operations of a lane take the job's own lock and may call the host.
     lock.unlock();
     operation(found);
     return TMV_JOBS_OK;
@@ -108,6 +110,7 @@ void RunTask(TmvJobTask task, void* user, tmv::Job::Context& context) {
   TmvJobContext own{context, {}};
   const int32_t result = task(&own, user);
   if (result == 0) return;
+  // A task that a cancel has stopped early returns some error, which is no failure of the job.
   if (context.IsCancelled()) throw tmv::JobCancelled();
   if (own.error.empty()) own.error = "the task returned " + std::to_string(result);
   throw std::runtime_error(own.error);
@@ -208,6 +211,7 @@ int32_t TmvJobAddTask(TmvJob* job, uint32_t lane, const char* label, TmvJobTask 
         RunTask(task, owned->Get(), context);
       });
     } catch (...) {
+      // The pointer stays with the host, who would otherwise see it released twice.
       owned->LeaveToHost();
       throw;
     }
@@ -249,6 +253,7 @@ int32_t TmvJobWait(TmvJob* job, int32_t milliseconds, int32_t* state) {
   if (job == nullptr) return TMV_JOBS_INVALID_ARGUMENT;
   return Guarded([=] {
     tmv::Job& owned = job->job;
+    // A job that was never started would be waited for without end.
     bool ended = owned.GetState() == tmv::JobState::kNew;
     if (!ended && milliseconds < 0) {
       owned.Wait();
@@ -287,6 +292,7 @@ int32_t TmvJobGetFailure(TmvJob* job, uint32_t index, char* buffer, uint32_t siz
                          uint32_t* needed) {
   if (job == nullptr || (buffer == nullptr && size > 0)) return TMV_JOBS_INVALID_ARGUMENT;
   return Guarded([=] {
+    // A copy each time: the list grows while the job runs, and indexes stay what they are.
     const std::vector<tmv::Job::Failure> failures = job->job.Failures();
     if (index >= failures.size()) return TMV_JOBS_INVALID_ARGUMENT;
     const std::string text = TextOf(failures[index]);
@@ -309,6 +315,7 @@ int32_t TmvJobKeepGoing(TmvJobContext* context) {
 }
 
 int32_t TmvJobIsCancelled(TmvJobContext* context) {
+  // Cancelled, too, if the answer can't be had: the task ends instead of running on blindly.
   int32_t cancelled = 1;
   if (context == nullptr) return cancelled;
   Guarded([&] {

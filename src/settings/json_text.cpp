@@ -16,6 +16,7 @@ void Append(std::string_view bytes, JsonText& out) {
 }
 
 void AppendEscape(char byte, JsonText& out) {
+  // No '/': like all other bytes from 0x20 up it is written unchanged.
   constexpr std::string_view kNamed = "\"\\\b\t\n\f\r";
   constexpr std::string_view kNames = "\"\\btnfr";
   constexpr std::string_view kDigits = "0123456789ABCDEF";

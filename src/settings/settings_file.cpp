@@ -29,6 +29,7 @@ std::optional<std::string> ReadSettingsFile(const char* path) {
 }
 
 void WriteSettingsFile(const char* path, const char* text, size_t size) {
+  // Binary, so that lines end in LF on Windows too. A failure has no way to the host.
   if (const Stream file(TmvUtilityFile()->OpenFile(path, "wb")); file != nullptr) {
     static_cast<void>(std::fwrite(text, 1, size, file.get()));
   }

@@ -38,6 +38,8 @@ const char* TextOf(const JsonValue* value) {
   return value != nullptr && value->IsString() ? value->GetString() : "";
 }
 
+// The low 32 bits of any integer, as documented: no bound is checked and nothing is rounded. A
+// double is no integer, and reads as 0.
 int32_t IntegerOf(const JsonValue* value) {
   if (value == nullptr || !value->IsNumber() || value->IsDouble()) return 0;
   const uint64_t bits =
@@ -49,6 +51,8 @@ int32_t IntegerOf(const JsonValue* value) {
 
 TMVUserDefaultsImpl::TMVUserDefaultsImpl(std::string name, std::string path)
     : name_(std::move(name)), path_(std::move(path)) {
+  // No file and a damaged file end alike, in an empty store that works: the first run of a program
+  // has no file. The next Save replaces a damaged one without a warning.
   if (const auto text = ReadSettingsFile(path_.c_str())) {
     document_ = ParseJson(text->c_str());
     loaded_ = document_ != nullptr;
@@ -56,6 +60,8 @@ TMVUserDefaultsImpl::TMVUserDefaultsImpl(std::string name, std::string path)
   if (!loaded_) document_ = NewJsonDocument();
 }
 
+// A parent of another type holds no members: a file may have an array where the host expects an
+// object.
 JsonValue* TMVUserDefaultsImpl::ObjectOf(Value* parent) {
   if (document_ == nullptr) return nullptr;
   JsonValue* value = parent != nullptr ? FromHandle(parent) : document_.get();
@@ -67,6 +73,8 @@ JsonValue* TMVUserDefaultsImpl::Find(const char* key, Value* parent) {
   return object != nullptr && key != nullptr ? FindMember(*object, key) : nullptr;
 }
 
+// An existing member keeps its place in the file. What it held stays in the pool until the document
+// goes, so that texts that hosts have read stay valid.
 void TMVUserDefaultsImpl::SetMember(const char* key, JsonValue& value, JsonValue& object) {
   if (JsonValue* found = FindMember(object, key)) {
     *found = value;
@@ -109,6 +117,7 @@ int32_t TMVUserDefaultsImpl::GetInt(const char* key, Value* parent) {
 IntTriple TMVUserDefaultsImpl::GetIntTriple(const char* key, Value* parent) {
   // The number ends at the comma by itself, so the text need not be copied and cut.
   int32_t numbers[3] = {};
+  // The third number ends at its own last digit, so a third comma and what follows it are ignored.
   const char* piece = GetString(key, parent);
   for (int32_t& number : numbers) {
     number = ParseInt32(piece);
@@ -129,6 +138,7 @@ void TMVUserDefaultsImpl::Save() {
     // gigabytes of indentation, and must not end a host that only wants to save it.
     return;
   }
+  // Straight to the file, as documented. The text is complete before the file is emptied.
   WriteSettingsFile(path_.c_str(), text.GetString(), text.GetSize());
 }
 
@@ -136,6 +146,8 @@ bool TMVUserDefaultsImpl::IsLoaded() { return loaded_; }
 
 const char* TMVUserDefaultsImpl::GetFilePath() { return path_.c_str(); }
 
+// The store itself stays registered: IsLoaded and GetFilePath still answer, everything else as for
+// an empty store.
 void TMVUserDefaultsImpl::ReleaseDocument() { document_.reset(); }
 
 TMVUserDefaults::Value* TMVUserDefaultsImpl::GetValue(const char* key, Value* parent) {
@@ -158,6 +170,7 @@ TMVUserDefaults::Value* TMVUserDefaultsImpl::GetArrayElement(Value* value, uint3
 
 TMVUserDefaults::Member* TMVUserDefaultsImpl::GetMemberBegin(Value* value) {
   JsonValue* object = FromHandle(value);
+  // Null for an empty object, so that a walk from begin to end compares null with null.
   const bool any = object != nullptr && object->IsObject() && !object->ObjectEmpty();
   return any ? ToHandle(&*object->MemberBegin()) : nullptr;
 }

@@ -26,6 +26,7 @@ bool Init(const char* name, const char* path) {
                                                      path != nullptr ? path : "");
   TMVUserDefaultsImpl*& entry = registry->stores[name != nullptr ? name : ""];
   if (entry != nullptr) registry->replaced.push_back(entry);
+  // Also after a failed load: the store replaces an older one of its name in every case.
   entry = store.release();
   return entry->IsLoaded();
 }
