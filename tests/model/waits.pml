@@ -239,7 +239,7 @@ proctype PausingHost(byte e; byte waiter) {
   Pause(e, HOST, waiter)
 }
 
-/* Resumes what is isPaused until all workers have left. */
+/* Resumes what is paused until all workers have left. */
 proctype ResumingHost() {
 end_resumer:
   do
