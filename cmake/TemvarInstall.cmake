@@ -30,7 +30,7 @@ install(FILES
   DESTINATION "${package_dir}" COMPONENT development)
 
 # pkg-config knows the folder of the file that it reads, and the rest follows from that. Only a host
-# that gives absolute folders for libraries or headers gets absolute paths.
+# that passes absolute folders for libraries or headers gets absolute paths.
 set(pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 set(pkgconfig_prefix "${CMAKE_INSTALL_PREFIX}")
 if(NOT IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")

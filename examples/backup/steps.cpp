@@ -83,7 +83,7 @@ void Steps::Pack(JobContext& context) {
   Count(context, folder_.bytes, taken);
 }
 
-// Unpacks that archive, compares the digests, and gives it its name.
+// Unpacks that archive, compares the digests, and sets its name.
 void Steps::Verify(JobContext& context) {
   if (!context.KeepGoing() || IsDone()) return;
   if (!TmvUtilityUnzip()->ExtractArchive(folder_.unfinished.c_str(), folder_.unpacked.c_str())) {

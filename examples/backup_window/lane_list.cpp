@@ -75,7 +75,7 @@ void LaneList::Refresh() {
 }
 
 void LaneList::Fit(int lineHeight) {
-  // A row is as high as its picture: one that nobody sees gives the bars some room.
+  // A row is as high as its picture: an invisible one makes room for the bars.
   const HIMAGELIST spacer = ImageList_Create(1, lineHeight * 3 / 2, ILC_COLOR, 1, 1);
   const LRESULT before =
       SendMessageW(list_, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(spacer));

@@ -24,7 +24,7 @@ class Run {
   void List(const std::filesystem::path& source, const std::filesystem::path& destination,
             const std::string& exclusions);
 
-  // After the end of the list, which the caller may complete by what is known of each folder.
+  // After the end of the list, which the caller may complete with the state of each folder.
   void BackUp();
 
   void Pause() { job_->Pause(); }

@@ -59,7 +59,7 @@ ExitStatus RunJob(const Options& options) {
   }
   const Clock::time_point start = Clock::now();
   {
-    // In this order: every way out ends the job, stops the pool and gives the terminal back.
+    // In this order: every way out ends the job, stops the pool and restores the terminal.
     support::Terminal terminal;
     tmv::RunningPool pool(options.workers);
     job.Start();

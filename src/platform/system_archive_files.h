@@ -9,7 +9,7 @@ namespace temvar {
 // Fills `table` with functions that take a path of TmvWideChar. Reading opens an existing file and
 // shares it with other readers; writing creates or replaces a file and shares it with nobody. A
 // failed read or write, other than at the end of the file, is kept in the stream, and its error
-// function tells the code.
+// function reports the code.
 void FillSystemArchiveFiles(zlib_filefunc64_def* table);
 
 }  // namespace temvar

@@ -19,7 +19,7 @@ int64_t SeekToEnd(FILE* stream) {
   return _fseeki64(stream, 0, SEEK_END) == 0 ? _ftelli64(stream) : -1;
 }
 
-// Appends what is left of `stream` to `bytes`. False for an error, or if it gets longer than a
+// Appends the rest of `stream` to `bytes`. False for an error, or if it gets longer than a
 // record can hold.
 bool ReadToEnd(FILE* stream, std::string& bytes) {
   // Small blocks cost little: the caller has reserved the size, and the stream has its own buffer.

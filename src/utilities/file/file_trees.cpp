@@ -64,7 +64,7 @@ class SizeWalk {
   }
 
   // Links back to a folder above would make the walk endless. And folders that link to each other
-  // have more ways through them than any walk could take, so what is met below a link is entered
+  // have more ways through them than any walk could take, so a folder below a link is entered
   // once; links in the tree itself are each followed.
   bool MayFollow(const WideString& link, const Folder& folder) {
     FileIdentity target;

@@ -9,7 +9,7 @@ namespace temvar {
 namespace {
 
 // A path of the system's on its way to UTF-8. The system writes at most MAX_PATH (260) units, which
-// leaves room for what is appended.
+// leaves room to append to.
 class FolderPath {
  public:
   static constexpr DWORD kCapacity = 512;

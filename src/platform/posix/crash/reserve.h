@@ -10,7 +10,7 @@ namespace temvar::posix {
 // Fills the reserve up.
 void FillReserve();
 
-// Closes half of the reserve, or what is left of it. Safe in a signal handler.
+// Closes half of the reserve, or the rest of it. Safe in a signal handler.
 void ReleaseReserve();
 
 }  // namespace temvar::posix

@@ -56,7 +56,7 @@ class SignalReport {
   int timer_ = -1;
 };
 
-// Fills `set` with what is blocked while a dump is made: everything but the signal that stops a
+// Fills `set` with the signals blocked while a dump is made: everything but the signal that stops a
 // thread for the dump of another one, and the watchdog's.
 void FillReportMask(sigset_t& set);
 

@@ -125,7 +125,7 @@ BOOL GetDiskFreeSpaceExW(LPCWSTR directory, ULARGE_INTEGER* freeToCaller, ULARGE
     SetLastError(ERROR_DIRECTORY);
     return FALSE;
   }
-  // f_bavail and not f_bfree: without what is reserved for root, like a quota on Windows.
+  // f_bavail and not f_bfree: without the blocks reserved for root, like a quota on Windows.
   freeToCaller->QuadPart = space.f_bavail * ULONGLONG{space.f_frsize};
   return TRUE;
 }

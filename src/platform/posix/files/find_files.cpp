@@ -98,7 +98,7 @@ int OpenDirectory(const NarrowPath& path) {
   constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
   int descriptor = open(path.c_str(), kFlags | O_NOFOLLOW);
   if (descriptor >= 0) return descriptor;
-  // A link, or no directory: only links cost the look at the way they stand on.
+  // A link, or no directory: only links cost the look at the folders above them.
   descriptor = open(path.c_str(), kFlags);
   struct stat info;
   if (descriptor < 0 || fstat(descriptor, &info) != 0) {
