@@ -23,8 +23,9 @@ void AddColumn(HWND list, int index, const wchar_t* title) {
 const wchar_t* StateWord(const tmv::JobProgress& progress) {
   if (progress.failed > 0) return L"failed";
   if (progress.done == progress.total) return L"done";
-  if (progress.running > 0)
+  if (progress.running > 0) {
     return progress.done == 0 ? L"reading" : progress.done == 1 ? L"packing" : L"checking";
+  }
   return progress.done > 0 ? L"next step waits" : L"waits";
 }
 

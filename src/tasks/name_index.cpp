@@ -244,8 +244,9 @@ void NameIndex::Link(RkTaskImpl& task) {
   Reserve(linkedCount_ + 1);
   RkTaskImpl*& bucket = BucketOf(task.indexEntry.hash);
   RkTaskImpl* same = bucket;
-  while (same != nullptr && same->indexEntry.hash != task.indexEntry.hash)
+  while (same != nullptr && same->indexEntry.hash != task.indexEntry.hash) {
     same = same->indexEntry.next;
+  }
   task.indexEntry.isShared = same != nullptr;
   if (same != nullptr) same->indexEntry.isShared = true;
 

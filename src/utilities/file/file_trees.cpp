@@ -72,8 +72,9 @@ class SizeWalk {
     WideString above = folder.path;
     for (;;) {
       FileIdentity folderAbove;
-      if (IdentifyFile(InSystemForm(above).get(), &folderAbove) && folderAbove == target)
+      if (IdentifyFile(InSystemForm(above).get(), &folderAbove) && folderAbove == target) {
         return false;
+      }
       const size_t separator = above.find_last_of(TMV_WIDE("/\\"));
       if (separator == WideString::npos || above.size() <= 1) break;
       above.resize(separator);
