@@ -1,9 +1,6 @@
 // What only the system's own exceptions can show: a report that crashes in turn, and one on the
 // rest of a stack.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
 
 #include "crash/crash_run.h"
 

@@ -1,7 +1,6 @@
 // Crashes child programs and looks at what is left: the files, what the callbacks were given, and
 // how the process ended.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>

@@ -1,6 +1,5 @@
 // What the stand-in for other systems than Windows promises beyond the common behaviour.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

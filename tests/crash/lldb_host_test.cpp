@@ -1,7 +1,6 @@
 // Opens dumps with LLDB, as a person would, and looks for the signal, the crashed function and what
 // called it.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <ostream>
 #include <string>

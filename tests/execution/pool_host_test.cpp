@@ -1,8 +1,6 @@
 // The pool as its clients see it: the order of tasks and of workers, and what it does with odd
 // ones.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <temvar/temvar.h>
 
 #include <map>
 #include <thread>

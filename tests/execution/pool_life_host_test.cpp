@@ -1,7 +1,4 @@
 // Start and stop of the pool. Each TEST is a process: the pool lives once.
-#include <gtest/gtest.h>
-#include <temvar/temvar.h>
-
 #include <system_error>
 
 #include "support/host_job.h"

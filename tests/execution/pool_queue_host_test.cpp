@@ -1,7 +1,5 @@
 // The searches of the pool for the tasks of an event. Without Start, what is queued stays queued.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <temvar/temvar.h>
 
 #include "support/host_job.h"
 

@@ -1,7 +1,4 @@
 // Workers of a host's own.
-#include <gtest/gtest.h>
-#include <temvar/temvar.h>
-
 #include <algorithm>
 #include <atomic>
 #include <memory>

@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <stdexcept>
-#include <string>
 
 #include "support/dynamic_library.h"
 

@@ -1,8 +1,6 @@
 // tmv::Job as a host uses it: what runs, what is counted, and who may go first.
 #include <temvar/job.h>
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>

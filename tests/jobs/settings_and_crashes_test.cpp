@@ -2,8 +2,6 @@
 #include <temvar/crash_watch.h>
 #include <temvar/settings.h>
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>

@@ -1,7 +1,6 @@
 // What only the stand-in of the file surface does: paths become those of the kernel, files go
 // between file systems, and nothing is inherited.
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

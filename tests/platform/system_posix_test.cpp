@@ -1,6 +1,5 @@
 // What the stand-in makes of the environment and of loaded modules. Built where it is used only.
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>

@@ -1,6 +1,4 @@
 // Cancelling events: what stops, what is called, what is forgotten.
-#include <gtest/gtest.h>
-
 #include <deque>
 
 #include "pausable.h"

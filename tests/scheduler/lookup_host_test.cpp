@@ -1,8 +1,5 @@
 // Look-ups and reports by name against the documented walk, over random edits:
 //   TEMVAR_LOOKUP_EDITS=5000000 bin/lookup_host_test
-#include <gtest/gtest.h>
-#include <temvar/temvar.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdlib>

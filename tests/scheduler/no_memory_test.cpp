@@ -1,6 +1,4 @@
 // Memory that runs out in the middle of an operation: it throws, and what it leaves is whole.
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <new>
 #include <string>

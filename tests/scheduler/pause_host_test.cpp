@@ -1,6 +1,4 @@
 // Pause and resume of running events, and what ends a pause that waits.
-#include <gtest/gtest.h>
-
 #include "pausable.h"
 
 namespace {

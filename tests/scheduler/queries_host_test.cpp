@@ -1,7 +1,5 @@
 // Look-ups in the registry and edits of packages. Nothing runs unless a test starts the pool.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <temvar/temvar.h>
 
 #include "support/host_job.h"
 

@@ -1,7 +1,5 @@
 // The road of an event: what runs, in which order, and in which states it ends.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <temvar/temvar.h>
 
 #include <map>
 #include <stdexcept>

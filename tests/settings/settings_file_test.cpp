@@ -1,7 +1,5 @@
 // What is accepted as a settings file and what isn't, in the manner of the public suites for JSON
 // parsers.
-#include <gtest/gtest.h>
-
 #include <string>
 
 #include "support/settings_store.h"

@@ -1,6 +1,4 @@
 // Walking a document by handles, and what handles give where there is nothing.
-#include <gtest/gtest.h>
-
 #include <string>
 
 #include "support/settings_store.h"

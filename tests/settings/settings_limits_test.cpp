@@ -1,5 +1,4 @@
 // What is left when the disk or the memory is full.
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <csignal>

@@ -1,6 +1,4 @@
 // The operations that work by key: typed reads, setters, parents.
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <string>
 
 #include "support/settings_store.h"

@@ -1,8 +1,5 @@
 // The exact bytes of a saved file.
-#include <gtest/gtest.h>
-
 #include <clocale>
-#include <new>
 #include <string>
 
 #include "support/settings_store.h"

@@ -39,7 +39,6 @@ enum class Kind {
 struct Balance {
   std::atomic<int64_t> payloads{0};
   std::atomic<int64_t> events{0};
-  std::atomic<int64_t> hostFuncs{0};
 };
 inline Balance alive;
 
@@ -54,11 +53,6 @@ inline Counts counts;
 inline std::function<std::string()> someEvent;
 
 inline RkTaskSchedular& Schedular() { return *TmvTaskSchedular(); }
-
-// A number below `count`.
-inline size_t AnyIndex(std::mt19937_64& random, size_t count) {
-  return std::uniform_int_distribution<size_t>(0, count - 1)(random);
-}
 
 inline bool Chance(std::mt19937_64& random, unsigned percent) { return random() % 100 < percent; }
 
@@ -102,7 +96,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
 
   // Inserts a new task behind any other one, as the scheduler finds it by name.
   void InsertAnywhere(std::mt19937_64& random) {
-    const size_t index = AnyIndex(random, packages_.size());
+    const size_t index = static_cast<size_t>(random() % packages_.size());
     PackageModel& package = *packages_[index];
     tmv::Task task;
     {

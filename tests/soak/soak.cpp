@@ -116,7 +116,7 @@ class Driver {
 
   void DoAnything() {
     const std::shared_ptr<EventModel> event =
-        stage_.drivers[AnyIndex(random_, stage_.drivers.size())].Current();
+        stage_.drivers[static_cast<size_t>(random_() % stage_.drivers.size())].Current();
     if (event == nullptr) {
       Nap(100);
       return;
@@ -140,8 +140,6 @@ class Driver {
       case 6:
         return Ask(*event);
       case 7:
-        return AddHostFunc();
-      case 8:
         TmvTaskPool()->SetPollInterval(static_cast<int32_t>(random_() % 600) - 50);
         return;
       default:
@@ -181,13 +179,6 @@ class Driver {
     const bool cancelled = Schedular().IsTaskCancelled(task.c_str());
     if (cancelled && event.kind() == Kind::kPlain) Fail(task + " reads as cancelled");
     if (Schedular().GetEventCount() < 1) Fail("the registry lost an event");
-  }
-
-  // It may be dropped by a cancel, as what belongs to no event is, but it must be released.
-  void AddHostFunc() {
-    ++alive.hostFuncs;
-    const std::shared_ptr<void> token(nullptr, [](void*) { --alive.hostFuncs; });
-    TmvTaskPool()->AddFunc(tmv::MakeFunc([token] {}));
   }
 
   // Waits until nothing of the event can run any more, and drops it.
@@ -268,7 +259,6 @@ void CheckBalance() {
   };
   check("payloads", alive.payloads);
   check("events", alive.events);
-  check("host functions", alive.hostFuncs);
   check("registered events", static_cast<int64_t>(TmvTaskSchedular()->GetEventCount()));
 }
 

@@ -1,8 +1,4 @@
 // The passive records of a job: tasks, their holders, packages and events.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <temvar/temvar.h>
-
 #include <limits>
 
 #include "support/host_job.h"

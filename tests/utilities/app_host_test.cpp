@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <temvar/utility_app.h>
 
 #include <cstdint>

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <temvar/utility_string.h>
 
 #include <cstring>

@@ -1,6 +1,4 @@
 // Single files as a whole: copy, move, remove, look-ups, sizes for people, free space.
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <string>
 

@@ -1,6 +1,4 @@
 // Streams, files read, written or made as a whole, and the search for text in one.
-#include <gtest/gtest.h>
-
 #include <cstdio>
 #include <filesystem>
 #include <string>

@@ -1,6 +1,4 @@
 // Paths as text: parts, extensions, free names.
-#include <gtest/gtest.h>
-
 #include <string>
 
 #include "support/take.h"

@@ -1,6 +1,4 @@
 // File times from text.
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <cstdint>
 #include <cstdio>

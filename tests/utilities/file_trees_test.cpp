@@ -1,6 +1,4 @@
 // Directory trees: make, copy, delete, sum up.
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <string>
 

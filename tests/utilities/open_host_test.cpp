@@ -1,7 +1,5 @@
 // ExploreFolder and OpenWithShell with an opener of the test's own on PATH. The opener is a script,
 // and children are looked for with waitpid: this file is built for Linux only.
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <temvar/utility_app.h>
 
@@ -10,8 +8,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 

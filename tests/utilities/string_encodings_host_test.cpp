@@ -1,5 +1,4 @@
 // Conversions between UTF-8, wide text and ANSI, and the repair of UTF-8.
-#include <gtest/gtest.h>
 #include <temvar/utility_string.h>
 
 #include <filesystem>
