@@ -24,7 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   bool found_itself = false;
   while (images.Next(image)) {
     const bool sound = image.base != 0 && image.size != 0 && image.size <= UINT32_MAX &&
-                       image.build_id_size <= sizeof(image.build_id) && image.path[0] == '/';
+                       image.buildIdSize <= sizeof(image.buildId) && image.path[0] == '/';
     if (!sound) std::abort();
     found_itself = found_itself || std::strstr(image.path, "fuzz_images") != nullptr;
   }
