@@ -38,6 +38,17 @@ TEST_P(DeepArchivesTest, AFileInTheWayEndsTheLook) {
   }
 }
 
+#ifndef _WIN32  // Wine takes minutes to make so many levels.
+TEST_P(DeepArchivesTest, AFolderEntryMakesAllThatIsMissing) {
+  const std::string deep = Deep(1010, "");
+  PutArchive({{.name = deep}});
+  const Extraction extraction = Extract();
+  EXPECT_TRUE(extraction.result);
+  EXPECT_EQ(extraction.output.out, "creating directory: " + Full(deep) + "\n");
+  EXPECT_TRUE(TmvUtilityFile()->IsDirectory(Full(deep).c_str()));
+}
+#endif
+
 void* AddAndWrite(void* test) {
   (*static_cast<std::function<void()>*>(test))();
   return nullptr;

@@ -1,7 +1,4 @@
 #include <cstdarg>
-#include <cstdint>
-#include <limits>
-#include <new>
 
 #include "platform/win32.h"
 #include "utilities/string/text.h"
@@ -17,13 +14,9 @@ struct Arguments {
   ~Arguments() { va_end(list); }
 };
 
-// The block for a text of `length` units: (length * 2 + 2) bytes for narrow and wide text alike.
 template <typename Unit>
 Unit* NewFormatBlock(int length) {
-  // In 64 bits: the size for the longest text wraps around to 0 in 32.
-  const uint64_t size = (static_cast<uint64_t>(length) * 2 + 2) / sizeof(Unit);
-  if (size > std::numeric_limits<size_t>::max()) throw std::bad_alloc();
-  return NewBlock<Unit>(static_cast<size_t>(size));
+  return NewBlock<Unit>(FormatBlockUnits<Unit>(length));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -29,6 +30,16 @@ Unit* NewBlock(size_t count) {
   void* const block = std::calloc(count, sizeof(Unit));
   if (block == nullptr) throw std::bad_alloc();
   return static_cast<Unit*>(block);
+}
+
+// Units of the block for a formatted text of `length` units: (length * 2 + 2) bytes for narrow and
+// wide text alike. Throws std::bad_alloc for more than the process can address.
+template <typename Unit>
+size_t FormatBlockUnits(int length) {
+  // In 64 bits: the size for the longest text wraps around to 0 in 32.
+  const uint64_t size = (static_cast<uint64_t>(length) * 2 + 2) / sizeof(Unit);
+  if (size > std::numeric_limits<size_t>::max()) throw std::bad_alloc();
+  return static_cast<size_t>(size);
 }
 
 // A new copy with a terminator. Throws std::bad_alloc.
