@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <utility>
+#include <vector>
 
 #include "crash/crash_run.h"
 
@@ -34,20 +35,17 @@ std::vector<std::string> Words(const std::string& text) {
 }
 
 TEST(CrashSignals, TroubleInTheProcessLosesNoReport) {
-  const Trouble troubles[] = {
-      {"timer bystander", "division", SIGFPE},
-      {"signals-blocked", "null-write", SIGSEGV},
-      {"signals-blocked", "worker", SIGSEGV},
-      {"signals-blocked on-thread", "exception", SIGABRT},
-#if !defined(TEMVAR_FOREIGN_HEAP)  // UndefinedBehaviourSanitizer needs descriptors for its checks.
-      {"no-descriptors bystander", "null-write", SIGSEGV},
-#endif
-      {"many-threads", "division", SIGFPE},
-      {"no-proc", "division", SIGFPE},
-      {"crash-in-collect", "division", SIGFPE},
-      {"fork-in-collect", "division", SIGFPE},
+  std::vector<Trouble> troubles = {
+      {"timer bystander", "division", SIGFPE},  {"signals-blocked", "null-write", SIGSEGV},
+      {"signals-blocked", "worker", SIGSEGV},   {"signals-blocked on-thread", "exception", SIGABRT},
+      {"many-threads", "division", SIGFPE},     {"no-proc", "division", SIGFPE},
+      {"crash-in-collect", "division", SIGFPE}, {"fork-in-collect", "division", SIGFPE},
       {"onlooker", "null-write", SIGSEGV},
   };
+#if !defined(TEMVAR_FOREIGN_HEAP)
+  // UndefinedBehaviourSanitizer needs descriptors for its own checks.
+  troubles.push_back({"no-descriptors bystander", "null-write", SIGSEGV});
+#endif
   for (const Trouble& trouble : troubles) {
     SCOPED_TRACE(std::string(trouble.way) + " with " + trouble.what);
     CrashRun run;
