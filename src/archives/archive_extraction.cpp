@@ -11,7 +11,6 @@
 #include "platform/win32.h"
 #include "temvar/utility_string.h"
 #include "utilities/file/owned_handles.h"
-#include "utilities/file/stream.h"
 #include "utilities/file/system_path.h"
 #include "utilities/string/text.h"
 

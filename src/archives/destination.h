@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/ways.h"
-#include "utilities/file/stream.h"
+#include "utilities/file/owned_handles.h"
 
 namespace temvar {
 

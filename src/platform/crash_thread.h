@@ -4,8 +4,8 @@
 
 namespace temvar {
 
-// Lives on the stack of a thread, from the thread's first statement to its last, and gives that
-// thread the stack that the crash handlers run on, 256 KiB between two guard pages. Without one, a
+// Lives on the stack of a thread, from the thread's first statement to its last, and provides the
+// stack that the crash handlers run on there, 256 KiB between two guard pages. Without one, a
 // thread still reports every crash but its own stack overflow. On Windows, where the handlers run
 // on what is left of the thread's stack, it asks the system to keep as much there.
 // A thread that has such a stack already, and a large enough one, keeps it. Never throws: without
@@ -18,7 +18,7 @@ class CrashThreadScope {
   CrashThreadScope& operator=(const CrashThreadScope&) = delete;
 
  private:
-  void* stack_ = nullptr;  // What this scope made; null when there is nothing to give back.
+  void* stack_ = nullptr;  // What this scope made; null when there is nothing to free.
 };
 
 // The same for a thread that this library did not start: the room stays for the life of the

@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "temvar/utility_file.h"
-#include "utilities/file/stream.h"
+#include "utilities/file/owned_handles.h"
 
 namespace temvar {
 namespace {

@@ -83,7 +83,7 @@ TEST(ManifestText, StopsAtWhatIsNoTag) {
   EXPECT_EQ(Decode(builder.Build()),
             "<e>\n  Unrecognized tag code '100104' at offset " + std::to_string(offset));
 
-  // A document without any tag begins at the scan start, whatever stands there.
+  // A document without any tag begins at the scan start, whatever is there.
   Bytes noTag = ManifestBuilder({"e"}).Build();
   SetWord(noTag, 12, 4);
   EXPECT_EQ(Decode(noTag).substr(0, 25), "  Unrecognized tag code '");
@@ -122,7 +122,7 @@ TEST(ManifestText, HarmsNothingOnForgedDocuments) {
        "< =\"t\">\n  <ckage =\"resourceID 0x9\">\n  </ckage>\n</>\n"},
       {"string count of the most", 16, 0x7FFFFFFF, noStrings},
       {"string count of the least", 16, 0x80000000, noStrings},
-      {"string far behind", 36, 0x7FFFFFFF, lastUnnamed},
+      {"string far beyond", 36, 0x7FFFFFFF, lastUnnamed},
       {"string at the last byte", 36, static_cast<uint32_t>(Plain().Build().size() - 1 - 60),
        lastUnnamed},
       {"string far in front", 36, 0x80000000, lastUnnamed},

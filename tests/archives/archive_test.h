@@ -43,7 +43,7 @@ class ArchiveTest : public WorkFolderTest {
 
   std::string Archive() const { return Path("a.zip"); }
   std::string Destination() const { return Path(out_); }
-  // The full name of an entry, as the lines tell it.
+  // The full name of an entry, as the lines print it.
   std::string Full(const std::string& entry) const { return Destination() + '\\' + entry; }
 
   Extraction Extract() const { return ExtractTo(Destination()); }
@@ -60,9 +60,9 @@ class ArchiveTest : public WorkFolderTest {
   // Name of a file in the destination, for the fixture's own operations.
   std::string Out(const std::string& name) const { return out_ + "/" + name; }
 
-  // Every file and directory (with a slash behind it) below `folder`, by its name from there on.
+  // Every file and directory (with a slash after it) below `folder`, by its name from there on.
   std::set<std::string> Tree(std::string_view folder) const {
-    // Listed at a short path: mingw's runtime lists nothing behind 260 characters.
+    // Listed at a short path: mingw's runtime lists nothing beyond 260 characters.
     const std::filesystem::path place = FilePath(folder);
     std::filesystem::path top = Folder();
     while (top.has_relative_path() && top.native().size() > 100) top = top.parent_path();

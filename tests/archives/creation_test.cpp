@@ -11,7 +11,7 @@ using testing::Field;
 
 class CreationTest : public ArchiveTest {
  protected:
-  // Writes "a.zip" and gives its entries.
+  // Writes "a.zip" and returns its entries.
   std::vector<ZipEntry> Write(const char* exclusions = nullptr) {
     output_ = OutputOf([&] { result_ = zip_->WriteArchive(Archive().c_str(), exclusions); });
     EXPECT_EQ(output_.err, "");
@@ -77,7 +77,7 @@ TEST_P(CreationTest, EntriesStandInTheByteOrderOfTheirPaths) {
   EXPECT_THAT(Names(), ElementsAre("B", "a", "a.a", "a.b", "b"));
 }
 
-TEST_P(CreationTest, APathStandsOnceWithItsLastName) {
+TEST_P(CreationTest, APathIsPackedOnceWithItsLastName) {
   PutFile("a.zip", NoisyBytes(5000));
   EXPECT_THAT(Names(), ElementsAre());
   EXPECT_EQ(GetFile("a.zip").size(), 22u) << "an empty archive replaces what was there";
@@ -111,7 +111,7 @@ TEST_P(CreationTest, ExclusionsGoByTheExtensionOnDisk) {
   EXPECT_EQ(Names("").size(), 5u);
 }
 
-TEST_P(CreationTest, AFileThatCantBeReadIsToldAndStandsEmpty) {
+TEST_P(CreationTest, AFileThatCantBeReadIsReportedAndPackedEmpty) {
   PutFile("there", "data");
   AddFile("gone", "name");
   AddFile("there", "");
@@ -124,7 +124,7 @@ TEST_P(CreationTest, AFileThatCantBeReadIsToldAndStandsEmpty) {
   EXPECT_EQ(entries[1].data, "data");
 }
 
-TEST_P(CreationTest, AnArchiveInItsOwnTreeStandsEmptyInIt) {
+TEST_P(CreationTest, AnArchiveInItsOwnTreeIsPackedEmpty) {
   MakeTree();
   PutFile("data/own.zip", "old");
   zip_->AddDirectory(Path("data").c_str(), nullptr);

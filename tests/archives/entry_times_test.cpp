@@ -57,7 +57,7 @@ const Moment kMoments[] = {
 };
 
 TEST_P(EntryTimesTest, TheOffsetIsThatOfTheZone) {
-  // CTest tells what the zone that it sets may give; no zone is further off than this.
+  // CTest says what the zone that it sets may add; no zone is further off than this.
   const std::chrono::seconds offset = OffsetNow();
   EXPECT_LE(std::chrono::abs(offset), 14h);
   if (const char* const expected = std::getenv("TEMVAR_TEST_OFFSETS")) {

@@ -39,7 +39,7 @@ class ExtractEntryTest : public ArchiveTest {
 };
 TEMVAR_IN_EVERY_PLACE(ExtractEntryTest);
 
-TEST_P(ExtractEntryTest, GivesTheContents) {
+TEST_P(ExtractEntryTest, ReturnsTheContents) {
   const std::string large = NoisyBytes(300'000) + std::string(100'000, 'z');
   PutArchive({{.name = "a/large.bin", .data = large, .method = 8},
               {.name = "empty", .data = ""},
@@ -54,7 +54,7 @@ TEST_P(ExtractEntryTest, GivesTheContents) {
   EXPECT_EQ(TakenBytes(), std::string("nul\0inside", 10));
 }
 
-TEST_P(ExtractEntryTest, WhatIsNotThereIsToldOnStandardError) {
+TEST_P(ExtractEntryTest, WhatIsNotThereIsReportedOnStandardError) {
   EXPECT_FALSE(Take("x"));
   EXPECT_EQ(output_.err, "Cannot open " + Archive() + "\n");
   const std::string longName(255, 'n');

@@ -9,7 +9,7 @@ using testing::UnorderedElementsAre;
 using ExtractionTest = ArchiveTest;
 TEMVAR_IN_EVERY_PLACE(ExtractionTest);
 
-TEST_P(ExtractionTest, UnpacksFilesAndDirectoriesAndTellsEach) {
+TEST_P(ExtractionTest, UnpacksFilesAndDirectoriesAndPrintsEach) {
   const std::string large = NoisyBytes(100'000);
   PutArchive({{.name = "a.txt", .data = "stored"},
               {.name = "empty", .data = ""},
@@ -51,7 +51,7 @@ TEST_P(ExtractionTest, TheDestinationIsMadeAndMayEndInASeparator) {
   EXPECT_EQ(GetFile("out/f"), "x");
 }
 
-TEST_P(ExtractionTest, AnArchiveThatCantBeOpenedIsToldOnStandardError) {
+TEST_P(ExtractionTest, AnArchiveThatCantBeOpenedIsReportedOnStandardError) {
   const std::string noArchives[] = {"", "no archive at all", std::string(100, 'P'),
                                     ZipBytes({{.name = "f", .data = "x"}}).substr(40)};
   for (const std::string& bytes : noArchives) {
@@ -97,7 +97,7 @@ TEST_P(ExtractionTest, AnOutputThatCantBeOpenedCostsThatEntryAlone) {
   MakeFolder("out/taken.txt");
   PutFile("out/file", "no directory");
   PutArchive({{.name = "taken.txt", .data = "a directory has this name"},
-              {.name = "file/below.txt", .data = "a file stands in the way"},
+              {.name = "file/below.txt", .data = "a file is in the way"},
               {.name = "not UTF-8 \xE4", .data = "no name"},
               {.name = "last.txt", .data = "comes out"}});
   const Extraction run = Extract();
@@ -109,7 +109,7 @@ TEST_P(ExtractionTest, AnOutputThatCantBeOpenedCostsThatEntryAlone) {
   EXPECT_EQ(GetFile("out/last.txt"), "comes out");
 }
 
-// Each stands between two good entries: the one before stays, the one behind isn't reached.
+// Each is between two good entries: the one before stays, the one after isn't reached.
 TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
   const char* const kOpen = "unzOpenCurrentFilePassword";
   const char* const kRead = "unzReadCurrentFile";
@@ -140,12 +140,12 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
     SCOPED_TRACE(damage.what);
     ZipEntry bad = damage.entry;
     bad.name = "bad";
-    PutArchive({{.name = "before", .data = "b"}, bad, {.name = "behind", .data = "b"}});
+    PutArchive({{.name = "before", .data = "b"}, bad, {.name = "after", .data = "b"}});
     const Extraction run = Extract();
     EXPECT_FALSE(run.result);
     EXPECT_THAT(run.output.out, testing::EndsWith(ErrorLine(damage.code, damage.where)));
     EXPECT_TRUE(Exists(Out("before")));
-    EXPECT_FALSE(Exists(Out("behind")));
+    EXPECT_FALSE(Exists(Out("after")));
     // The file is on disk before its CRC is known.
     EXPECT_EQ(Exists(Out("bad")), damage.where != kOpen);
     TakeFreshDestination();

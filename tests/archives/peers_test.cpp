@@ -73,7 +73,7 @@ TEST_P(PeersTest, UnpacksWhatOthersPack) {
   WithEach({{"zip", "cd tree && zip -r ../a.zip ."},
             {"zip", "cd tree && zip -rD ../a.zip ."},           // No entries for directories.
             {"zip", "cd tree && zip -r0 ../a.zip ."},           // Stored.
-            {"zip", "cd tree && zip -r - . | cat > ../a.zip"},  // Sizes behind the data, 64 bits.
+            {"zip", "cd tree && zip -r - . | cat > ../a.zip"},  // Sizes after the data, 64 bits.
             {"7z", "cd tree && 7z a -tzip ../a.zip ."},
             {"7z", "cd tree && 7z a -tzip -mx0 -mcu ../a.zip ."},  // UTF-8 flag.
             {"bsdtar", "bsdtar --format zip -cf a.zip -C tree ."},

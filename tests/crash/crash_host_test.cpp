@@ -112,7 +112,7 @@ void CheckDump(const Ending& ending, const CrashRun& run, const Minidump& dump) 
 
 class EveryWay : public testing::TestWithParam<Way> {};
 
-TEST_P(EveryWay, LeavesDumpAndArchiveAndTellsTheHost) {
+TEST_P(EveryWay, LeavesDumpAndArchiveAndCallsTheHost) {
   const Ending& way = GetParam().Here();
   CrashRun run;
   run.Start(GetParam().name);

@@ -247,7 +247,7 @@ TEST(MinidumpWriter, TakesEveryFileForAnImageThatLooksLikeOneAndNoOther) {
     const OpenFile file(path);
     const auto size = static_cast<ssize_t>(test.size);
     ASSERT_EQ(write(file.descriptor, &image, test.size), size);
-    // The second page lies behind the end of the file: whoever touches it dies.
+    // The second page lies beyond the end of the file: whoever touches it dies.
     void* const mapped =
         mmap(nullptr, 2 * kPage, PROT_READ | PROT_EXEC, MAP_PRIVATE, file.descriptor, 0);
     ASSERT_NE(mapped, MAP_FAILED);

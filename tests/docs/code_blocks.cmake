@@ -1,7 +1,7 @@
-# Compiles the blocks of C++ of one document. Three kinds, told by the word behind the language:
+# Compiles the blocks of C++ of one document. Three kinds, by the word after the language:
 #   ```cpp            statements; compiled as the body of a function, with the C++ layer
-#   ```cpp file       a whole source file; compiled as it stands
-#   ```cpp program    a whole program; compiled, linked with the library, and run: it must give 0
+#   ```cpp file       a whole source file; compiled unchanged
+#   ```cpp program    a whole program; compiled, linked with the library, and run: it must end with 0
 #   ```cpp windows    a whole source file that needs Windows; compiled in builds for it
 # Names that statements take as given stand in a comment before the block, not shown to readers:
 #   <!-- given: const char* path -->

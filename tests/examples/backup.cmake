@@ -80,7 +80,7 @@ expect("is not empty")
 file(REMOVE_RECURSE "${FOLDER}/tree/Größe 写真" "${FOLDER}/backup/Größe 写真.zip" "${FOLDER}/wiederhergestellt ✓")
 
 # A folder and a file that can't be read are passed over and listed; the archive that still holds
-# them is kept. Root may read everything, unless it gives that up.
+# them is kept. Root may read everything, unless it drops that right.
 find_program(SETPRIV setpriv)
 if(NOT EMULATOR AND SETPRIV)
   file(CHMOD "${FOLDER}/tree/one/deep" PERMISSIONS OWNER_WRITE)

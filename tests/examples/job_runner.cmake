@@ -16,7 +16,7 @@ expect("tree/two +3 +0 +0 +9 +0  cbf43926\n")
 expect("tree/two/deep +1 +0 +0 +14 +3 ")
 expect("total +5 +0 +0 +32 +3 ")
 
-# What can't be read fails, and its package goes on behind it.
+# What can't be read fails, and its package goes on after it.
 run(1 "" --workers 1 tree/two/a tree/two/missing tree/two/b)
 expect("tree/two +2 +1 +0 +9 +0  cbf43926\n")
 expect("failed: tree/two/missing: ")

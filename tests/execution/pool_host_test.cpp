@@ -38,7 +38,7 @@ TEST(Pool, RunsAsManyTasksSideBySideAsItHasWorkers) {
   Eventually([] { return IdleWorkers() == 4; });
 }
 
-// Tasks tell by their own thread which worker runs them.
+// Tasks report by their own thread which worker runs them.
 TEST(Pool, WorkersAreReusedInTheOrderInWhichTheyBecameIdle) {
   RunningPool pool(3);
   Eventually([] { return IdleWorkers() == 3; });

@@ -48,7 +48,7 @@ TEST(PoolQueue, RemoveQueuedDropsTheQueuesReferences) {
   EXPECT_EQ(LiveBodies(), 0);
 }
 
-TEST(PoolQueue, ListRunningGivesThePlainTasksOfAnEventInTheOrderOfTheirStart) {
+TEST(PoolQueue, ListRunningReturnsThePlainTasksOfAnEventInTheOrderOfTheirStart) {
   Pool().FreeTaskList(nullptr);
   uint32_t count = 77;
   EXPECT_EQ(Pool().ListRunning("a", count), nullptr);

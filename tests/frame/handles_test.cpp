@@ -168,7 +168,7 @@ TEST(HandlesTest, ACancelledCallableLeavesAtItsPausePoint) {
         std::this_thread::sleep_for(1ms);
       }
     });
-    const tmv::Task never = tmv::MakeTask("never", [] { FAIL() << "behind a cancelled task"; });
+    const tmv::Task never = tmv::MakeTask("never", [] { FAIL() << "after a cancelled task"; });
     TmvTaskSchedular()->AddEvent(EventOf("job", {task, never}, end));
     Eventually([&running] { return running.load(); });
     TmvTaskSchedular()->CancelEvent("job");
@@ -283,7 +283,7 @@ TEST(HandlesTest, ACheckNamesWhatWouldStandForEver) {
   TmvTaskSchedular()->RemoveEvent("job");
 }
 
-TEST(HandlesTest, ADescriptionShowsWhereAnEventStands) {
+TEST(HandlesTest, ADescriptionShowsHowFarAnEventIs) {
   std::atomic<int32_t> end{kTaskStateCreated};
   test::Gate gate;
   tmv::RunningPool pool(1);

@@ -75,7 +75,8 @@ TEST(Load, AHundredLivesInOneProcessLeaveNoThreadAndNoHandle) {
     EXPECT_EQ(CountThreads(), threads) << "round " << i;
   }
   // The system itself makes an object for a lock of its own when two threads first meet there, at
-  // no moment that could be told; what a life of the library leaves would count a hundred times.
+  // no moment that could be foreseen; what a life of the library leaves would count a hundred
+  // times.
   EXPECT_LT(CountHandles(), handles + 10);
 }
 
@@ -109,7 +110,7 @@ TEST(Load, UnloadReleasesEventsInTheOrderOfTheirNamesAndNothingQueued) {
   EXPECT_EQ(released, "abc");
 }
 
-TEST(Load, GivesTheSameObjectsEachTime) {
+TEST(Load, ReturnsTheSameObjectsEachTime) {
   const DynamicLibrary once(TEMVAR_LIBRARY_FILE);
   const DynamicLibrary again(TEMVAR_LIBRARY_FILE);
   const auto first = once.Get<decltype(TmvTaskPool)>("TmvTaskPool");

@@ -175,7 +175,7 @@ TEST(Job, APauseThatWaitsReturnsWhenNoCallableWorks) {
   EXPECT_TRUE(job.Failures().empty());
 }
 
-// Each way to leave a job that stands paused, with one callable at its pause point and one held.
+// Each way to leave a paused job, with one callable at its pause point and one held.
 TEST(Job, APausedJobNeverKeepsAnybody) {
   const auto life = std::make_shared<int>(0);
   std::vector<JobState> ends;

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 void PutFile(const fs::path& path, const std::string& text) { std::ofstream(path) << text; }
 
-TEST(Settings, ReadsByTypeAndGivesTheDefaultForAnother) {
+TEST(Settings, ReadsByTypeAndReturnsTheDefaultForAnother) {
   const test::WorkFolder folder;
   const std::string path = tmv::Utf8(folder.path() / "s.json");
   PutFile(

@@ -72,7 +72,7 @@ endParked: \
      parked[t]-- \
   fi
 
-/* ReportState(task, 0): stands at the pause point for as long as the task is paused. */
+/* ReportState(task, 0): waits at the pause point for as long as the task is paused. */
 #define PausePoints(t, endParked, endGone) \
   do \
   :: state[t] != isPaused -> break \
@@ -227,7 +227,7 @@ proctype Worker(byte t) {
   :: heard -> break
   :: else -> Report(t)
   od;
-  /* The pool drops it from the running list and tells the scheduler. */
+  /* The pool drops it from the running list and reports to the scheduler. */
   atomic { running[t] = false; found = false; heard = false };
   NotifyDrain();
   left[t] = true

@@ -75,7 +75,7 @@ TEST_F(Cancelled, WithRemovalTheEventIsForgottenAtOnceAndCalledOnce) {
 TEST_F(Cancelled, WithoutRemovalTheCallWaitsForRunningTasks) {
   StartJob();
   Schedular().CancelEventEx("event", false);
-  Schedular().ScheduleTask(waiting_.get());  // Queued behind the cancel, which takes it out.
+  Schedular().ScheduleTask(waiting_.get());  // Queued after the cancel, which takes it out.
   blocker_.Open();
   Eventually([this] { return running_->GetState() == kTaskStateCancelled; });
   BeQuiet();
@@ -120,7 +120,7 @@ TEST(CancelEvent, AParkedTaskIsPassedByAndWakesOnResume) {
   EXPECT_EQ(event.passed, 1);
 }
 
-// The first cancel takes queued tasks without an event out of the queue, but not the cancels behind
+// The first cancel takes queued tasks without an event out of the queue, but not the cancels after
 // it.
 TEST(CancelEvent, InARowAllCallTheirEvents) {
   std::atomic<int> calls{0};

@@ -170,7 +170,7 @@ class Forest {
   std::map<std::string, Node*> registry_;
 };
 
-TEST(LookUp, GivesTheFirstMatchOfTheDocumentedWalk) {
+TEST(LookUp, FindsTheFirstMatchOfTheDocumentedWalk) {
   constexpr unsigned kEditsOfAForest = 200;
   const char* const wanted = std::getenv("TEMVAR_LOOKUP_EDITS");
   const unsigned long edits = wanted == nullptr ? 20'000 : std::strtoul(wanted, nullptr, 10);

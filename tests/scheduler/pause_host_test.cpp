@@ -41,7 +41,7 @@ TEST(Pause, OfAnUnknownOrIdleEventReturnsAtOnce) {
   Schedular().CancelEvent("nothing");
   Schedular().CancelEventEx("nothing", false);
   // Queued, with no worker to run it: swept, and nothing to wait for.
-  const Job job("event", {{"task", Succeed}, {"behind"}});
+  const Job job("event", {{"task", Succeed}, {"after"}});
   const TaskPtr leaf = MakeTask("leaf");
   const PackagePtr inner = MakePackage({leaf.get()});
   inner->SetState(kTaskStateActive);
@@ -218,7 +218,7 @@ TEST(Pause, TasksInsideAPauseAreWaitedForByNobody) {
 }
 
 // The worker has its next task already when it lets go of what ran before.
-TEST(Pause, FromAReleaserDoesNotWaitForTheTaskBehindIt) {
+TEST(Pause, FromAReleaserDoesNotWaitForTheNextTask) {
   RunningPool pool(1);
   Gate gate;
   std::atomic<bool> paused{false};
@@ -253,7 +253,7 @@ TEST(Pause, ACompletionThatMeetsItParksAndDoesNotBlockTheResume) {
   EXPECT_EQ(job[0]->GetState(), kTaskStateSucceeded);
 }
 
-TEST(CheckPause, TellsWhetherTheTaskHasLeftTheStateCreated) {
+TEST(CheckPause, ReportsWhetherTheTaskHasLeftTheStateCreated) {
   const TaskPtr task = MakeTask("task");
   // Without a registered event there is nothing to park on.
   for (int32_t state = kTaskStateCreated; state <= kTaskStatePaused; ++state) {

@@ -64,7 +64,7 @@ TEST_F(Queries, TheListOfCurrentTasksHoldsOneForEachPackage) {
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("b1"));
 }
 
-TEST_F(Queries, InsertionTakesPlaceBehindADirectChildAlone) {
+TEST_F(Queries, InsertionTakesPlaceAfterADirectChildAlone) {
   const TaskPtr fresh = MakeTask("fresh");
   EXPECT_TRUE(Schedular().InsertTaskAfter(fresh.get(), a1_.get()));
   EXPECT_EQ(first_->GetCount(), 2u);
@@ -79,7 +79,7 @@ TEST_F(Queries, InsertionTakesPlaceBehindADirectChildAlone) {
   EXPECT_EQ(first_->GetCount(), 4u);
 }
 
-// A task that is inserted behind the one in progress runs next; behind the last one it runs too.
+// A task that is inserted after the one in progress runs next; after the last one it runs too.
 TEST(Insertion, TakesEffectWhileThePackageRuns) {
   RunningPool pool(2);
   Log log;
@@ -89,14 +89,14 @@ TEST(Insertion, TakesEffectWhileThePackageRuns) {
   job.Add();
   gate.WaitForArrivals(1);
   EXPECT_TRUE(Schedular().InsertTaskAfter(MakeTask("next", note).get(), job[0]));
-  EXPECT_TRUE(Schedular().InsertTaskAfterName(MakeTask("behind", note).get(), "last"));
+  EXPECT_TRUE(Schedular().InsertTaskAfterName(MakeTask("after", note).get(), "last"));
   ListPtr list(Schedular().ListCurrentTasks(job.event.get()));
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("first"));
   gate.Open();
   log.WaitFor("event");
-  EXPECT_THAT(log.Entries(), ElementsAre("first", "next", "last", "behind", "event"));
+  EXPECT_THAT(log.Entries(), ElementsAre("first", "next", "last", "after", "event"));
   list.reset(Schedular().ListCurrentTasks(job.event.get()));
-  EXPECT_THAT(NamesOf(list.get()), ElementsAre("behind"));
+  EXPECT_THAT(NamesOf(list.get()), ElementsAre("after"));
 }
 
 }  // namespace

@@ -105,7 +105,7 @@ TEST(Road, AnEventTakesTheStateOfThePackageThatEndedLast) {
   }
 }
 
-TEST(Road, AnEventWithoutPackagesOnlyStandsInTheRegistry) {
+TEST(Road, AnEventWithoutPackagesIsInTheRegistryOnly) {
   const EventPtr event = MakeEvent("event", {});
   Schedular().AddEvent(event.get());
   EXPECT_EQ(Schedular().GetEventCount(), 1u);
@@ -205,8 +205,8 @@ TEST(Road, ANestedPackageIsQueuedButItsChildrenNeverStart) {
   const TaskPtr leaf = MakeTask("leaf", log.Note());
   const PackagePtr inner = MakePackage({leaf.get()});
   const TaskPtr before = MakeTask("before", log.Note());
-  const TaskPtr behind = MakeTask("behind", log.Note());
-  const Job job("event", MakePackage({before.get(), inner.get(), behind.get()}));
+  const TaskPtr after = MakeTask("after", log.Note());
+  const Job job("event", MakePackage({before.get(), inner.get(), after.get()}));
   job.Add();
   Eventually([&inner] { return inner->GetState() == kTaskStateActive; });
   BeQuiet();

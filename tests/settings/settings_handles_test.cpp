@@ -1,4 +1,4 @@
-// Walking a document by handles, and what handles give where there is nothing.
+// Walking a document by handles, and what handles return where there is nothing.
 #include <string>
 
 #include "support/settings_store.h"
@@ -46,7 +46,7 @@ TEST_P(SettingsHandles, ReachesElements) {
   }
 }
 
-TEST_P(SettingsHandles, GivesNothingForNothing) {
+TEST_P(SettingsHandles, ReturnsNothingForNothing) {
   TMVUserDefaults* store = Load(R"({"object":{},"array":[1],"text":"abc"})");
   EXPECT_EQ(store->GetMemberBegin(store->GetValue("object", nullptr)),
             store->GetMemberEnd(store->GetValue("object", nullptr)));

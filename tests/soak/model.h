@@ -67,7 +67,7 @@ struct TaskModel {
   int pausePoints = 0;
   int sleepMicroseconds = 0;
   bool silent = false;       // Never reports.
-  bool insertsNext = false;  // Inserts a task behind itself before it reports.
+  bool insertsNext = false;  // Inserts a task after itself before it reports.
   bool cancelsItself = false;
   bool asks = false;  // Looks things up from within.
   bool pausesItsEvent = false;
@@ -94,7 +94,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     return name_ + " task " + std::to_string(1 + random() % lastTask_);
   }
 
-  // Inserts a new task behind any other one, as the scheduler finds it by name.
+  // Inserts a new task after any other one, as the scheduler finds it by name.
   void InsertAnywhere(std::mt19937_64& random) {
     const size_t index = static_cast<size_t>(random() % packages_.size());
     PackageModel& package = *packages_[index];
@@ -103,11 +103,11 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
       const std::lock_guard<std::mutex> lock(package.mutex);
       task = MakeTask(MakeTaskModel(package, index));
     }
-    const std::string behind = SomeTaskName(random);
+    const std::string after = SomeTaskName(random);
     if (Chance(random, 50)) {
-      Schedular().InsertTaskAfterName(task, behind.c_str());
+      Schedular().InsertTaskAfterName(task, after.c_str());
     } else {
-      const tmv::Task existing = tmv::Task::Adopt(Schedular().FindTask(behind.c_str()));
+      const tmv::Task existing = tmv::Task::Adopt(Schedular().FindTask(after.c_str()));
       if (existing) Schedular().InsertTaskAfter(task, existing);
     }
   }
@@ -211,7 +211,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     return task;
   }
 
-  // Also gives the task a payload of its own, which the library carries and releases.
+  // The task also gets a payload of its own, which the library carries and releases.
   tmv::Task MakeTask(TaskModel* model) {
     tmv::Task task = tmv::Task::Adopt(CreateRkTask());
     task->SetName(model->name.c_str());

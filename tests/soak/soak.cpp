@@ -195,7 +195,7 @@ class Driver {
     event.LetGo();
   }
 
-  // What was queued before has started, or was dropped, when a function behind it is released.
+  // What was queued before has started, or was dropped, when a function after it is released.
   void AwaitQueue(EventModel& event) {
     std::shared_ptr<int> token = std::make_shared<int>();
     const std::weak_ptr<int> life = token;

@@ -42,7 +42,7 @@ inline std::size_t CountThreads() {
   return count;
 }
 
-// Tries each value that a handle can have, for Wine 8 gives 0 for GetProcessHandleCount. Handles
+// Tries each value that a handle can have, for Wine 8 returns 0 from GetProcessHandleCount. Handles
 // are multiples of four, and the lowest free one is taken first.
 inline std::size_t CountHandles() {
   constexpr std::uintptr_t kHighest = 4 * 4096;

@@ -227,7 +227,7 @@ class RunningPool {
   bool stopped_ = false;
 };
 
-// Number of idle workers. With nothing queued a pass of pairing changes nothing and tells it.
+// Number of idle workers. With nothing queued a pass of pairing changes nothing and reports it.
 inline uint32_t IdleWorkers() {
   uint32_t pending = 0;
   uint32_t idle = 0;

@@ -60,7 +60,7 @@ class ManifestBuilder {
     return *this;
   }
 
-  // The document, with the record that ends a namespace behind the last tag.
+  // The document, with the record that ends a namespace after the last tag.
   Bytes Build() const {
     const auto pool = static_cast<uint32_t>(28 + 4 * index_.size() + data_.size());
     const auto count = static_cast<uint32_t>(index_.size());
@@ -77,7 +77,7 @@ class ManifestBuilder {
     return out;
   }
 
-  // Where the first record stands in the document.
+  // Where the first record is in the document.
   size_t FirstRecord() const { return 36 + 4 * index_.size() + data_.size(); }
 
  private:

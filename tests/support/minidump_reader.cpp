@@ -39,7 +39,7 @@ class Reader {
 
   uint64_t Number(uint64_t offset, unsigned size) {
     if (offset + size > bytes_.size()) {
-      Check(false, "a number lies behind the end");
+      Check(false, "a number lies beyond the end");
       return 0;
     }
     uint64_t value = 0;
@@ -51,7 +51,7 @@ class Reader {
 
   std::string Slice(uint64_t offset, uint64_t size) {
     if (offset + size > bytes_.size()) {
-      Check(false, "a location lies behind the end");
+      Check(false, "a location lies beyond the end");
       return "";
     }
     return bytes_.substr(static_cast<size_t>(offset), static_cast<size_t>(size));
@@ -166,7 +166,7 @@ class Reader {
       if (thread.stackSize == 0) continue;
       const auto range = dump_.memory.find(thread.stackStart);
       Check(range != dump_.memory.end() && range->second.size() == thread.stackSize,
-            "a stack stands in the memory list");
+            "a stack is in the memory list");
     }
     if (dump_.exception.present) {
       Check(dump_.FindThread(dump_.exception.thread) != nullptr, "the crashed thread is listed");

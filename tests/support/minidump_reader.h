@@ -45,7 +45,7 @@ struct Minidump {
   std::vector<std::string> errors;  // What is wrong with the file; empty for a good one.
   // Every text ends in a zero unit, as the format wants it; Wine's don't.
   bool textsEnd = true;
-  // No two memory ranges share an address. With several threads Wine tells some code twice.
+  // No two memory ranges share an address. With several threads Wine lists some code twice.
   bool rangesApart = true;
   uint16_t processor = 0;
   uint32_t platform = 0;

@@ -8,7 +8,8 @@
 
 namespace test {
 
-// The text of a block, which is released. A null block gives "<null>", which no operation returns.
+// The text of a block, which is released. A null block reads as "<null>", which no operation
+// returns.
 inline std::string Take(char* block) {
   if (block == nullptr) return "<null>";
   std::string text(block);

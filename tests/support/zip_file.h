@@ -19,15 +19,15 @@ constexpr uint32_t DosDate(uint32_t year, uint32_t month, uint32_t day, uint32_t
   return ((year - 1980) << 9 | month << 5 | day) << 16 | hour << 11 | minute << 5 | second / 2;
 }
 
-// One entry. What isn't given is told as it is.
+// One entry. What isn't set is written as it is.
 struct ZipEntry {
   std::string name = {};
   std::string data = {};
-  uint16_t method = 0;  // 0 stored, 8 deflated; another number is told over stored data.
+  uint16_t method = 0;  // 0 stored, 8 deflated; another number goes with stored data.
   uint16_t flags = 0;
   uint32_t dosDate = DosDate(2024, 1, 31, 17, 5, 8);
   std::optional<uint32_t> crc = {};
-  std::optional<uint32_t> size = {};  // Of the contents, as both headers tell it.
+  std::optional<uint32_t> size = {};  // Of the contents, as both headers have it.
   std::optional<std::string> packed = {};
   std::string centralExtra = {};
   std::string comment = {};
@@ -36,7 +36,7 @@ struct ZipEntry {
 
 // What surrounds the entries.
 struct ZipFrame {
-  std::optional<uint16_t> count = {};  // Entries, as the end record tells it.
+  std::optional<uint16_t> count = {};  // Entries, as the end record has it.
   bool zip64End = false;               // With the two 64-bit records before the end record.
   std::string prefix = {};             // Bytes before the archive, as in a self-extracting one.
 };
@@ -64,7 +64,7 @@ inline uint32_t Crc32(std::string_view data) {
       crc32(0, reinterpret_cast<const Bytef*>(data.data()), static_cast<uInt>(data.size())));
 }
 
-// Packs with zlib; window bits -15 for what stands in a ZIP entry, 15 for zlib, 31 for gzip.
+// Packs with zlib; window bits -15 for a ZIP entry, 15 for zlib, 31 for gzip.
 inline std::string Deflated(std::string_view data, int windowBits, int level = 6) {
   z_stream stream = {};
   deflateInit2(&stream, level, Z_DEFLATED, windowBits, 8, Z_DEFAULT_STRATEGY);
@@ -122,7 +122,7 @@ inline std::string ZipBytes(const std::vector<ZipEntry>& entries, const ZipFrame
 }
 
 // Reads the entries of an archive without comment. Contents are unpacked and their CRC is checked;
-// a damaged archive gives what was read up to there and one entry named "damaged".
+// a damaged archive returns what was read up to there and one entry named "damaged".
 inline std::vector<ZipEntry> ReadZip(const std::string& archive) {
   const auto number = [&](size_t at, size_t size) {
     uint32_t value = 0;

@@ -107,7 +107,7 @@ TEST(Task, OneDataServesSeveralFunctions) {
   EXPECT_EQ(released, 1);
 }
 
-TEST(TaskPackage, GivesItsChildrenWithReferences) {
+TEST(TaskPackage, ReturnsItsChildrenWithReferences) {
   const PackagePtr package(CreateRkTaskPackage());
   EXPECT_EQ(package->GetCount(), 0u);
   EXPECT_EQ(package->GetFirst(), nullptr);

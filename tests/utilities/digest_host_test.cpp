@@ -14,18 +14,18 @@ using namespace test;
 TMVUtilityString* const text = TmvUtilityString();
 
 // The result of a call and what it printed on standard output.
-struct Told {
+struct Heard {
   std::string result;
   std::string printed;
 };
 
 template <typename Call>
-Told Listen(Call call) {
+Heard Listen(Call call) {
   testing::internal::CaptureStdout();
-  Told told;
-  told.result = Take(call());
-  told.printed = testing::internal::GetCapturedStdout();
-  return told;
+  Heard heard;
+  heard.result = Take(call());
+  heard.printed = testing::internal::GetCapturedStdout();
+  return heard;
 }
 
 using DigestTest = WorkFolderTest;
@@ -48,9 +48,9 @@ TEST_P(DigestTest, Md5OfKnownTexts) {
   const std::string path = Path("file \xCE\xB1.bin");
   for (const auto& [bytes, digest] : cases) {
     PutFile("file \xCE\xB1.bin", bytes);
-    const Told told = Listen([&] { return text->Md5OfFile(path.c_str()); });
-    EXPECT_EQ(told.result, digest);
-    EXPECT_EQ(told.printed, "MD5 hash of file " + path + " is: " + digest + "\n");
+    const Heard heard = Listen([&] { return text->Md5OfFile(path.c_str()); });
+    EXPECT_EQ(heard.result, digest);
+    EXPECT_EQ(heard.printed, "MD5 hash of file " + path + " is: " + digest + "\n");
   }
 }
 
@@ -65,9 +65,9 @@ TEST_P(DigestTest, Md5OfWhatCannotBeOpened) {
   };
   for (const auto& [path, line] : cases) {
     const char* const bad = path;
-    const Told told = Listen([bad] { return text->Md5OfFile(bad); });
-    EXPECT_EQ(told.result, "");
-    EXPECT_EQ(told.printed, "Error opening file " + line);
+    const Heard heard = Listen([bad] { return text->Md5OfFile(bad); });
+    EXPECT_EQ(heard.result, "");
+    EXPECT_EQ(heard.printed, "Error opening file " + line);
   }
 }
 
@@ -83,9 +83,9 @@ TEST(Digest, Sha1OfKnownTexts) {
       {"\xFF\x80", "2f52fa98aee1519d88a09e5019f4186aa4ba767a"},
   };
   for (const auto& [bytes, digest] : cases) {
-    const Told told = Listen([&bytes = bytes] { return text->Sha1OfString(bytes.c_str()); });
-    EXPECT_EQ(told.result, digest);
-    EXPECT_EQ(told.printed, "");
+    const Heard heard = Listen([&bytes = bytes] { return text->Sha1OfString(bytes.c_str()); });
+    EXPECT_EQ(heard.result, digest);
+    EXPECT_EQ(heard.printed, "");
   }
   EXPECT_EQ(text->Sha1OfString(nullptr), nullptr);
 }

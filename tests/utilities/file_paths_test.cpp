@@ -28,7 +28,7 @@ TEST(SplitPath, CutsAtTheLastSeparatorAndTheLastDot) {
       {"dir/", "dir/", "", ""},
       {"\\", "\\", "", ""},
       {"Φάκελος/漢字😀.ΤΧΤ", "Φάκελος/", "漢字😀", ".ΤΧΤ"},
-      // The last dot of the whole path stands in a directory's name.
+      // The last dot of the whole path is in a directory's name.
       {"a.b/c", "a.b/", "c", ".b/c"},
       {"a.b\\", "a.b\\", "", ".b\\"},
       {"./c", "./", "c", "./c"},

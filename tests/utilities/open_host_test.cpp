@@ -25,7 +25,7 @@ class OpenTest : public WorkFolderTest {
  protected:
   void SetUp() override {
     MakeFolder("bin");
-    // Tells its number of arguments and the first one; renamed when whole.
+    // Writes its number of arguments and the first one; renamed when whole.
     PutScript(
         "bin/xdg-open",
         "#!/bin/sh\nprintf '%s|%s' \"$#\" \"$1\" > \"$OUT.part\"\nmv \"$OUT.part\" \"$OUT\"\n");

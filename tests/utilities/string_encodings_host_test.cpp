@@ -62,8 +62,8 @@ TEST(StringConvert, IllFormedTextIsEmpty) {
   for (const std::string bytes : cases) {
     // At the places where the library goes from one way of reading to another, and at the end.
     for (const size_t before : {0u, 1u, 2u, 3u, 7u, 8u, 61u, 62u, 63u, 64u, 65u}) {
-      for (const size_t behind : {0u, 1u, 2u, 3u, 70u}) {
-        const std::string utf8 = std::string(before, 'x') + bytes + std::string(behind, 'y');
+      for (const size_t after : {0u, 1u, 2u, 3u, 70u}) {
+        const std::string utf8 = std::string(before, 'x') + bytes + std::string(after, 'y');
         TmvWideChar* const wide = text->Utf8ToWide(utf8.c_str());
         EXPECT_EQ(wide[0], 0) << testing::PrintToString(utf8);
         EXPECT_EQ(wide[1], 0);

@@ -22,7 +22,8 @@ using namespace test;
 
 TMVUtilityString* const text = TmvUtilityString();
 
-// The plain code gives what the pattern itself gives, on texts made of the characters that count.
+// The plain code returns what the pattern itself returns, on texts made of the characters that
+// count.
 TEST(StringPatterns, SameAsTheExpressions) {
   const std::regex address("[^@]+@[^.]+[.]{1}.+");
   const std::regex all_digits("^\\d+$");

@@ -62,7 +62,7 @@ constexpr Moment kWayBack[] = {
     {"EST5EDT", "1970-01-01T05:00:00Z", "1970-01-01 00:00:00"},
 };
 
-// The text that a conversion gives is also what it stores.
+// The text that a conversion returns is also what it stores.
 template <typename Convert>
 void ExpectText(Convert convert, const std::string& expected, const char* form) {
   EXPECT_EQ(Take(convert(nullptr)), expected);

@@ -16,30 +16,26 @@ inline constexpr ALG_ID CALG_SHA1 = 0x8004;
 inline constexpr DWORD HP_HASHVAL = 2;
 inline constexpr DWORD HP_HASHSIZE = 4;
 
-// Error codes: a bad algorithm, a hash that already gave its value, a provider that has none of
-// the parameter, a bad kind of parameter.
-inline constexpr DWORD ERROR_MORE_DATA = 234;
+// Error codes: an algorithm that this system refuses, a failure inside the provider.
 inline constexpr DWORD NTE_BAD_ALGID = 0x80090008;
-inline constexpr DWORD NTE_BAD_TYPE = 0x8009000A;
-inline constexpr DWORD NTE_BAD_HASH_STATE = 0x8009000C;
 inline constexpr DWORD NTE_FAIL = 0x80090020;
 
-// A context without keys; container and provider names must be null, `type` PROV_RSA_FULL and
-// `flags` CRYPT_VERIFYCONTEXT. All functions return FALSE on failure, which GetLastError reports.
+// A context without keys. REQUIRES: null names of container and provider, PROV_RSA_FULL,
+// CRYPT_VERIFYCONTEXT. All functions return FALSE on failure, which GetLastError reports.
 BOOL CryptAcquireContextW(HCRYPTPROV* context, LPCWSTR container, LPCWSTR provider, DWORD type,
                           DWORD flags);
 BOOL CryptReleaseContext(HCRYPTPROV context, DWORD flags);
 
-// A digest in the making, CALG_MD5 or CALG_SHA1; `key` and `flags` are 0.
+// A digest in the making. REQUIRES: CALG_MD5 or CALG_SHA1; `key` and `flags` are 0, here and below.
 BOOL CryptCreateHash(HCRYPTPROV context, ALG_ID algorithm, HCRYPTKEY key, DWORD flags,
                      HCRYPTHASH* hash);
 BOOL CryptDestroyHash(HCRYPTHASH hash);
 
-// Adds bytes to a digest that hasn't been read yet.
+// Adds bytes. REQUIRES: the digest hasn't been read yet.
 BOOL CryptHashData(HCRYPTHASH hash, const BYTE* data, DWORD size, DWORD flags);
 
 // HP_HASHSIZE returns the digest's size as a DWORD, HP_HASHVAL the digest, which ends it. `*size`
-// is the room in `data`, and becomes the room used; with too little room, the room needed.
+// becomes the size of the value. REQUIRES: room for it in `data`.
 BOOL CryptGetHashParam(HCRYPTHASH hash, DWORD parameter, BYTE* data, DWORD* size, DWORD flags);
 
 struct GUID {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/win32.h"
-#include "utilities/file/stream.h"
+#include "utilities/file/owned_handles.h"
 #include "utilities/file/system_path.h"
 #include "utilities/file/utility_file_impl.h"
 

@@ -1,6 +1,10 @@
-// Owners of what the system's file functions return: closed on every way out.
+// Owners of what the file functions of the system and of the runtime return: closed on every way
+// out.
 #ifndef TEMVAR_UTILITIES_FILE_OWNED_HANDLES_H_
 #define TEMVAR_UTILITIES_FILE_OWNED_HANDLES_H_
+
+#include <cstdio>
+#include <memory>
 
 #include "platform/win32.h"
 #include "temvar/types.h"
@@ -42,6 +46,14 @@ class FindHandle {
  private:
   const HANDLE handle_;
 };
+
+// The result of fclose is lost, so a writer must not leave bytes in the buffer for it.
+struct CloseStream {
+  void operator()(FILE* stream) const noexcept { std::fclose(stream); }
+};
+
+// A stream of fopen and its kin.
+using Stream = std::unique_ptr<FILE, CloseStream>;
 
 }  // namespace temvar
 

@@ -74,6 +74,17 @@ namespace temvar {
 using SignalHandler = void (*)(int);
 SignalHandler signal(int number, SignalHandler handler);
 
+namespace posix {
+
+// What the functions above have registered; null where nothing is. Safe in a crash.
+struct ExceptionHandlers {
+  PVECTORED_EXCEPTION_HANDLER vectored;
+  LPTOP_LEVEL_EXCEPTION_FILTER unhandled;
+  SignalHandler abort;
+};
+ExceptionHandlers GetExceptionHandlers();
+
+}  // namespace posix
 }  // namespace temvar
 
 // The kernel's number of the calling thread.
