@@ -70,6 +70,12 @@ void InflateOnce(const std::string& packed, int windowBits, char* output) {
   inflateEnd(&stream);
 }
 
+// Packing takes longer than unpacking, and must not fall into the first measured round.
+void Prepare(const benchmark::State&) {
+  Gzipped();
+  Zlibbed();
+}
+
 void Rate(benchmark::State& state) { state.SetBytesProcessed(state.iterations() * kSize); }
 
 void GunzipBuffer(benchmark::State& state) {
@@ -83,14 +89,14 @@ void GunzipBuffer(benchmark::State& state) {
   }
   Rate(state);
 }
-BENCHMARK(GunzipBuffer)->Arg(0)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(GunzipBuffer)->Arg(0)->Arg(1000)->Setup(Prepare)->Unit(benchmark::kMillisecond);
 
 void GunzipOnce(benchmark::State& state) {
   const auto output = std::make_unique<char[]>(kSize);
   for (auto _ : state) InflateOnce(Gzipped(), 31, output.get());
   Rate(state);
 }
-BENCHMARK(GunzipOnce)->Unit(benchmark::kMillisecond);
+BENCHMARK(GunzipOnce)->Setup(Prepare)->Unit(benchmark::kMillisecond);
 
 void InflateBuffer(benchmark::State& state) {
   for (auto _ : state) {
@@ -101,7 +107,7 @@ void InflateBuffer(benchmark::State& state) {
   }
   Rate(state);
 }
-BENCHMARK(InflateBuffer)->Unit(benchmark::kMillisecond);
+BENCHMARK(InflateBuffer)->Setup(Prepare)->Unit(benchmark::kMillisecond);
 
 // Into fresh memory, as InflateBuffer must; and into memory that was used before.
 void InflateOnceFresh(benchmark::State& state) {
@@ -111,13 +117,13 @@ void InflateOnceFresh(benchmark::State& state) {
   }
   Rate(state);
 }
-BENCHMARK(InflateOnceFresh)->Unit(benchmark::kMillisecond);
+BENCHMARK(InflateOnceFresh)->Setup(Prepare)->Unit(benchmark::kMillisecond);
 
 void InflateOnce(benchmark::State& state) {
   const auto output = std::make_unique<char[]>(kSize);
   for (auto _ : state) InflateOnce(Zlibbed(), 15, output.get());
   Rate(state);
 }
-BENCHMARK(InflateOnce)->Unit(benchmark::kMillisecond);
+BENCHMARK(InflateOnce)->Setup(Prepare)->Unit(benchmark::kMillisecond);
 
 }  // namespace
