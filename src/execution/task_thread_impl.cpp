@@ -14,6 +14,12 @@ void RkTaskThreadImpl::ReportIdle() {
   if (pool_ != nullptr) pool_->ThreadIdle(this);
 }
 
+void RkTaskThreadImpl::Lock() {
+  lockers_.fetch_add(1);
+  mutex_.Lock();
+  lockers_.fetch_sub(1);
+}
+
 void RkTaskThreadImpl::Start() { thread_ = std::thread(&RkTaskThreadImpl::ThreadMain, this); }
 
 // A thread that joins itself is refused before the system refuses it: ThreadSanitizer (GCC 12)
@@ -32,9 +38,10 @@ void RkTaskThreadImpl::Stop() {
   }
   stopAsked_.store(true, std::memory_order_release);
   {
-    MutexLock lock(mutex_);
+    Lock();
     stopRequested_.store(true, std::memory_order_release);
     Wake();
+    Unlock();
   }
   Join();
   if (RkTaskPoolImpl* const pool = ToImpl(pool_)) pool->TakeBack(*this);
@@ -64,16 +71,18 @@ void RkTaskThreadImpl::SetMarkedRunning() {
 void RkTaskThreadImpl::ThreadMain() {
   const CrashThreadScope crashStack;
   SetCurrentThreadName("temvar-worker");
-  Lock();
+  MutexLock lock(mutex_);
   while (!stopRequested_.load(std::memory_order_acquire)) {
     RunAssignment();
     ReportIdle();
-    // The gap in which a thread that waits for the mutex may get it.
-    Unlock();
-    Lock();
+    if (lockers_.load(std::memory_order_relaxed) > 0) LetOthersLock();
     while (!HasSomethingToDo()) Wait();
   }
-  Unlock();
+}
+
+void RkTaskThreadImpl::LetOthersLock() {
+  mutex_.Unlock();
+  mutex_.Lock();
 }
 
 // To end, or to begin an assignment, which a Stop that is under way forbids.

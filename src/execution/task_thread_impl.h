@@ -23,7 +23,8 @@ struct PendingTask {
 //
 // Thread-safety:
 // 1. The thread holds mutex_ except while it waits and in the gap between two rounds, so a Stop
-//    waits for a running callback.
+//    waits for a running callback. It makes the gap when another thread waits for the mutex, which
+//    lockers_ counts.
 // 2. The assignment is written by the pool, under its idleMutex, while the worker is in the idle
 //    queue, and only if there is none; or by the worker's own thread on its way back to the pool.
 //    func_ is published by task_.
@@ -47,7 +48,7 @@ class RkTaskThreadImpl final : public RkTaskThread {
   void ReportIdle() override;
   void SetPool(RkTaskPool* pool) override { pool_ = pool; }
   void Wake() override { wake_.Notify(); }
-  void Lock() override TMV_ACQUIRE(mutex_) { mutex_.Lock(); }
+  void Lock() override TMV_ACQUIRE(mutex_);
   void Unlock() override TMV_RELEASE(mutex_) { mutex_.Unlock(); }
   void Wait() override TMV_REQUIRES(mutex_) { wake_.Wait(mutex_); }
   void Join() override;
@@ -70,6 +71,7 @@ class RkTaskThreadImpl final : public RkTaskThread {
  private:
   void ThreadMain();
   void RunAssignment();
+  void LetOthersLock() TMV_REQUIRES(mutex_);
   bool HasSomethingToDo() const;
 
   std::atomic<bool> stopAsked_{false};      // See 4.
@@ -81,6 +83,7 @@ class RkTaskThreadImpl final : public RkTaskThread {
   bool markedRunning_ = false;
 
   Mutex mutex_;
+  std::atomic<int> lockers_{0};  // Threads that are about to take mutex_, but for the worker's own.
   WakeSignal wake_;
   std::thread thread_;
 };

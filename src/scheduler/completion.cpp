@@ -8,7 +8,8 @@
 namespace temvar {
 
 void RkTaskSchedularImpl::Update(void* /*data*/, const char* key) {
-  if (key == nullptr) return;
+  // The pool's other message comes as often, and is known by its address as a rule.
+  if (key == nullptr || key == kTaskPoolReadyToRunThread) return;
   if (std::strcmp(key, kTaskPoolAddThreadToPool) != 0) return;
   // A wait is woken by the tasks that it waits for and not by each one of the process.
   const uint64_t departures = awaitedDepartures.load(std::memory_order_relaxed);
