@@ -18,11 +18,13 @@ using CollectCallback = void (*)(const TmvWideChar* dumpDirectory, void** result
 // is notified. Nothing is sent anywhere and no dialog is shown.
 //
 // Both callbacks run on the crashing thread of a process that has just failed: the heap may be
-// damaged or locked, and other threads run on. The stack has 256 KiB, or what is left of it on
-// Windows. A callback that throws is passed over, and the report goes on with the archive and the
-// notice. So is a callback that crashes or takes more than a minute, on Linux; on Windows a crash
-// in a callback is a crash of its own, and the second one inside a report ends the process. After a
-// callback or the heap has hung, each further one has five seconds.
+// damaged or locked, and other threads run on. The stack has 256 KiB; on Windows a thread other
+// than that of Install and the workers has what is left of its own stack, and below 112 KiB of it
+// there is no archive, below 64 KiB no report. A callback that throws is passed over, and the
+// report goes on with the archive and the notice. So is a callback that crashes or takes more than
+// a minute, on Linux; on Windows a crash in a callback is a crash of its own, and the second one
+// inside a report ends the process. After a callback or the heap has hung, each further one has
+// five seconds.
 //
 // What counts as a crash, and how the process ends after it: docs/crash-reports.md.
 class TMVDbgReport {

@@ -78,9 +78,9 @@ void MakeReport(EXCEPTION_POINTERS* exception, bool notify) {
   const DumpPath path;
   WriteDump(path.Dump(), exception);
 
-  const bool heapServes = HeapServesInCrash();
+  const bool canPack = HeapServesInCrash() && stack.IsEnoughForArchive();
   RunCrashStep([] { Collect(); });
-  if (heapServes) RunCrashStep([&] { WriteArchive(path.Archive()); });
+  if (canPack) RunCrashStep([&] { WriteArchive(path.Archive()); });
   const ReportCallback report = reportCallback.load();
   if (notify && report != nullptr) RunCrashStep([&] { report(path.Archive()); });
 }

@@ -39,10 +39,14 @@ class CrashStackUse {
   // leave the process running.
   bool IsEnough() const { return isEnough_; }
 
+  // False when what is left is enough for a dump and the callbacks, and not for an archive.
+  bool IsEnoughForArchive() const { return isEnoughForArchive_; }
+
  private:
   // The opened page; null when none was in the way, as everywhere but on Windows.
   [[maybe_unused]] void* guard_ = nullptr;
   bool isEnough_ = true;
+  bool isEnoughForArchive_ = true;
 };
 
 }  // namespace temvar

@@ -6,7 +6,6 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -71,8 +70,10 @@ void HideProc() {
 
 void StartTimer() {
   signal(SIGALRM, [](int) {});
-  const itimerval often = {{0, 2000}, {0, 2000}};
-  setitimer(ITIMER_REAL, &often, nullptr);
+  const itimerspec often = {{0, 2'000'000}, {0, 2'000'000}};
+  timer_t timer = nullptr;
+  if (timer_create(CLOCK_MONOTONIC, nullptr, &timer) != 0) std::abort();
+  timer_settime(timer, 0, &often, nullptr);
 }
 
 void ChangeZone() {

@@ -7,9 +7,11 @@ namespace {
 
 // The report packs an archive and calls the host on what is left of an overflown stack.
 constexpr size_t kKeptStack = 256 * 1024;
-// A report took 80 KiB to its end, and 48 KiB to its dump (32-bit Wine 8.0). With less than this an
-// overflow in the middle ended a 64-bit thread alone.
+// A report took up to 81 KiB to its end, and up to 48 KiB without the archive (32-bit and 64-bit
+// Wine 8.0). An overflow in the middle of a report may end the thread alone, with the process
+// running on.
 constexpr size_t kLeastStack = 64 * 1024;
+constexpr size_t kLeastStackOfArchive = 112 * 1024;
 constexpr size_t kPageSize = 4096;
 // No guard so close below what the thread is using: the system's own way to the handlers.
 constexpr size_t kSafeDistance = 64 * 1024;
@@ -67,6 +69,7 @@ CrashStackUse::CrashStackUse() noexcept {
   char* const bottom = StackBottom();
   if (bottom == nullptr) return;
   isEnough_ = BytesAbove(bottom) >= kLeastStack;
+  isEnoughForArchive_ = BytesAbove(bottom) >= kLeastStackOfArchive;
   guard_ = OpenKeptStack(bottom);
 }
 
