@@ -38,7 +38,7 @@ TEST_P(DeepArchivesTest, AFileInTheWayEndsTheLook) {
   }
 }
 
-#ifndef _WIN32  // Wine takes minutes to make so many levels.
+#ifndef _WIN32  // Wine takes a minute for so many levels.
 TEST_P(DeepArchivesTest, AFolderEntryMakesAllThatIsMissing) {
   const std::string deep = Deep(1010, "");
   PutArchive({{.name = deep}});
