@@ -25,14 +25,14 @@ tmv::Event MakeEvent() {
   tmv::Event event = tmv::Event::Adopt(CreateRkTaskEvent());
   event->SetName("memory");
   tmv::Package package;
+  constexpr RkTaskCallback kNothing = [](RkTask*, RkTaskData*) {};
   for (size_t i = 0; i < kTasks; ++i) {
     if (i % kTasksInPackage == 0) {
       package = tmv::Package::Adopt(CreateRkTaskPackage());
       event->AddPackage(package);
     }
     const tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
-    func->Bind(
-        nullptr, [](RkTask*, RkTaskData*) {}, nullptr);
+    func->Bind(nullptr, kNothing, nullptr);
     const tmv::Task task = tmv::Task::Adopt(CreateRkTask());
     task->SetName(("task " + std::to_string(i)).c_str());
     task->SetFunc(func);

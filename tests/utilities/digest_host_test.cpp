@@ -83,7 +83,7 @@ TEST(Digest, Sha1OfKnownTexts) {
       {"\xFF\x80", "2f52fa98aee1519d88a09e5019f4186aa4ba767a"},
   };
   for (const auto& [bytes, digest] : cases) {
-    const Heard heard = Listen([&bytes = bytes] { return text->Sha1OfString(bytes.c_str()); });
+    const Heard heard = Listen([&input = bytes] { return text->Sha1OfString(input.c_str()); });
     EXPECT_EQ(heard.result, digest);
     EXPECT_EQ(heard.printed, "");
   }
