@@ -33,6 +33,11 @@ std::string PrepareReports(const std::filesystem::path& folder) {
   note_file = std::filesystem::absolute(folder) / "last-report.txt";
   host_report = dump_folder / "host.txt";
   std::filesystem::create_directories(dump_folder);
+  // Dumps hold what was in memory: they are closed to everybody else. Changing nothing still throws
+  // when the folder is somebody else's, who could put another one in the place of `dumps`.
+  using std::filesystem::perms;
+  std::filesystem::permissions(dump_folder, perms::owner_all);
+  std::filesystem::permissions(folder, perms::none, std::filesystem::perm_options::add);
 
   std::string archive;
   std::getline(std::ifstream(note_file), archive);

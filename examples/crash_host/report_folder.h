@@ -6,7 +6,8 @@
 
 namespace crash_host {
 
-// Makes the folder, with `dumps` for the reports in it. Returns the path of the archive of which
+// Makes the folder, with `dumps` for the reports in it, which belongs to the user alone; throws
+// std::filesystem::filesystem_error where it can't. Returns the path of the archive of which
 // the previous run was noted, once; empty if there is none.
 std::string PrepareReports(const std::filesystem::path& folder);
 
