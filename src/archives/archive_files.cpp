@@ -95,6 +95,7 @@ struct BlockFile {
     for (size_t i = 0; i < blocks.size(); ++i) {
       if (blocks[i].Holds(place)) return blocks[lastUsed = i];
     }
+    if (place >= fileEnd) return blocks[lastUsed];
     const ZPOS64_T start = place / kBlockSize * kBlockSize;
     size_t chosen = 1 - lastUsed;
     if (start != 0 && blocks[lastUsed].Holds(start - 1)) chosen = lastUsed;
