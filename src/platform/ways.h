@@ -3,6 +3,7 @@
 #ifndef TEMVAR_PLATFORM_WAYS_H_
 #define TEMVAR_PLATFORM_WAYS_H_
 
+#include <array>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -29,7 +30,7 @@ Way LookAlong(const TmvWideChar* path, size_t count);
 // Equal for two paths exactly if they lead to the same existing file or folder, links followed.
 struct FileIdentity {
   uint64_t volume;
-  uint64_t file;
+  std::array<uint64_t, 2> file;
 
   auto operator<=>(const FileIdentity&) const = default;
 };

@@ -81,7 +81,7 @@ bool IdentifyFile(const TmvWideChar* path, FileIdentity* identity) {
   const posix::NarrowPath narrow(path);
   struct stat info;
   if (!narrow.ok() || stat(narrow.c_str(), &info) != 0) return false;
-  *identity = {info.st_dev, info.st_ino};
+  *identity = {info.st_dev, {info.st_ino}};
   return true;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/ways.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 
 #include "platform/win32.h"
@@ -8,9 +9,18 @@
 namespace temvar {
 namespace {
 
+// Why there is nothing to look at: no such name, or a name that nothing can have.
+bool MeansMissing(DWORD error) {
+  return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
+         error == ERROR_INVALID_NAME;
+}
+
+// In doubt a link: callers refuse to go through one.
 ComponentKind KindOf(const wchar_t* path) {
   const DWORD attributes = GetFileAttributesW(path);
-  if (attributes == INVALID_FILE_ATTRIBUTES) return ComponentKind::kMissing;
+  if (attributes == INVALID_FILE_ATTRIBUTES) {
+    return MeansMissing(GetLastError()) ? ComponentKind::kMissing : ComponentKind::kLink;
+  }
   const bool isFolder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
   const ComponentKind kind = isFolder ? ComponentKind::kFolder : ComponentKind::kFile;
   if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return kind;
@@ -18,10 +28,25 @@ ComponentKind KindOf(const wchar_t* path) {
   // else.
   WIN32_FIND_DATAW data;
   const HANDLE find = FindFirstFileW(path, &data);
-  // In doubt a link: callers refuse to go through one.
   if (find == INVALID_HANDLE_VALUE) return ComponentKind::kLink;
   FindClose(find);
   return IsReparseTagNameSurrogate(data.dwReserved0) ? ComponentKind::kLink : kind;
+}
+
+// By the 128-bit number of the file, the only one that ReFS keeps unique. Windows 7 and some
+// network drives don't have it; their 64-bit index is unique.
+bool IdentifyHandle(HANDLE handle, FileIdentity* identity) {
+  FILE_ID_INFO id;
+  if (GetFileInformationByHandleEx(handle, FileIdInfo, &id, sizeof(id))) {
+    identity->volume = id.VolumeSerialNumber;
+    std::memcpy(identity->file.data(), &id.FileId, sizeof(identity->file));
+    return true;
+  }
+  BY_HANDLE_FILE_INFORMATION information;
+  if (!GetFileInformationByHandle(handle, &information)) return false;
+  *identity = {information.dwVolumeSerialNumber,
+               {uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow}};
+  return true;
 }
 
 }  // namespace
@@ -47,13 +72,9 @@ bool IdentifyFile(const TmvWideChar* path, FileIdentity* identity) {
   const HANDLE handle = CreateFileW(path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                     nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
   if (handle == INVALID_HANDLE_VALUE) return false;
-  BY_HANDLE_FILE_INFORMATION information;
-  const BOOL isKnown = GetFileInformationByHandle(handle, &information);
+  const bool isKnown = IdentifyHandle(handle, identity);
   CloseHandle(handle);
-  if (!isKnown) return false;
-  *identity = {information.dwVolumeSerialNumber,
-               uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
-  return true;
+  return isKnown;
 }
 
 }  // namespace temvar
