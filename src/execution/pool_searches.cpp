@@ -2,6 +2,9 @@
 // lock of the pool, over a copy, since its own steps enter the pool with their locks held. It is
 // asked through its interface, as a host would, so that the pool doesn't depend on its
 // implementation.
+#include <algorithm>
+#include <iterator>
+
 #include "execution/task_pool_impl.h"
 #include "tasks/task_list_builder.h"
 #include "temvar/task_schedular.h"
@@ -36,12 +39,13 @@ uint32_t RkTaskPoolImpl::RemoveQueued(const char* name) {
     MutexLock queue(queueMutex_);
     MutexLock incoming(incomingMutex_);
     FetchIncoming();
-    queued.assign(pendingTasks_.begin(), pendingTasks_.end());
+    // A cancel that is still queued belongs to no event and must not be lost. A host may queue
+    // thousands of them, and each comes through here.
+    std::copy_if(pendingTasks_.begin(), pendingTasks_.end(), std::back_inserter(queued),
+                 [](const PendingTask& entry) { return !entry.task->IsInternal(); });
   }
   std::vector<uint64_t> serials;
   for (const PendingTask& entry : queued) {
-    // A cancel that is still queued belongs to no event and must not be lost.
-    if (entry.task->IsInternal()) continue;
     const Ref<RkTaskImpl> owner = OwnerOf(*entry.task);
     if (!owner || IsCalled(owner, name)) serials.push_back(entry.serial);
   }

@@ -85,7 +85,10 @@ class Driver {
       if (kind != Kind::kPlain && !endRequested_ && random_() % 20 == 0) EndIt(*event);
       const auto now = std::chrono::steady_clock::now();
       if (kind == Kind::kPlain && stage_.cutOff && now > stage_.end) return;
-      if (kind != Kind::kPlain && now > stage_.end) EndIt(*event);
+      if (kind != Kind::kPlain && now > stage_.end) {
+        EndIt(*event);
+        Nap(2000);
+      }
       if (now > std::max(deadline, stage_.end + std::chrono::seconds(30))) {
         Fail(name + " doesn't end");
       }
