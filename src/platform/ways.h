@@ -12,7 +12,8 @@
 
 namespace temvar {
 
-// What a component of a path is by itself. A link is a symbolic link or a mount point (junction).
+// What a component of a path is by itself. A link is a symbolic link, a mount point (junction), or
+// what can't be looked at although it may be there: callers refuse to go through a link.
 enum class ComponentKind { kMissing, kLink, kFolder, kFile };
 
 // How far one can go along a path without passing through a link: `folders` of its components are

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <string>
 
 #include "platform/posix/files/narrow_path.h"
@@ -39,9 +40,17 @@ class Base {
   int descriptor_ = AT_FDCWD;
 };
 
+// What is there if a look at it fails with errno. Nobody gets past a refused component (EACCES) or
+// one with too long a name, and one that is missing can't be a link.
+ComponentKind KindInDoubt() {
+  const bool isNoWay =
+      errno == ENOENT || errno == ENOTDIR || errno == EACCES || errno == ENAMETOOLONG;
+  return isNoWay ? ComponentKind::kMissing : ComponentKind::kLink;
+}
+
 ComponentKind KindOf(int base, const char* path) {
   struct stat info;
-  if (fstatat(base, path, &info, AT_SYMLINK_NOFOLLOW) != 0) return ComponentKind::kMissing;
+  if (fstatat(base, path, &info, AT_SYMLINK_NOFOLLOW) != 0) return KindInDoubt();
   if (S_ISLNK(info.st_mode)) return ComponentKind::kLink;
   return S_ISDIR(info.st_mode) ? ComponentKind::kFolder : ComponentKind::kFile;
 }
@@ -67,8 +76,8 @@ Way LookAlong(const TmvWideChar* path, size_t count) {
     const ComponentKind kind = KindOf(base.get(), text.c_str() + start);
     if (kind != ComponentKind::kFolder) return {i, kind};
     if (i % kStride == kStride - 1 && end < text.size()) {
-      // Gone since the look.
-      if (!base.MoveTo(text.c_str() + start)) return {i, ComponentKind::kMissing};
+      // Gone since the look, or no descriptor is free.
+      if (!base.MoveTo(text.c_str() + start)) return {i, KindInDoubt()};
       start = end + 1;
     } else {
       text[end] = '/';
