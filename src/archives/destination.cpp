@@ -34,10 +34,10 @@ bool IsFolder(const std::string& full) {
 
 }  // namespace
 
-Destination::Destination(std::string prefix, const char* archive) : prefix_(std::move(prefix)) {
+Destination::Destination(std::string prefix, const char* archive)
+    : prefix_(std::move(prefix)), archivePath_(archive) {
   if (CreateDirectoryW(SystemPath(prefix_.c_str()).get(), nullptr)) fresh_ = "";
-  FileIdentity identity;
-  if (IdentifyFile(SystemPath(archive).get(), &identity)) archive_ = identity;
+  IdentifyArchive();
 }
 
 Stream Destination::Open(const std::string& path) {
@@ -88,13 +88,20 @@ ComponentKind Destination::LookAt(std::string_view folder) {
   return way.kind;
 }
 
-bool Destination::IsFree(const std::string& full) const {
+bool Destination::IsFree(const std::string& full) {
   const SystemPath path(full.c_str());
   const ComponentKind kind = LookAlong(path.get(), 1).kind;
   if (kind == ComponentKind::kMissing) return true;
+  if (kind == ComponentKind::kLink) return false;
+  // In doubt the file is the archive, unless that one's file system identifies no file at all.
+  if (!archive_) IdentifyArchive();
   FileIdentity identity;
-  return kind != ComponentKind::kLink &&
-         !(archive_ && IdentifyFile(path.get(), &identity) && identity == *archive_);
+  return !archive_ || (IdentifyFile(path.get(), &identity) && identity != *archive_);
+}
+
+void Destination::IdentifyArchive() {
+  FileIdentity identity;
+  if (IdentifyFile(SystemPath(archivePath_.c_str()).get(), &identity)) archive_ = identity;
 }
 
 bool Destination::MakeMissing(std::string_view folder) {

@@ -37,12 +37,14 @@ class Destination {
   ComponentKind LookAt(std::string_view folder);
   bool IsFresh(std::string_view folder) const;
   // Whether the file at `full` is no link and not the archive. A missing file is free.
-  bool IsFree(const std::string& full) const;
+  bool IsFree(const std::string& full);
+  void IdentifyArchive();
   // Makes `folder` with its parents after LookAt has found it missing; false if it can't be made.
   bool MakeMissing(std::string_view folder);
   void SetMade(std::string_view folder);
 
   const std::string prefix_;
+  const std::string archivePath_;
   std::optional<FileIdentity> archive_;
   std::string known_;                 // A folder with neither a link nor a file on its way.
   std::optional<std::string> fresh_;  // A folder that was made here, with all that is below it.
