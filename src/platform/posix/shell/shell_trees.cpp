@@ -235,7 +235,11 @@ int CopyTree(const fs::path& from, fs::path to) {
   std::error_code error;
   const fs::file_status status = fs::symlink_status(from, error);
   if (status.type() == fs::file_type::not_found) return ENOENT;
-  const bool into = fs::is_directory(to, error);
+  if (status.type() == fs::file_type::none) return error.value();
+  const fs::file_status target = fs::status(to, error);
+  // Where nobody knows what is there, the copy could end up beside its place.
+  if (target.type() == fs::file_type::none) return error.value();
+  const bool into = fs::is_directory(target);
   // As the shell does: an existing destination receives the source under its own name.
   if (into) to /= from.filename();
   error.clear();
