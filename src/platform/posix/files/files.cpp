@@ -30,6 +30,8 @@ bool RenameToFreeName(const char* source, const char* destination) {
     errno = EEXIST;
     return false;
   }
+  // What can't be looked at may be there.
+  if (errno != ENOENT) return false;
   return rename(source, destination) == 0;
 }
 
@@ -47,8 +49,12 @@ void SetLastErrorForCopy(Copied copied, const NarrowPath& source, const NarrowPa
 // The second way of MoveFileW: to another file system.
 BOOL MoveByCopy(const NarrowPath& source, const NarrowPath& destination) {
   struct stat info;
+  if (lstat(source.c_str(), &info) != 0) {
+    SetLastErrorForPath(source);
+    return FALSE;
+  }
   // Folders don't move to another drive on Windows either.
-  if (lstat(source.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) {
+  if (!S_ISREG(info.st_mode)) {
     SetLastError(ERROR_NOT_SAME_DEVICE);
     return FALSE;
   }
