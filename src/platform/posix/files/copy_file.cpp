@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <utility>
 
 #include "platform/posix/files/file_handle.h"
 
@@ -26,8 +27,12 @@ class Descriptor {
 
   int get() const { return value_; }
 
+  // False with errno if what was written is lost: file systems of a network, and those with a
+  // quota, report that only here. An interrupted close has closed the file.
+  bool Close() { return close(std::exchange(value_, -1)) == 0 || errno == EINTR; }
+
  private:
-  const int value_;
+  int value_;
 };
 
 // Moves bytes from one file to the other with a buffer, for what the kernel can't copy by itself.
@@ -79,13 +84,16 @@ Copied CopyOneFile(const char* source, const char* destination, bool exclusive) 
   struct stat fromInfo;
   if (from.get() < 0 || fstat(from.get(), &fromInfo) != 0) return Copied::kNoSource;
   // Not emptied before it is known to be another file than the source.
-  const Descriptor to(destination, O_WRONLY | O_CREAT | (exclusive ? O_EXCL : 0));
+  Descriptor to(destination, O_WRONLY | O_CREAT | (exclusive ? O_EXCL : 0));
   struct stat toInfo;
-  if (to.get() < 0 || fstat(to.get(), &toInfo) != 0) return Copied::kNoDestination;
+  if (to.get() < 0) return Copied::kNoDestination;
+  // An exclusive file is this copy's own.
+  if (fstat(to.get(), &toInfo) != 0) return exclusive ? Copied::kPart : Copied::kNoDestination;
   if (fromInfo.st_dev == toInfo.st_dev && fromInfo.st_ino == toInfo.st_ino) {
     return Copied::kOntoItself;
   }
-  return CopyOpenFiles(from.get(), fromInfo, to.get()) ? Copied::kWhole : Copied::kPart;
+  const bool isWhole = CopyOpenFiles(from.get(), fromInfo, to.get()) && to.Close();
+  return isWhole ? Copied::kWhole : Copied::kPart;
 }
 
 }  // namespace temvar::posix

@@ -11,13 +11,6 @@
 namespace temvar::posix {
 namespace {
 
-// Closes without touching errno.
-void CloseQuietly(int descriptor) {
-  const int error = errno;
-  close(descriptor);
-  errno = error;
-}
-
 // The handles of this layer exclude each other by flock(). Other programs lock files that way for
 // purposes of their own, and must not make reads of them fail. So each handle also marks a byte
 // beyond all content, with a kind of lock that nobody else puts there.
@@ -73,7 +66,11 @@ int OpenFile(const char* path, int flags, Sharing sharing) {
   } while (descriptor < 0 && errno == EINTR);
   if (descriptor < 0) return -1;
   if (PrepareFile(descriptor, flags, sharing)) return descriptor;
-  CloseQuietly(descriptor);
+  const int error = errno;
+  close(descriptor);
+  // An exclusive file is this call's own and must not stay.
+  if ((flags & O_EXCL) != 0) unlink(path);
+  errno = error;
   return -1;
 }
 
