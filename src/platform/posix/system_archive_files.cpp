@@ -94,9 +94,10 @@ long Seek(voidpf, voidpf stream, ZPOS64_T offset, int origin) noexcept {
 
 int Close(voidpf, voidpf stream) noexcept {
   auto* file = static_cast<ArchiveFile*>(stream);
-  CloseHandle(file->handle);
+  // Network file systems report here that what was written is lost.
+  const BOOL isClosed = CloseHandle(file->handle);
   delete file;
-  return 0;
+  return isClosed ? 0 : -1;
 }
 
 int Error(voidpf, voidpf stream) noexcept {
