@@ -80,6 +80,11 @@ struct BlockFile {
     return true;
   }
 
+  bool HasFailed() {
+    const auto& system = SystemFiles();
+    return system.zerror_file(system.opaque, file) != 0;
+  }
+
   uLong ReadAt(ZPOS64_T start, void* data, uLong size) {
     if (start >= fileEnd || !MoveTo(start)) return 0;
     const auto& system = SystemFiles();
@@ -140,7 +145,10 @@ struct BlockFile {
     if (!MoveToEnd(&end)) return false;
     const ZPOS64_T first = end - std::min(end, kEndSearchSize);
     for (ZPOS64_T place = end; place-- > first;) {
-      if (!IsSignatureAt(place)) continue;
+      const bool isFound = IsSignatureAt(place);
+      // A device that is gone must not be asked for each byte before the place.
+      if (HasFailed()) return false;
+      if (!isFound) continue;
       shift = place == 0 ? 1 : 0;
       return end - place >= kEndRecordSize;
     }
@@ -177,15 +185,18 @@ uLong Read(voidpf, voidpf handle, void* data, uLong size) noexcept {
   return done;
 }
 
-uLong Write(voidpf, voidpf handle, const void* data, uLong size) noexcept {
+uLong Write(voidpf writeFailed, voidpf handle, const void* data, uLong size) noexcept {
   auto* stream = static_cast<BlockFile*>(handle);
   for (Block& block : stream->blocks) block.size = 0;
   stream->fileEnd = BlockFile::kUnknown;
-  if (!stream->MoveTo(stream->position)) return 0;
-  const auto& system = SystemFiles();
-  const uLong moved = system.zwrite_file(system.opaque, stream->file, data, size);
-  stream->position += moved;
-  stream->filePosition = stream->position;
+  uLong moved = 0;
+  if (stream->MoveTo(stream->position)) {
+    const auto& system = SystemFiles();
+    moved = system.zwrite_file(system.opaque, stream->file, data, size);
+    stream->position += moved;
+    stream->filePosition = stream->position;
+  }
+  if (moved != size && writeFailed != nullptr) *static_cast<bool*>(writeFailed) = true;
   return moved;
 }
 
@@ -222,8 +233,8 @@ int Error(voidpf, voidpf handle) noexcept {
 
 }  // namespace
 
-zlib_filefunc64_def ArchiveFiles() {
-  return {Open, Read, Write, Tell, Seek, Close, Error, nullptr};
+zlib_filefunc64_def ArchiveFiles(bool* writeFailed) {
+  return {Open, Read, Write, Tell, Seek, Close, Error, writeFailed};
 }
 
 }  // namespace temvar

@@ -7,8 +7,9 @@
 
 namespace temvar {
 
-// The table for unzOpen2_64 and zipOpen2_64; paths are wide.
-zlib_filefunc64_def ArchiveFiles();
+// The table for unzOpen2_64 and zipOpen2_64; paths are wide. A write that fails sets
+// `*writeFailed`, unless that is null.
+zlib_filefunc64_def ArchiveFiles(bool* writeFailed = nullptr);
 
 }  // namespace temvar
 

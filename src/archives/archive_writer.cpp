@@ -26,8 +26,8 @@ struct ZipCloser {
 };
 using ZipHandle = std::unique_ptr<void, ZipCloser>;
 
-ZipHandle CreateArchive(const char* path) {
-  zlib_filefunc64_def files = ArchiveFiles();
+ZipHandle CreateArchive(const char* path, bool* writeFailed) {
+  zlib_filefunc64_def files = ArchiveFiles(writeFailed);
   return ZipHandle(zipOpen2_64(SystemPath(path).get(), APPEND_STATUS_CREATE, nullptr, &files));
 }
 
@@ -60,7 +60,8 @@ std::string OwnName(const std::string& path) {
 
 class Writer {
  public:
-  explicit Writer(zipFile archive) : archive_(archive), block_(kWriteSize) {}
+  Writer(zipFile archive, bool* writeFailed)
+      : archive_(archive), writeFailed_(writeFailed), block_(kWriteSize) {}
 
   void Add(const std::string& path, const std::string& name);
 
@@ -70,6 +71,7 @@ class Writer {
   int CopyIn(const std::string& path, std::FILE* input);
 
   const zipFile archive_;
+  bool* const writeFailed_;
   std::vector<char> block_;
 };
 
@@ -82,8 +84,10 @@ void Writer::Add(const std::string& path, const std::string& name) {
     std::printf("error in opening %s for reading\n", path.c_str());
     return;
   }
+  *writeFailed_ = false;
   if (CopyIn(path, input.get()) < 0) return;
-  if (zipCloseFileInZip(archive_) != ZIP_OK) {
+  // minizip 1.1 forgets a failed write of packed bytes while it ends their entry.
+  if (zipCloseFileInZip(archive_) != ZIP_OK || *writeFailed_) {
     std::printf("error in closing %s in the zipfile\n", path.c_str());
   }
 }
@@ -122,12 +126,13 @@ int Writer::CopyIn(const std::string& path, std::FILE* input) {
 }  // namespace
 
 bool TMVUtilityZipImpl::WriteArchive(const char* archivePath, const char* exclusions) {
-  ZipHandle archive = CreateArchive(archivePath);
+  bool writeFailed = false;
+  ZipHandle archive = CreateArchive(archivePath, &writeFailed);
   if (archive == nullptr) {
     std::printf("error opening %s\n", TmvUtilityString()->SafeString(archivePath));
     return false;
   }
-  Writer writer(archive.get());
+  Writer writer(archive.get(), &writeFailed);
   for (const auto& [path, name] : entries_) {
     if (exclusions != nullptr && TmvUtilityFile()->ExtensionInList(path.c_str(), exclusions)) {
       continue;
