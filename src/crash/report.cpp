@@ -50,9 +50,13 @@ void Collect() {
 
 // Packs the dump directory, without the archives of earlier reports. Where somebody else has left a
 // link in it, what that leads to is none of the report's business, and a FIFO would be waited for.
-void WriteArchive(const TmvWideChar* path) {
+void WriteArchive(const TmvWideChar* path, bool heapServes) {
   StoreArchivePath(path);
   if (!PrepareArchiveFile(path)) return;
+  if (!heapServes) {
+    PackWithoutHeap(DumpPath::Directory(), path);
+    return;
+  }
   const size_t directoryLength = std::basic_string_view<TmvWideChar>(DumpPath::Directory()).size();
   const NarrowText directory = ToUtf8(DumpPath::Directory());
   TMVUtilityZipImpl zip([directoryLength](const char* file) {
@@ -78,9 +82,11 @@ void MakeReport(EXCEPTION_POINTERS* exception, bool notify) {
   const DumpPath path;
   WriteDump(path.Dump(), exception);
 
-  const bool canPack = HeapServesInCrash() && stack.IsEnoughForArchive();
+  const bool heapServes = HeapServesInCrash();
   RunCrashStep([] { Collect(); });
-  if (canPack) RunCrashStep([&] { WriteArchive(path.Archive()); });
+  if (stack.IsEnoughForArchive()) {
+    RunCrashStep([&] { WriteArchive(path.Archive(), heapServes); });
+  }
   const ReportCallback report = reportCallback.load();
   if (notify && report != nullptr) RunCrashStep([&] { report(path.Archive()); });
 }

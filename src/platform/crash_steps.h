@@ -36,6 +36,10 @@ bool IsPlainFile(const TmvWideChar* path, size_t directoryLength);
 // each step has five seconds. On Windows that lock is recursive: always true.
 bool HeapServesInCrash() noexcept;
 
+// Where the heap doesn't serve: packs the plain files of a directory, but for archives, into an
+// archive that PrepareArchiveFile has made, without the heap and uncompressed. Safe in a crash.
+void PackWithoutHeap(const TmvWideChar* directory, const TmvWideChar* archive) noexcept;
+
 // Runs one step. False when it ended early: by an exception, and elsewhere than on Windows also by
 // a fault, an abort, or because its time was over, a minute for all steps together and then five
 // seconds for each that is left. Its frames are then left without destructors.

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -70,14 +71,22 @@ TEST(CrashSignals, TroubleInTheProcessLosesNoReport) {
   }
 }
 
-// The crashed code holds the lock of the heap: what needs it hangs, and is left. The dump was
-// complete before, there is no archive, and the host has its notice.
-TEST(CrashSignals, UnderTheLockOfTheHeapTheHostStillHasItsNotice) {
+// The crashed code holds the lock of the heap: what needs it hangs, and is left. Dump, archive and
+// notice do without it.
+TEST(CrashSignals, UnderTheLockOfTheHeapNothingIsLost) {
 #if defined(TEMVAR_FOREIGN_HEAP)
   GTEST_SKIP() << "the heap is a sanitizer's";
 #endif
   for (const char* const way : {"heap-locked", "heap-corruption"}) {
     CrashRun run;
+    const std::filesystem::path dumps = run.Folder() / "dumps";
+    std::filesystem::create_directories(dumps / "logs" / "old");
+    const std::string noise = std::string(100'000, 'x') + "end";
+    for (const char* name : {"logs/old/a.txt", "logs/earlier.zip", "logs/b.txt"}) {
+      std::ofstream(dumps / name) << noise;
+    }
+    ASSERT_EQ(mkfifo((dumps / "fifo").c_str(), 0600), 0);
+    std::filesystem::create_symlink("/etc/passwd", dumps / "link");
     run.Start(way, {"bystander"});
     const int signal = way == std::string("heap-locked") ? SIGSEGV : SIGABRT;
     EXPECT_EQ(run.End().signal, signal) << run.Describe();
@@ -88,7 +97,15 @@ TEST(CrashSignals, UnderTheLockOfTheHeapTheHostStillHasItsNotice) {
     EXPECT_GE(dump.threads.size(), 2u);
     EXPECT_EQ(dump.exception.code, static_cast<uint32_t>(signal));
     EXPECT_THAT(run.Lines("report"), SizeIs(1)) << run.Describe();
-    EXPECT_THAT(run.Lines("report"), Each(EndsWith(".dmp.zip missing")));
+    EXPECT_THAT(run.Lines("report"), Each(EndsWith(".dmp.zip there")));
+    ASSERT_THAT(run.Archives(), Not(IsEmpty()));
+    const auto packed = ReadZip(ReadAll(run.Archives()[0]));
+    std::map<std::string, std::string> files;
+    for (const auto& entry : packed) files[entry.name] = entry.data;
+    EXPECT_EQ(files.size(), 3u);
+    EXPECT_EQ(files["logs/old/a.txt"], noise);
+    EXPECT_EQ(files["logs/b.txt"], noise);
+    EXPECT_EQ(files[run.Dumps()[0].filename()], ReadAll(run.Dumps()[0]));
   }
 }
 

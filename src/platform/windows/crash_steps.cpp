@@ -30,6 +30,9 @@ bool IsPlainFile(const TmvWideChar* path, size_t directoryLength) {
 
 bool HeapServesInCrash() noexcept { return true; }
 
+// Never called: the heap always serves.
+void PackWithoutHeap(const TmvWideChar*, const TmvWideChar*) noexcept {}
+
 bool RunCrashStep(void (*step)(void*), void* argument) noexcept {
   try {
     step(argument);

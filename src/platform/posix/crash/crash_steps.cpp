@@ -10,6 +10,7 @@
 
 #include "platform/posix/crash/reserve.h"
 #include "platform/posix/crash/signal_report.h"
+#include "platform/posix/crash/stored_archive.h"
 #include "platform/posix/files/file_handle.h"
 #include "platform/posix/files/narrow_path.h"
 
@@ -93,12 +94,25 @@ bool HeapServesInCrash() noexcept {
   return serves;
 }
 
+void PackWithoutHeap(const TmvWideChar* directory, const TmvWideChar* archive) noexcept {
+  const NarrowPath source(directory);
+  const NarrowPath target(archive);
+  if (!source.ok() || !target.ok()) return;
+  const int file = open(target.c_str(), O_WRONLY | O_TRUNC | O_NOFOLLOW | O_CLOEXEC);
+  if (file < 0) return;
+  posix::StoreDirectory(source.c_str(), file);
+  close(file);
+}
+
 bool RunCrashStep(void (*step)(void*), void* argument) noexcept {
   SignalReport* const report = SignalReport::Current();
+  sigjmp_buf* volatile outer = nullptr;  // A step may be a part of another.
   sigjmp_buf wayOut;
   volatile bool done = false;
   if (report != nullptr) {
+    outer = report->WayOut();
     if (sigsetjmp(wayOut, 1) != 0) {
+      report->SetWayOut(outer);
       if (report->IsLate()) hurries.store(true);
       return false;
     }
@@ -111,7 +125,7 @@ bool RunCrashStep(void (*step)(void*), void* argument) noexcept {
   } catch (...) {
     // What the host throws concerns the host's step alone.
   }
-  if (report != nullptr) report->SetWayOut(nullptr);
+  if (report != nullptr) report->SetWayOut(outer);
   return done;
 }
 

@@ -34,6 +34,7 @@ class SignalReport {
 
   // Where a fault or the deadline in the step that runs leads; null outside of steps.
   void SetWayOut(sigjmp_buf* wayOut);
+  sigjmp_buf* WayOut() const { return wayOut_; }
   // Jumps there. Returns if no step runs.
   void LeaveStep(bool late);
   // Whether the step left last had no time left.
