@@ -180,7 +180,7 @@ std::string NewName(Choice& choice) {
     if (choice.OneIn(8)) repeats += choice.Below(8);
     for (; repeats > 0; --repeats) name += part + choice.Of(kSeparators);
   }
-  if (!choice.OneIn(4)) name.pop_back();
+  if (!name.empty() && !choice.OneIn(4)) name.pop_back();
   return name;
 }
 
