@@ -80,6 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       result = unzGoToNextFile(archive.get());
     }
   }
-  if (first) CompareWithExtractEntry(path, first->name, firstContents);
+  // It opens the archive once more, so not for each input.
+  if (first && size % 4 == 0) CompareWithExtractEntry(path, first->name, firstContents);
   return 0;
 }
