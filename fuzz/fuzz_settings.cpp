@@ -72,12 +72,14 @@ std::string Compact(TMVUserDefaults& store, Value* value) {
   return copy;
 }
 
+// The store's file, in memory and for all inputs.
 const std::string& FilePath() {
-  static const std::string path = [] {
-    const char* const memory = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
-    return std::string(memory) + "/temvar-fuzz-settings-" + std::to_string(getpid());
-  }();
-  return path;
+  static const struct File {
+    ~File() { unlink(path.c_str()); }
+    const std::string path = std::string(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") +
+                             "/temvar-fuzz-settings-" + std::to_string(getpid());
+  } file;
+  return file.path;
 }
 
 // A host that works on one store. It takes its operations from the input's bytes, and reads zeros
