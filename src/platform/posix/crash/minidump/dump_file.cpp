@@ -47,6 +47,10 @@ void DumpFile::WriteAt(uint32_t offset, const void* data, size_t size) {
       done = std::min(size, kPageSize - reinterpret_cast<uintptr_t>(at) % kPageSize);
     } else if (written <= 0) {
       failed_ = true;
+      // An entry of the directory that is lost stays empty, and costs its stream alone.
+      if (offset >= directory_ + kMaxStreams * sizeof(DirectoryEntry)) {
+        lost_ = std::min(lost_, offset);
+      }
       return;
     }
     at += done;
@@ -100,7 +104,7 @@ void DumpFile::AddStream(StreamType type, Location location) {
 
 bool DumpFile::Finish() {
   // The room set aside last may not be written to its end.
-  if (ftruncate(descriptor_, end_) != 0) failed_ = true;
+  if (ftruncate(descriptor_, std::min(end_, lost_)) != 0) failed_ = true;
   if (fsync(descriptor_) != 0 && errno != EINVAL) failed_ = true;
   return !failed_;
 }

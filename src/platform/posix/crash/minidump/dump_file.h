@@ -35,7 +35,9 @@ class DumpFile {
   // Enters a stream in the directory. A type may be entered once. An empty stream is left out.
   void AddStream(StreamType type, Location location);
 
-  // Everything so far is on the disk when this returns. False if any write has failed.
+  // Everything so far is on the disk when this returns. False if any write has failed: the file
+  // then ends at the first place that could not be written, so that nothing reads zeros as
+  // contents.
   bool Finish();
 
  private:
@@ -45,6 +47,7 @@ class DumpFile {
   uint32_t end_ = 0;
   uint32_t directory_ = 0;
   uint32_t streams_ = 0;
+  uint32_t lost_ = UINT32_MAX;  // The first place of a stream that could not be written.
   bool failed_ = false;
 };
 
