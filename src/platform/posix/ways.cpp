@@ -40,12 +40,11 @@ class Base {
   int descriptor_ = AT_FDCWD;
 };
 
-// What is there if a look at it fails with errno. Nobody gets past a refused component (EACCES) or
-// one with too long a name, and one that is missing can't be a link.
+// What is there if a look at it fails with errno: in doubt a link, unless there is no such name or
+// nothing can have it.
 ComponentKind KindInDoubt() {
-  const bool isNoWay =
-      errno == ENOENT || errno == ENOTDIR || errno == EACCES || errno == ENAMETOOLONG;
-  return isNoWay ? ComponentKind::kMissing : ComponentKind::kLink;
+  const bool isMissing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
+  return isMissing ? ComponentKind::kMissing : ComponentKind::kLink;
 }
 
 ComponentKind KindOf(int base, const char* path) {
