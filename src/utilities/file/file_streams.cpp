@@ -53,8 +53,10 @@ bool TMVUtilityFileImpl::ReadWholeFile(BinaryDataResult* result, const char* pat
   if (stream == nullptr) return false;
   const int64_t size = SeekToEnd(stream.get());
   if (size > static_cast<int64_t>(MaxBinaryDataSize())) return false;
-  // Pipes have no positions and are read as they come.
-  if (size >= 0 && _fseeki64(stream.get(), 0, SEEK_SET) != 0) return false;
+  // Also after a failure, which can leave a file at its end: that would read as an empty one. Pipes
+  // have no positions and are read as they come.
+  const bool isAtStart = _fseeki64(stream.get(), 0, SEEK_SET) == 0;
+  if (size >= 0 && !isAtStart) return false;
   auto bytes = std::make_unique<std::string>();
   if (size > 0) bytes->reserve(static_cast<size_t>(size));
   if (!ReadToEnd(stream.get(), *bytes)) return false;
