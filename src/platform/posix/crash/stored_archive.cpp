@@ -8,6 +8,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -75,8 +76,10 @@ uint32_t DosTime(int64_t time) {
     }
     return number;
   };
-  return (digits(0, 4) - 1980) << 25 | digits(4, 2) << 21 | digits(6, 2) << 16 |
-         digits(8, 2) << 11 | digits(10, 2) << 5 | digits(12, 2) / 2;
+  const uint32_t year = digits(0, 4);
+  if (year < 1980 || year > 2107) return 0;
+  return (year - 1980) << 25 | digits(4, 2) << 21 | digits(6, 2) << 16 | digits(8, 2) << 11 |
+         digits(10, 2) << 5 | digits(12, 2) / 2;
 }
 
 class StoredArchive {
@@ -96,15 +99,16 @@ class StoredArchive {
   void Add(int input, const struct stat& info, const char* name) {
     CentralHeader central;
     const size_t length = std::strlen(name);
-    if (memory_ == nullptr || entries_ == UINT16_MAX ||
+    const int64_t start = end_;
+    const int64_t contents = start + static_cast<int64_t>(sizeof(LocalHeader) + length);
+    if (memory_ == nullptr || entries_ == UINT16_MAX || contents > kMaxSize ||
         directorySize_ + sizeof(central) + length > kMemorySize - kBlockSize) {
       return;
     }
     central.facts.dosTime = DosTime(info.st_mtime);
     central.facts.nameLength = static_cast<uint16_t>(length);
-    central.offset = static_cast<uint32_t>(end_);
-    const int64_t start = end_;
-    end_ += static_cast<int64_t>(sizeof(LocalHeader) + length);
+    central.offset = static_cast<uint32_t>(start);
+    end_ = contents;
     if (!CopyIn(input, central.facts)) {
       end_ = start;
       return;
@@ -133,6 +137,7 @@ class StoredArchive {
 
  private:
   static constexpr size_t kBlockSize = 64 * 1024;
+  static constexpr int64_t kMaxSize = UINT32_MAX;         // Of the format, up to the directory.
   static constexpr size_t kMemorySize = 4 * 1024 * 1024;  // A block, then the central directory.
 
   char* Directory() const { return memory_ + kBlockSize; }
@@ -143,7 +148,8 @@ class StoredArchive {
     for (;;) {
       const ssize_t count = read(input, memory_, kBlockSize);
       if (count == 0) break;
-      if (count < 0 || end_ + count > int64_t{UINT32_MAX}) return false;
+      if (count < 0 && errno == EINTR) continue;
+      if (count < 0 || end_ + count > kMaxSize) return false;
       crc = crc32(crc, reinterpret_cast<const Bytef*>(memory_), static_cast<uInt>(count));
       WriteAt(end_, memory_, static_cast<size_t>(count));
       end_ += count;
@@ -158,6 +164,7 @@ class StoredArchive {
     const auto* bytes = static_cast<const char*>(data);
     while (size > 0) {
       const ssize_t written = pwrite(file_, bytes, size, offset);
+      if (written < 0 && errno == EINTR) continue;
       if (written <= 0) {
         failed_ = true;
         return;

@@ -68,8 +68,8 @@ int OpenFile(const char* path, int flags, Sharing sharing) {
   if (PrepareFile(descriptor, flags, sharing)) return descriptor;
   const int error = errno;
   close(descriptor);
-  // An exclusive file is this call's own and must not stay.
-  if ((flags & O_EXCL) != 0) unlink(path);
+  // An exclusive file is this call's own and must not stay, unless another has taken it since.
+  if ((flags & O_EXCL) != 0 && error != EWOULDBLOCK) unlink(path);
   errno = error;
   return -1;
 }

@@ -1,7 +1,7 @@
 // Functions of the test in place of those that a loaded DLL calls. Windows alone: elsewhere a
 // function of the program comes before one of a library.
-#ifndef TESTS_FAULTS_IMPORT_PATCH_H_
-#define TESTS_FAULTS_IMPORT_PATCH_H_
+#ifndef TESTS_SUPPORT_IMPORT_PATCH_H_
+#define TESTS_SUPPORT_IMPORT_PATCH_H_
 
 #include <windows.h>
 
@@ -46,4 +46,4 @@ Function* PatchImport(const char* module, const char* name, Function* replacemen
 
 }  // namespace test
 
-#endif  // TESTS_FAULTS_IMPORT_PATCH_H_
+#endif  // TESTS_SUPPORT_IMPORT_PATCH_H_
