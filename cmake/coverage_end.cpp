@@ -1,5 +1,5 @@
-// Builds with TEMVAR_COVERAGE only: writes the counters before a crash ends the process by its signal,
-// which would lose them. The linker sends the library's calls of syscall here.
+// In builds with TEMVAR_COVERAGE: writes the counters before a crash ends the process by its
+// signal, which would lose them. The linker sends the library's calls of syscall here.
 #include <signal.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>

@@ -36,7 +36,9 @@ TEST_F(Queries, NullsFindNothingNotEvenWhatIsNamedByTheEmptyText) {
   EXPECT_EQ(Schedular().FindTask(nullptr), nullptr);
   EXPECT_EQ(Schedular().FindEvent(nullptr), nullptr);
   EXPECT_EQ(Schedular().FindEventOfTask(nullptr), nullptr);
-  EXPECT_EQ(Schedular().FindEventOfPackage(nullptr), nullptr);
+  for (RkTask* none : {static_cast<RkTask*>(nullptr), a1_.get()}) {
+    EXPECT_EQ(Schedular().FindEventOfPackage(none), nullptr);
+  }
   EXPECT_EQ(Schedular().FindPackageOfTask(nullptr), nullptr);
   EXPECT_FALSE(Schedular().IsTaskCancelled(nullptr));
   EXPECT_FALSE(Schedular().CancelEventOfTask(nullptr));
