@@ -62,12 +62,15 @@ TEST(Pause, OfAnUnknownOrIdleEventReturnsAtOnce) {
 TEST(Pause, AQueuedTaskParksWhenItsTurnComes) {
   RunningPool pool(1);
   Gate gate;
+  Gate between;
   gate.HoldWorker();
   std::atomic<int> stage{0};
-  const Job job("event", {{"task", [&stage](RkTask* self) {
+  const Job job("event", {{"task", [&stage, &between](RkTask* self) {
                              stage = 1;
                              self->ReportState(self, kTaskStateCreated);
                              stage = 2;
+                             between.Wait();
+                             self->ReportState(self, kTaskStateCreated);
                            }}});
   job.Add();
   Schedular().PauseEvent("event");
@@ -77,6 +80,14 @@ TEST(Pause, AQueuedTaskParksWhenItsTurnComes) {
   EXPECT_EQ(stage, 1);
   Schedular().ResumeEvent("event");
   Eventually([&stage] { return stage == 2; });
+  {
+    Call pause([] { Schedular().PauseEvent("event"); });
+    BeQuiet();
+    EXPECT_FALSE(pause.IsDone()) << "for a task that has parked before and runs again";
+    between.Open();
+    pause.WaitForReturn();
+  }
+  Schedular().ResumeEvent("event");
 }
 
 TEST(Pause, AReportDuringAPauseIsLost) {
@@ -221,17 +232,19 @@ TEST(Pause, TasksInsideAPauseAreWaitedForByNobody) {
 TEST(Pause, FromAReleaserDoesNotWaitForTheNextTask) {
   RunningPool pool(1);
   Gate gate;
-  std::atomic<bool> paused{false};
+  std::atomic<uint32_t> paused{0};  // While the next task counted as running, once.
   std::shared_ptr<void> released(nullptr, [&paused](void*) {
+    uint32_t running = 0;
+    const ListPtr list(Pool().ListRunning("event", running));
     Schedular().PauseEvent("event");
-    paused = true;
+    paused = running;
   });
   Pool().AddFunc(MakeFunc([&gate, released = std::move(released)](RkTask*) { gate.Wait(); }).get());
   gate.WaitForArrivals(1);
   const Job job("event", {{"task", SucceedWhenHeard}});
   job.Add();
   gate.Open();
-  Eventually([&paused] { return paused.load(); });
+  Eventually([&paused] { return paused == 1; });
   Eventually([&job] {
     Schedular().ResumeEvent("event");
     return job[0]->GetState() == kTaskStateSucceeded;
