@@ -63,8 +63,16 @@ TEST(PoolLife, TasksAddedWhileItStopsNeverRun) {
   EXPECT_EQ(LiveBodies(), 0);
 }
 
-TEST(PoolLife, StopOfAPoolThatWasNotStartedThrows) {
+TEST(PoolLife, StopOfAPoolThatWasNotStartedAndByAWorkerThrows) {
   EXPECT_THROW(Pool().Stop(), std::system_error);
+  Pool().Start(1);
+  Gate gate;
+  Pool().AddFunc(MakeFunc([&gate](RkTask*) {
+                   EXPECT_THROW(Pool().Stop(), std::system_error);
+                   gate.Wait();
+                 }).get());
+  gate.WaitForArrivals(1);
+  StopAndOpen(gate);
 }
 
 TEST(PoolLife, AnEventThatStopCutOffStaysRegistered) {

@@ -138,10 +138,13 @@ int ENTRY(void) {
   CHECK(TmvJobStart(0) == TMV_JOBS_INVALID_ARGUMENT && TmvJobKeepGoing(0) == 0);
   CHECK(TmvJobGetProgress(0, 0, &progress) == TMV_JOBS_INVALID_ARGUMENT);
   CHECK(IsText(TmvJobsErrorText(TMV_JOBS_OK), "success"));
+  CHECK(IsText(TmvJobsErrorText(-100), "unknown code"));
+  CHECK(IsText(TmvJobsErrorText(TMV_JOBS_SYSTEM_ERROR), "the system refused a thread or a mutex"));
   if ((line = RunToTheEnd()) != 0 || (line = FreeInTheEnd()) != 0) return line;
   if ((line = Pause()) != 0) return line;
   OK(TmvJobsStopPool()); /* Ends the paused job. */
   CHECK(AwaitState(TMV_JOB_CANCELLED) && endState == TMV_JOB_CANCELLED);
+  CHECK(TmvJobGetState(current, &endState) == TMV_JOBS_OK && endState == TMV_JOB_CANCELLED);
   CHECK(ends == 3 && releases == 5 && steps == 2);
   OK(TmvJobFree(current));
   return 0;

@@ -40,6 +40,7 @@ TEST_F(Queries, NullsFindNothingNotEvenWhatIsNamedByTheEmptyText) {
     EXPECT_EQ(Schedular().FindEventOfPackage(none), nullptr);
   }
   EXPECT_EQ(Schedular().FindPackageOfTask(nullptr), nullptr);
+  Schedular().RemoveEventLocked(nullptr);
   EXPECT_FALSE(Schedular().IsTaskCancelled(nullptr));
   EXPECT_FALSE(Schedular().CancelEventOfTask(nullptr));
   EXPECT_FALSE(Schedular().InsertTaskAfterName(a1_.get(), nullptr));
@@ -64,6 +65,12 @@ TEST_F(Queries, TheListOfCurrentTasksHoldsOneForEachPackage) {
   b2_->InsertTask(nullptr, 0);
   list.reset(Schedular().ListCurrentTasks(b_.get()));
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("b1"));
+}
+
+TEST_F(Queries, APlainTaskCanBeListedLikeAPackage) {
+  b_->AddPackage(a1_.get());
+  EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(a1_.get())).get(), b_.get());
+  EXPECT_EQ(TaskPtr(Schedular().FindEventOfTask("a1")).get(), a_.get());
 }
 
 TEST_F(Queries, InsertionTakesPlaceAfterADirectChildAlone) {
@@ -99,6 +106,7 @@ TEST(Insertion, TakesEffectWhileThePackageRuns) {
   EXPECT_THAT(log.Entries(), ElementsAre("first", "next", "last", "after", "event"));
   list.reset(Schedular().ListCurrentTasks(job.event.get()));
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("after"));
+  EXPECT_STREQ(TaskPtr(job.package->GetPrevious())->GetName(), "last");
 }
 
 }  // namespace

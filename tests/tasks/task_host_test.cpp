@@ -92,6 +92,21 @@ TEST(Task, HoldersLiveAsLongAsSomebodyHoldsThem) {
   EXPECT_EQ(released, 2);
 }
 
+RkTask* neverFreed = nullptr;  // Stays, for a search of leaks to find it.
+
+TEST(Task, OfAKindThatDoesNotExistIsNeverFreedAndBelongsToNoEvent) {
+  int released = 0;
+  const Job job("event", {{"odd"}});
+  Schedular().RegisterEvent(job.event.get());
+  neverFreed = MakeTask("odd").release();
+  neverFreed->SetData(MakeData(&released).get());
+  neverFreed->SetType(kTaskTypeEvent + 1);
+  Pool().AddTask(neverFreed);
+  EXPECT_EQ(Pool().RemoveQueued("other"), 1u);
+  DestroyRkTask(neverFreed);
+  EXPECT_EQ(released, 0);
+}
+
 TEST(Task, OneDataServesSeveralFunctions) {
   int released = 0;
   DataPtr data = MakeData(&released);
