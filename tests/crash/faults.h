@@ -29,8 +29,6 @@ void RunCaught(const std::string& way);
 // Sets the process up for the option of crash_child called `option`, before Install and after it.
 // `log` writes a line.
 void SetUp(const std::string& option, bool installed, void (*log)(const char* line));
-// Takes the library out of the process, as far as the host can.
-void UnloadLibrary();
 // Forks a process that crashes, and waits for its end; does nothing on Windows.
 void ForkAndCrash();
 

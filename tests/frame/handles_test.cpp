@@ -5,14 +5,8 @@
 
 #include <gmock/gmock.h>
 
-#include <atomic>
-#include <chrono>
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <thread>
 #include <utility>
-#include <vector>
 
 #include "support/host_job.h"
 

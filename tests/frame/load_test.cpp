@@ -1,10 +1,8 @@
-// A host that loads the library by hand, uses it and lets it go again.
-#include <gtest/gtest.h>
-#include <temvar/temvar.h>
+// A host that loads the library at run time and is not linked with it: it uses it through the C++
+// layer, over exports that were found by name, and lets it go again.
+#include <temvar/job.h>
 
-#include <atomic>
-#include <string>
-#include <thread>
+#include <gtest/gtest.h>
 
 #include "support/dynamic_library.h"
 
@@ -12,63 +10,69 @@ namespace {
 
 using test::CountHandles;
 using test::CountThreads;
-using test::DynamicLibrary;
+
+// The library with its exports, for the life of the object.
+class LoadedLibrary {
+ public:
+  LoadedLibrary() {
+    tmv::Load(
+        [this](const char* name) { return reinterpret_cast<void*>(library_.Get<void()>(name)); });
+  }
+
+ private:
+  const test::DynamicLibrary library_{TEMVAR_LIBRARY_FILE};
+};
+
+// Must be the first use of the process, which it is under CTest.
+TEST(Load, FindsEveryExportBeforeAnythingIsUsed) {
+  EXPECT_THROW(tmv::MakeTask("early"), std::logic_error);
+  EXPECT_THROW(tmv::Load([](const char*) -> void* { return nullptr; }), std::runtime_error);
+  for (int life = 0; life < 2; ++life) {
+    std::atomic<int> runs{0};
+    {
+      const LoadedLibrary library;
+      tmv::RunningPool pool(2);
+      tmv::Job job;
+      job.AddLane().Then([&runs] { ++runs; }).Then([&runs] { ++runs; });
+      job.Start();
+      EXPECT_EQ(job.Wait(), tmv::JobState::kSucceeded);
+    }
+    EXPECT_EQ(runs, 2);
+    EXPECT_FALSE(test::IsLoaded(TEMVAR_LIBRARY_FILE));
+  }
+}
 
 // One life of the library: load, Start, a few hundred tasks and a job, Stop, unload.
-void LiveOnce(const std::size_t threadsBefore) {
+void LiveOnce(size_t threadsBefore) {
   std::atomic<int> runs{0};
-  const DynamicLibrary library(TEMVAR_LIBRARY_FILE);
+  const LoadedLibrary library;
   EXPECT_EQ(CountThreads(), threadsBefore) << "loading starts no thread";
-
-  RkTaskPool& pool = *library.Get<decltype(TmvTaskPool)>("TmvTaskPool")();
-  RkTaskSchedular& schedular = *library.Get<decltype(TmvTaskSchedular)>("TmvTaskSchedular")();
-  RkTaskEvent* const event = library.Get<decltype(CreateRkTaskEvent)>("CreateRkTaskEvent")();
-  RkTaskPackage* const package =
-      library.Get<decltype(CreateRkTaskPackage)>("CreateRkTaskPackage")();
-  const auto destroy = library.Get<decltype(DestroyRkTask)>("DestroyRkTask");
-
-  RkTaskFunc* const func = library.Get<decltype(CreateRkTaskFunc)>("CreateRkTaskFunc")();
-  func->Bind(
-      &runs,
-      [](RkTask* task, RkTaskData* data) {
-        // The runs are counted before the report: it is what lets the next one start.
-        ++*static_cast<std::atomic<int>*>(data->GetPayload());
-        task->ReportState(task, kTaskStateSucceeded);
-      },
-      nullptr);
+  const tmv::Func func = tmv::MakeFunc([&runs] { ++runs; });
+  const tmv::Event event = tmv::MakeEvent("job", [&runs] { ++runs; });
+  const tmv::Package package = tmv::MakePackage();
   for (const char* name : {"first", "second", "third"}) {
-    RkTask* const task = library.Get<decltype(CreateRkTask)>("CreateRkTask")();
-    task->SetName(name);
-    task->SetFunc(func);
-    package->AddTask(task);
-    destroy(task);
+    package->AddTask(tmv::MakeTask(name, [&runs] { ++runs; }));
   }
-  event->SetName("job");
-  event->SetFunc(func);
   event->AddPackage(package);
 
   // Enough small tasks for workers, dispatcher and host to wait for each other's locks: the system
   // may make an object for a lock only then.
   constexpr int kQueued = 500, kInJob = 4;
-  pool.Start(2);
+  TmvTaskPool()->Start(2);
   EXPECT_EQ(CountThreads(), threadsBefore + 3) << "two workers and the dispatcher";
-  for (int i = 0; i < kQueued; ++i) pool.AddFunc(func);
-  schedular.AddEvent(event);
+  for (int i = 0; i < kQueued; ++i) TmvTaskPool()->AddFunc(func);
+  TmvTaskSchedular()->AddEvent(event);
   while (runs < kQueued + kInJob) std::this_thread::yield();
-  pool.Stop();
-  EXPECT_EQ(schedular.GetEventCount(), 0u);
-
-  destroy(package);
-  destroy(event);
-  library.Get<decltype(DestroyRkTaskFunc)>("DestroyRkTaskFunc")(func);
+  TmvTaskPool()->Stop();
+  EXPECT_EQ(TmvTaskSchedular()->GetEventCount(), 0u);
 }
 
 TEST(Load, AHundredLivesInOneProcessLeaveNoThreadAndNoHandle) {
   // ThreadSanitizer starts a thread of its own together with the first one of the process.
   std::thread([] {}).join();
-  const std::size_t threads = CountThreads();
+  const size_t threads = CountThreads();
   for (int i = 0; i < 5; ++i) LiveOnce(threads);
-  const std::size_t handles = CountHandles();
+  const size_t handles = CountHandles();
   for (int i = 0; i < 100 && !HasFailure(); ++i) {
     LiveOnce(threads);
     EXPECT_FALSE(test::IsLoaded(TEMVAR_LIBRARY_FILE)) << "round " << i;
@@ -86,38 +90,24 @@ RkTask* queued = nullptr;  // Stays, for a search of leaks to find it.
 // The registry lets go of its events; what is queued runs no releaser any more.
 TEST(Load, UnloadReleasesEventsInTheOrderOfTheirNamesAndNothingQueued) {
   {
-    const DynamicLibrary library(TEMVAR_LIBRARY_FILE);
-    const auto make = [&library](RkTask* task, const char* name) {
-      RkTaskData* const data = library.Get<decltype(CreateRkTaskData)>("CreateRkTaskData")();
+    const LoadedLibrary library;
+    const auto make = [](const tmv::Task& task, const char* name) {
+      const tmv::Data data = tmv::Data::Adopt(CreateRkTaskData());
       data->SetPayload(const_cast<char*>(name));
       data->SetReleaser([](void* payload) { released += static_cast<const char*>(payload); });
       task->SetName(name);
       task->SetData(data);
-      library.Get<decltype(DestroyRkTaskData)>("DestroyRkTaskData")(data);
       return task;
     };
     for (const char* name : {"c", "a", "b"}) {
-      RkTask* const event =
-          make(library.Get<decltype(CreateRkTaskEvent)>("CreateRkTaskEvent")(), name);
-      library.Get<decltype(TmvTaskSchedular)>("TmvTaskSchedular")()->RegisterEvent(event);
-      library.Get<decltype(DestroyRkTask)>("DestroyRkTask")(event);
+      TmvTaskSchedular()->RegisterEvent(make(tmv::Event::Adopt(CreateRkTaskEvent()), name));
     }
-    queued = make(library.Get<decltype(CreateRkTask)>("CreateRkTask")(), "queued");
-    library.Get<decltype(TmvTaskPool)>("TmvTaskPool")()->AddTask(queued);
-    library.Get<decltype(DestroyRkTask)>("DestroyRkTask")(queued);
+    const tmv::Task task = make(tmv::Task::Adopt(CreateRkTask()), "queued");
+    queued = task;
+    TmvTaskPool()->AddTask(task);
   }
   EXPECT_FALSE(test::IsLoaded(TEMVAR_LIBRARY_FILE));
   EXPECT_EQ(released, "abc");
-}
-
-TEST(Load, ReturnsTheSameObjectsEachTime) {
-  const DynamicLibrary once(TEMVAR_LIBRARY_FILE);
-  const DynamicLibrary again(TEMVAR_LIBRARY_FILE);
-  const auto first = once.Get<decltype(TmvTaskPool)>("TmvTaskPool");
-  const auto second = again.Get<decltype(TmvTaskPool)>("TmvTaskPool");
-  EXPECT_EQ(first, second);
-  EXPECT_EQ(first(), second());
-  EXPECT_TRUE(test::IsLoaded(TEMVAR_LIBRARY_FILE));
 }
 
 }  // namespace
