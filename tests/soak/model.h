@@ -35,19 +35,10 @@ enum class Kind {
   kWild,       // Tasks are inserted anywhere by anybody; nothing is promised about their order.
 };
 
-// Objects that are alive; all of them must be 0 at the end.
-struct Balance {
-  std::atomic<int64_t> payloads{0};
-  std::atomic<int64_t> events{0};
-};
-inline Balance alive;
-
-// What has started, for the summary.
-struct Counts {
-  std::atomic<uint64_t> events{0};
-  std::atomic<uint64_t> tasks{0};
-};
-inline Counts counts;
+// Payloads that the library has to release: none at the end. Each holds the model of its event.
+inline std::atomic<int64_t> livePayloads{0};
+// For the summary.
+inline std::atomic<uint64_t> startedTasks{0};
 
 // The name of an event that some driver runs now, for tasks to pause.
 inline std::function<std::string()> someEvent;
@@ -84,8 +75,6 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     model->Build(random);
     return model;
   }
-
-  ~EventModel() { --alive.events; }
 
   Kind kind() const { return kind_; }
   const std::string& name() const { return name_; }
@@ -162,10 +151,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
   };
 
   EventModel(Kind kind, std::string name)
-      : kind_(kind), name_(std::move(name)), event_(tmv::Event::Adopt(CreateRkTaskEvent())) {
-    ++alive.events;
-    ++counts.events;
-  }
+      : kind_(kind), name_(std::move(name)), event_(tmv::Event::Adopt(CreateRkTaskEvent())) {}
 
   void Build(std::mt19937_64& random) {
     event_->SetName(name_.c_str());
@@ -178,7 +164,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     const size_t index = packages_.size();
     PackageModel& model = *packages_.emplace_back(std::make_unique<PackageModel>());
     model.continueOnFailure = Chance(random, 80);
-    tmv::Package package = tmv::Package::Adopt(CreateRkTaskPackage());
+    const tmv::Package package = tmv::MakePackage();
     package->SetContinueOnFailure(model.continueOnFailure);
     package->SetFunc(MakeFunc([this, &model](RkTask* task) { RunPackage(model, task); }));
 
@@ -213,13 +199,12 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
 
   // The task also gets a payload of its own, which the library carries and releases.
   tmv::Task MakeTask(TaskModel* model) {
-    tmv::Task task = tmv::Task::Adopt(CreateRkTask());
-    task->SetName(model->name.c_str());
+    tmv::Task task = tmv::MakeTask(model->name);
     task->SetFunc(MakeFunc([this, model](RkTask* self) { RunTask(*model, self); }));
     const tmv::Data data = tmv::Data::Adopt(CreateRkTaskData());
     data->SetPayload(new Payload{shared_from_this(), nullptr});
     data->SetReleaser(ReleasePayload);
-    ++alive.payloads;
+    ++livePayloads;
     task->SetData(data);
     const std::lock_guard<std::mutex> lock(ownersMutex_);
     if (!letGo_) owners_.push_back(task);
@@ -228,7 +213,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
 
   tmv::Func MakeFunc(std::function<void(RkTask*)> run) {
     tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
-    ++alive.payloads;
+    ++livePayloads;
     const RkTaskCallback callback = [](RkTask* task, RkTaskData* data) {
       static_cast<Payload*>(data->GetPayload())->run(task);
     };
@@ -252,7 +237,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
 
   static void ReleasePayload(void* payload) {
     delete static_cast<Payload*>(payload);
-    if (--alive.payloads < 0) Fail("a payload was released twice");
+    if (--livePayloads < 0) Fail("a payload was released twice");
   }
 
   void RunTask(TaskModel& model, RkTask* task) {
@@ -286,7 +271,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
 
   void Start(TaskModel& model) {
     ++starts_;
-    ++counts.tasks;
+    ++startedTasks;
     const int runs = ++model.starts;
     if (!IsChecked()) return;
     if (runs != 1) Broken(model.name + " was started twice");

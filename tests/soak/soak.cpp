@@ -1,23 +1,13 @@
 // A randomised run of the scheduler through its exports:
-//   soak SEED SECONDS [WORKERS [DRIVERS]]
+//   soak SEED SECONDS
 // Several threads make events and pause, resume, cancel, remove, edit and look up each other's;
 // tasks pause their own event and each other's; workers of the host's own come and go. The events
 // themselves check what is promised: the order inside a package, one end for each event,
 // states, look-ups. At the end Stop must return and everything must have been released once. A run
 // that doesn't come to its end aborts: the stacks of its threads show where they hang.
-#include <atomic>
-#include <chrono>
-#include <cstdlib>
 #include <deque>
 #include <future>
 #include <iostream>
-#include <iterator>
-#include <memory>
-#include <mutex>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "model.h"
 
@@ -170,8 +160,8 @@ class Driver {
     if (found) {
       if (event.name() != found->GetName()) Fail("FindEvent returned another event");
       for (RkTask* task : tmv::TaskList(Schedular().ListCurrentTasks(found))) {
-        if (std::string(task->GetName()).rfind(event.name(), 0) != 0)
-          Fail("a foreign current task");
+        const std::string name = task->GetName();
+        if (!name.starts_with(event.name())) Fail("a foreign current task");
       }
     }
     uint32_t count = 0;
@@ -222,10 +212,6 @@ class Driver {
 // Far above what a loaded machine with a sanitizer needs to come to its end.
 constexpr std::chrono::seconds kPatience{150};
 
-uint64_t Argument(int argc, char** argv, int index, uint64_t other) {
-  return argc > index ? std::strtoull(argv[index], nullptr, 10) : other;
-}
-
 void RunDrivers(Stage& stage) {
   std::vector<std::thread> threads;
   for (Driver& driver : stage.drivers) threads.emplace_back(&Driver::Run, &driver);
@@ -256,36 +242,19 @@ void ResumeNowAndThen(Stage& stage, const std::atomic<bool>& stopped) {
   }
 }
 
-void CheckBalance() {
-  const auto check = [](const char* what, int64_t count) {
-    if (count != 0) Fail(std::to_string(count) + " " + what + " were not released");
-  };
-  check("payloads", alive.payloads);
-  check("events", alive.events);
-  check("registered events", static_cast<int64_t>(TmvTaskSchedular()->GetEventCount()));
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 3) {
-    std::cerr << "usage: soak SEED SECONDS [WORKERS [DRIVERS]]\n";
-    return 2;
-  }
-  const uint64_t seed = Argument(argc, argv, 1, 1);
-  const uint64_t seconds = Argument(argc, argv, 2, 1);
-  const auto workers = static_cast<uint32_t>(Argument(argc, argv, 3, 1 + seed % 4));
-  const uint64_t drivers = Argument(argc, argv, 4, 4);
+  if (argc != 3) return 2;
+  const uint64_t seed = std::stoull(argv[1]);
+  const uint64_t seconds = std::stoull(argv[2]);
 
   Stage stage;
   stage.end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
   stage.cutOff = seed % 2 == 1;
-  stage.bell = tmv::Event::Adopt(CreateRkTaskEvent());
-  stage.bell->SetName("bell");
-  TmvTaskSchedular()->RegisterEvent(stage.bell);
-  for (size_t i = 0; i < drivers; ++i) {
-    stage.drivers.emplace_back(stage, i, seed * 1000 + i);
-  }
+  stage.bell = tmv::MakeEvent("bell");
+  Schedular().RegisterEvent(stage.bell);
+  for (size_t i = 0; i < 4; ++i) stage.drivers.emplace_back(stage, i, seed * 1000 + i);
 
   std::atomic<size_t> turn{0};
   someEvent = [&stage, &turn] {
@@ -298,7 +267,7 @@ int main(int argc, char** argv) {
   std::thread watchdog([&stage, end = ended.get_future()] {
     if (end.wait_until(stage.end + kPatience) != std::future_status::ready) Fail("no end");
   });
-  TmvTaskPool()->Start(workers);
+  TmvTaskPool()->Start(static_cast<uint32_t>(1 + seed % 4));
   std::thread resumes(ResumeNowAndThen, std::ref(stage), std::cref(stopped));
   std::thread guests(ComeAndGo, std::cref(stage), seed);
   RunDrivers(stage);
@@ -309,9 +278,8 @@ int main(int argc, char** argv) {
   stopped = true;
   resumes.join();
   for (Driver& driver : stage.drivers) driver.LetGo();
-  TmvTaskSchedular()->RemoveEvent("bell");
-  CheckBalance();
-  std::cout << "seed " << seed << ", " << seconds << " s: " << counts.events << " events, "
-            << counts.tasks << " tasks; all promises kept" << std::endl;
-  return 0;
+  Schedular().RemoveEvent("bell");
+  if (livePayloads != 0) Fail(std::to_string(livePayloads) + " payloads were not released");
+  if (Schedular().GetEventCount() != 0) Fail("events are registered still");
+  std::cout << "seed " << seed << ": " << startedTasks << " tasks; all promises kept\n";
 }
