@@ -1,31 +1,25 @@
 #include "support/minidump_reader.h"
 
+#include <cstring>
 #include <fstream>
 #include <iterator>
-#include <utility>
 
 namespace test {
 namespace {
-
-constexpr uint64_t kThreads = 3, kModules = 4, kMemory = 5, kException = 6, kSystem = 7, kMisc = 15,
-                   kThreadNames = 24;
 
 class Reader {
  public:
   Reader(std::string bytes, Minidump& dump) : bytes_(std::move(bytes)), dump_(dump) {}
 
   void Read() {
-    Check(Number(0, 4) == 0x504D444D, "signature");
-    Check((Number(4, 4) & 0xFFFF) == 0xA793, "version");
-    const uint64_t count = Number(8, 4);
-    const uint64_t directory = Number(12, 4);
-    for (uint64_t i = 0; i < count && i < 100; ++i) {
-      const uint64_t entry = directory + i * 12;
-      const auto type = static_cast<uint32_t>(Number(entry, 4));
+    Check(Get(0) == 0x504D444D, "signature");
+    Check(Get<uint16_t>(4) == 0xA793, "version");
+    const uint32_t count = Get(8);
+    for (uint32_t i = 0; i < count && i < 100; ++i) {
+      const uint64_t entry = Get(12) + i * uint64_t{12};
+      const uint32_t type = Get(entry), size = Get(entry + 4), offset = Get(entry + 8);
       if (type == 0) continue;
-      const uint64_t size = Number(entry + 4, 4);
-      const uint64_t offset = Number(entry + 8, 4);
-      Check(offset + size <= bytes_.size(), "stream within the file");
+      Slice(offset, size);
       Check(dump_.streams.insert(type).second, "one stream of a type");
       ReadStream(type, offset, size);
     }
@@ -37,123 +31,107 @@ class Reader {
     if (!holds) dump_.errors.push_back(std::string("wrong: ") + what);
   }
 
-  uint64_t Number(uint64_t offset, unsigned size) {
-    if (offset + size > bytes_.size()) {
-      Check(false, "a number lies beyond the end");
-      return 0;
-    }
-    uint64_t value = 0;
-    for (unsigned i = size; i-- > 0;) {
-      value = value << 8 | static_cast<unsigned char>(bytes_[static_cast<size_t>(offset) + i]);
-    }
-    return value;
+  std::string Slice(uint64_t offset, uint64_t size) {
+    const bool isThere = offset + size <= bytes_.size();
+    Check(isThere, "a location lies beyond the end");
+    return isThere ? bytes_.substr(static_cast<size_t>(offset), static_cast<size_t>(size)) : "";
   }
 
-  std::string Slice(uint64_t offset, uint64_t size) {
-    if (offset + size > bytes_.size()) {
-      Check(false, "a location lies beyond the end");
-      return "";
-    }
-    return bytes_.substr(static_cast<size_t>(offset), static_cast<size_t>(size));
+  template <typename Number = uint32_t>
+  Number Get(uint64_t offset) {
+    Number number = 0;
+    const std::string bytes = Slice(offset, sizeof(Number));
+    if (!bytes.empty()) std::memcpy(&number, bytes.data(), sizeof(Number));
+    return number;
+  }
+
+  // Where the entries of a list are, which begins with their number.
+  std::vector<uint64_t> Entries(uint64_t list, uint64_t size, uint64_t entrySize) {
+    const uint32_t count = Get(list);
+    Check(size == 4 + count * entrySize, "size of a list");
+    std::vector<uint64_t> entries;
+    for (uint64_t i = 0; i < count && i < 1000; ++i) entries.push_back(list + 4 + i * entrySize);
+    return entries;
   }
 
   std::string Text(uint64_t offset) {
-    const uint64_t size = Number(offset, 4);
+    const uint32_t size = Get(offset);
     Check(size % 2 == 0, "even size of a text");
-    if (Number(offset + 4 + size, 2) != 0) dump_.textsEnd = false;
+    if (Get<uint16_t>(offset + 4 + size) != 0) dump_.textsEnd = false;
     std::string text;
-    for (uint64_t i = 0; i < size && i < 10'000; i += 2) {
-      const uint64_t unit = Number(offset + 4 + i, 2);
+    for (uint32_t i = 0; i < size && i < 10'000; i += 2) {
+      const auto unit = Get<uint16_t>(offset + 4 + i);
       text += unit < 128 ? static_cast<char>(unit) : '?';
     }
     return text;
   }
 
   DumpRegisters Registers(uint64_t location) {
-    const uint64_t size = Number(location, 4);
-    const uint64_t at = Number(location + 4, 4);
-    DumpRegisters registers;
-    if (size >= 1232 && (Number(at + 48, 4) & 0x100000) != 0) {
-      registers = {true, Number(at + 248, 8), Number(at + 152, 8)};
-    } else if (size >= 716 && size < 1232 && (Number(at, 4) & 0x10000) != 0) {
-      registers = {true, Number(at + 184, 4), Number(at + 196, 4)};
+    const uint32_t size = Get(location);
+    const uint64_t at = Get(location + 4);
+    if (size >= 1232 && (Get(at + 48) & 0x100000) != 0) {
+      return {true, Get<uint64_t>(at + 248), Get<uint64_t>(at + 152)};
     }
-    return registers;
+    if (size >= 716 && size < 1232 && (Get(at) & 0x10000) != 0) {
+      return {true, Get(at + 184), Get(at + 196)};
+    }
+    return {};
   }
 
   void ReadStream(uint32_t type, uint64_t at, uint64_t size) {
+    constexpr uint32_t kThreads = 3, kModules = 4, kMemory = 5, kException = 6, kSystem = 7,
+                       kMisc = 15, kThreadNames = 24;
     if (type == kThreads) ReadThreads(at, size);
     if (type == kModules) ReadModules(at, size);
     if (type == kMemory) ReadMemory(at, size);
     if (type == kException) ReadException(at, size);
-    if (type == kThreadNames) Check(size == 4 + Number(at, 4) * 12, "size of the thread names");
+    if (type == kThreadNames) Entries(at, size, 12);
     if (type == kSystem) {
       Check(size >= 56, "size of the system stream");
-      dump_.processor = static_cast<uint16_t>(Number(at, 2));
-      dump_.platform = static_cast<uint32_t>(Number(at + 20, 4));
-      dump_.system = Text(Number(at + 24, 4));
+      dump_.processor = Get<uint16_t>(at);
+      dump_.platform = Get(at + 20);
+      dump_.system = Text(Get(at + 24));
     }
     if (type == kMisc) {
-      Check(size >= 24 && Number(at, 4) == size, "size of the misc stream");
-      if ((Number(at + 4, 4) & 1) != 0) dump_.process = static_cast<uint32_t>(Number(at + 8, 4));
+      Check(size >= 24 && Get(at) == size, "size of the misc stream");
+      if ((Get(at + 4) & 1) != 0) dump_.process = Get(at + 8);
     }
   }
 
-  void ReadThreads(uint64_t at, uint64_t size) {
-    const uint64_t count = Number(at, 4);
-    Check(size == 4 + count * 48, "size of the thread list");
-    for (uint64_t i = 0; i < count && i < 1000; ++i) {
-      const uint64_t entry = at + 4 + i * 48;
-      DumpThread thread;
-      thread.id = static_cast<uint32_t>(Number(entry, 4));
-      thread.stackStart = Number(entry + 24, 8);
-      thread.stackSize = static_cast<uint32_t>(Number(entry + 32, 4));
-      Slice(Number(entry + 36, 4), thread.stackSize);
-      thread.registers = Registers(entry + 40);
-      dump_.threads.push_back(thread);
+  void ReadThreads(uint64_t list, uint64_t size) {
+    for (const uint64_t at : Entries(list, size, 48)) {
+      dump_.threads.push_back({Get(at), Get<uint64_t>(at + 24), Get(at + 32), Registers(at + 40)});
+      Slice(Get(at + 36), Get(at + 32));
     }
   }
 
-  void ReadModules(uint64_t at, uint64_t size) {
-    const uint64_t count = Number(at, 4);
-    Check(size == 4 + count * 108, "size of the module list");
-    for (uint64_t i = 0; i < count && i < 1000; ++i) {
-      const uint64_t entry = at + 4 + i * 108;
-      DumpModule module;
-      module.base = Number(entry, 8);
-      module.size = static_cast<uint32_t>(Number(entry + 8, 4));
-      module.path = Text(Number(entry + 20, 4));
-      const uint64_t id_size = Number(entry + 76, 4);
-      const uint64_t id = Number(entry + 80, 4);
-      if (id_size > 4 && Number(id, 4) == 0x4270454C) module.buildId = Slice(id + 4, id_size - 4);
+  void ReadModules(uint64_t list, uint64_t size) {
+    for (const uint64_t at : Entries(list, size, 108)) {
+      DumpModule module = {Get<uint64_t>(at), Get(at + 8), Text(Get(at + 20)), ""};
       Check(module.base != 0 && module.size != 0, "place of a module");
+      const uint32_t idSize = Get(at + 76), id = Get(at + 80);
+      if (idSize > 4 && Get(id) == 0x4270454C) module.buildId = Slice(id + 4, idSize - 4);
       dump_.modules.push_back(module);
     }
   }
 
-  void ReadMemory(uint64_t at, uint64_t size) {
-    const uint64_t count = Number(at, 4);
-    Check(size == 4 + count * 16, "size of the memory list");
-    for (uint64_t i = 0; i < count && i < 1000; ++i) {
-      const uint64_t entry = at + 4 + i * 16;
-      dump_.memory[Number(entry, 8)] = Slice(Number(entry + 12, 4), Number(entry + 8, 4));
+  void ReadMemory(uint64_t list, uint64_t size) {
+    for (const uint64_t at : Entries(list, size, 16)) {
+      const std::string content = Slice(Get(at + 12), Get(at + 8));
+      if (!dump_.memory.emplace(Get<uint64_t>(at), content).second) dump_.rangesApart = false;
     }
-    if (dump_.memory.size() != count) dump_.rangesApart = false;
   }
 
   void ReadException(uint64_t at, uint64_t size) {
     Check(size == 168, "size of the exception stream");
-    DumpException& exception = dump_.exception;
-    exception.present = true;
-    exception.thread = static_cast<uint32_t>(Number(at, 4));
-    exception.code = static_cast<uint32_t>(Number(at + 8, 4));
-    exception.address = Number(at + 24, 8);
-    const uint64_t count = Number(at + 32, 4);
+    const uint32_t count = Get(at + 32);
     Check(count <= 15, "number of parameters");
-    for (uint64_t i = 0; i < count && i < 15; ++i) {
-      exception.parameters.push_back(Number(at + 40 + i * 8, 8));
+    std::vector<uint64_t> parameters;
+    for (uint32_t i = 0; i < count && i < 15; ++i) {
+      parameters.push_back(Get<uint64_t>(at + 40 + i * 8));
     }
-    exception.registers = Registers(at + 160);
+    dump_.exception = {
+        true, Get(at), Get(at + 8), Get<uint64_t>(at + 24), parameters, Registers(at + 160)};
   }
 
   void CheckMemory() {
