@@ -10,6 +10,7 @@
 #include <cstring>
 #include <system_error>
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -45,11 +46,7 @@ void WaitOnAThread(void (*wait)()) {
   std::thread(wait).detach();
 }
 
-const struct {
-  const char* name;
-  int workers;
-  void (*enter)();
-} kPhases[] = {
+const std::tuple<const char*, uint32_t, void (*)()> kPhases[] = {
     {"loaded", 0, [] {}},
     {"idle", 3, [] {}},
     {"working", 3, [] { StartJob(Sleep); }},
@@ -80,10 +77,10 @@ int StopWhatStartMade() {
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
   if (std::strcmp(argv[1], "refuse") == 0) return StopWhatStartMade();
-  for (const auto& phase : kPhases) {
-    if (std::strcmp(argv[1], phase.name) != 0) continue;
-    if (phase.workers > 0) TmvTaskPool()->Start(static_cast<uint32_t>(phase.workers));
-    phase.enter();
+  for (const auto& [name, workers, enter] : kPhases) {
+    if (std::strcmp(argv[1], name) != 0) continue;
+    if (workers > 0) TmvTaskPool()->Start(workers);
+    enter();
     // Wine 8 ends some processes by a segmentation fault that have just started a thread (2 of 300
     // runs of a program without this library), so those that are new get time to wait.
     std::this_thread::sleep_for(std::chrono::milliseconds(50));

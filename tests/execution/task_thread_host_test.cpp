@@ -1,11 +1,6 @@
 // Workers of a host's own.
 #include <algorithm>
-#include <atomic>
-#include <memory>
-#include <string>
 #include <system_error>
-#include <thread>
-#include <vector>
 
 #include "support/host_job.h"
 

@@ -1,6 +1,4 @@
 // Walking a document by handles, and what handles return where there is nothing.
-#include <string>
-
 #include "support/settings_store.h"
 
 namespace {

@@ -1,5 +1,4 @@
 // The operations that work by key: typed reads, setters, parents.
-#include <string>
 #include <vector>
 
 #include "support/settings_store.h"
@@ -17,24 +16,20 @@ constexpr char kAllTypes[] =
 
 TEST_P(SettingsMembers, ReadsAndConvertsNothing) {
   TMVUserDefaults* store = Load(kAllTypes);
-  const struct {
-    const char* key;
-    const char* text;
-    int32_t number;
-  } table[] = {
+  const std::tuple<const char*, const char*, int32_t> table[] = {
       {"text", "abc", 0}, {"empty", "", 0},  {"int", "", -7},  {"big", "", 2},    {"huge", "", -2},
       {"low", "", 1},     {"double", "", 0}, {"whole", "", 0}, {"yes", "", 0},    {"no", "", 0},
       {"null", "", 0},    {"object", "", 0}, {"array", "", 0}, {"absent", "", 0}, {"TEXT", "", 0},
       {"", "", 0},        {nullptr, "", 0},
   };
-  for (const auto& row : table) {
-    const std::string key = row.key == nullptr ? "null" : row.key;
-    EXPECT_STREQ(store->GetString(row.key, nullptr), row.text) << key;
-    EXPECT_EQ(store->GetInt(row.key, nullptr), row.number) << key;
-    const bool there = row.key != nullptr && key != "absent" && key != "TEXT" && !key.empty();
-    EXPECT_EQ(store->HasKey(row.key, nullptr), there) << key;
-    EXPECT_STREQ(store->GetValueString(store->GetValue(row.key, nullptr)), row.text) << key;
-    EXPECT_EQ(store->GetValueInt(store->GetValue(row.key, nullptr)), row.number) << key;
+  for (const auto& [key, text, number] : table) {
+    const std::string name = key == nullptr ? "null" : key;
+    EXPECT_STREQ(store->GetString(key, nullptr), text) << name;
+    EXPECT_EQ(store->GetInt(key, nullptr), number) << name;
+    const bool there = key != nullptr && name != "absent" && name != "TEXT" && !name.empty();
+    EXPECT_EQ(store->HasKey(key, nullptr), there) << name;
+    EXPECT_STREQ(store->GetValueString(store->GetValue(key, nullptr)), text) << name;
+    EXPECT_EQ(store->GetValueInt(store->GetValue(key, nullptr)), number) << name;
   }
 }
 
