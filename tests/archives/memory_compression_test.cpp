@@ -76,24 +76,13 @@ TEST(MemoryCompression, OtherLevelsAndEmptyInputAreRefusedWithoutALine) {
 
 TEST(MemoryCompression, BadInputIsPrintedInALine) {
   std::cout << std::hex;  // The host's setting, which codes don't follow.
-  const std::string packed = Deflated(NoisyBytes(5000), 15);
-  std::string wrongSum = packed;
-  wrongSum.back() ^= 1;
-  const std::string dictionary("\x78\xBB\0\0\0\0", 6);
-  const std::string start = "Exception during zlib decompression: (";
+  const std::string needsDictionary("\x78\xBB\0\0\0\0", 6);
   const std::pair<std::string, std::string> cases[] = {
-      {"not a zlib stream", "-3) incorrect header check"},
-      {wrongSum, "-3) incorrect data check"},
-      {packed.substr(0, 1), "-5) "},
-      {packed.substr(0, 2500), "-5) "},
-      {packed.substr(0, packed.size() - 1), "-5) "},
-      {dictionary, "2) "},
-      {Deflated("gzip", 31), "-3) incorrect header check"},
-  };
+      {"not a zlib stream", "-3) incorrect header check"}, {needsDictionary, "2) "}};
   for (const auto& [input, text] : cases) {
     const Outcome refused = Inflate(input);
     EXPECT_FALSE(refused.result);
-    EXPECT_EQ(refused.out, start + text + "\n");
+    EXPECT_EQ(refused.out, "Exception during zlib decompression: (" + text + "\n");
   }
   std::cout << std::dec;
 }
@@ -117,19 +106,6 @@ Gunzipped Gunzip(Operation operation, const std::string& data, uint32_t capacity
 
 int32_t ByLibrary(const uint8_t* data, uint32_t size, uint8_t* output, uint32_t* capacity) {
   return TmvUtilityUnzip()->GunzipBuffer(data, size, output, capacity);
-}
-
-TEST(MemoryCompression, GunzipStopsAtTheCapacityOrTheEndOfTheMember) {
-  const std::string data = NoisyBytes(3000) + std::string(3000, 'a');
-  const std::string packed = Deflated(data, 31);
-  for (const uint32_t capacity : {0u, 1u, 2999u, 6000u, 9000u}) {
-    const uint32_t count = std::min(capacity, 6000u);
-    EXPECT_EQ(
-        Gunzip(ByLibrary, packed + packed, capacity),
-        (Gunzipped{0, count, data.substr(0, count) + std::string(capacity + 8 - count, '#')}));
-  }
-  const std::string untouched(100 + 8, '#');
-  EXPECT_EQ(Gunzip(ByLibrary, Deflated("zlib", 15), 100), (Gunzipped{-1, 100, untouched}));
 }
 
 // A stream of any shape, whole or damaged: random settings of zlib, flushes in odd places, several
@@ -181,6 +157,7 @@ TEST(MemoryCompression, ResultsAreThoseOfTheDocumentedLoops) {
     ASSERT_EQ(Gunzip(ByLibrary, packed, capacity), Gunzip(GunzipByBytes, packed, capacity)) << i;
 
     const std::string zlib = AnyStream(random, 15);
+    ASSERT_EQ(Gunzip(ByLibrary, zlib, 100), Gunzip(GunzipByBytes, zlib, 100)) << "no gzip";
     std::string contents;
     std::string message;
     const int last = InflateByBlocks(reinterpret_cast<const uint8_t*>(zlib.data()),
