@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
 
 #include "support/manifest_builder.h"
 #include "support/take.h"

@@ -102,12 +102,7 @@ TEST(ManifestText, HarmsNothingOnForgedDocuments) {
       "</uses-sdk>\n</manifest>\n";
   const std::string lastUnnamed = "<" + rest.substr(0, rest.size() - 12) + "</>\n";
   const std::string noStrings = "< =\"\">\n  < =\"resourceID 0x9\">\n  </>\n</>\n";
-  const struct {
-    const char* what;
-    size_t offset;
-    uint32_t word;
-    std::string text;
-  } table[] = {
+  const std::tuple<const char*, size_t, uint32_t, std::string> table[] = {
       {"a negative count", first + 28, 0x80000000,
        "<manifest>\n  Unrecognized tag code 'ffffffff' at offset 200"},
       {"an endless count, read to the end of the buffer", first + 28, 0x7FFFFFFF,

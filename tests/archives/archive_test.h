@@ -5,10 +5,7 @@
 #include <gmock/gmock.h>
 #include <temvar/handles.h>
 
-#include <filesystem>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "support/work_folder.h"
 #include "support/zip_file.h"

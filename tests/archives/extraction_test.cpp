@@ -115,12 +115,7 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
   const char* const kRead = "unzReadCurrentFile";
   const char* const kClose = "unzCloseCurrentFile";
   const std::string text = std::string(9999, 'x') + "y";
-  const struct {
-    const char* what;
-    ZipEntry entry;
-    int code;
-    const char* where;
-  } damages[] = {
+  const std::tuple<const char*, ZipEntry, int, const char*> damages[] = {
       {"a wrong CRC of stored data", {.data = "data", .crc = 1}, -105, kClose},
       {"a wrong CRC of deflated data", {.data = "data", .method = 8, .crc = 1}, -105, kClose},
       {"no deflated data", {.data = "data", .method = 8, .packed = "\xFF\xFF\xFF"}, -3, kRead},
@@ -136,18 +131,18 @@ TEST_P(ExtractionTest, DamagedEntriesEndTheExtraction) {
       {"an unknown method", {.data = "data", .method = 99}, -103, kOpen},
       {"encrypted", {.data = "data", .flags = 1, .packed = "twelve bytesdata"}, -105, kClose},
   };
-  for (const auto& damage : damages) {
-    SCOPED_TRACE(damage.what);
-    ZipEntry bad = damage.entry;
+  for (const auto& [what, entry, code, where] : damages) {
+    SCOPED_TRACE(what);
+    ZipEntry bad = entry;
     bad.name = "bad";
     PutArchive({{.name = "before", .data = "b"}, bad, {.name = "after", .data = "b"}});
     const Extraction run = Extract();
     EXPECT_FALSE(run.result);
-    EXPECT_THAT(run.output.out, testing::EndsWith(ErrorLine(damage.code, damage.where)));
+    EXPECT_THAT(run.output.out, testing::EndsWith(ErrorLine(code, where)));
     EXPECT_TRUE(Exists(Out("before")));
     EXPECT_FALSE(Exists(Out("after")));
     // The file is on disk before its CRC is known.
-    EXPECT_EQ(Exists(Out("bad")), damage.where != kOpen);
+    EXPECT_EQ(Exists(Out("bad")), where != kOpen);
     TakeFreshDestination();
   }
 }

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <string_view>
 
 #include "archives/archive_test.h"
 

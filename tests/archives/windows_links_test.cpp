@@ -56,11 +56,7 @@ class WindowsLinksTest : public ArchiveTest {
 TEMVAR_IN_A_PLAIN_PLACE(WindowsLinksTest);
 
 TEST_P(WindowsLinksTest, WhatMayLeadElsewhereIsNotEntered) {
-  const struct {
-    const char* what;
-    Reported reported;
-    bool isEntered;
-  } cases[] = {
+  const std::tuple<const char*, Reported, bool> cases[] = {
       {"a junction", {.tag = IO_REPARSE_TAG_MOUNT_POINT}, false},
       {"a symbolic link", {.tag = IO_REPARSE_TAG_SYMLINK}, false},
       {"a folder of a cloud store", {.tag = IO_REPARSE_TAG_CLOUD}, true},
@@ -69,17 +65,17 @@ TEST_P(WindowsLinksTest, WhatMayLeadElsewhereIsNotEntered) {
       {"a drive that is not ready", {.error = ERROR_NOT_READY}, false},
       {"gone since", {.error = ERROR_FILE_NOT_FOUND}, true},
   };
-  for (const auto& row : cases) {
-    SCOPED_TRACE(row.what);
+  for (const auto& [what, report, isEntered] : cases) {
+    SCOPED_TRACE(what);
     TakeFreshDestination();
     MakeFolder(Out("link"));
     PutArchive({{.name = "link/file", .data = "1"}, {.name = "last", .data = "2"}});
-    reported = row.reported;
+    reported = report;
     const Extraction run = Extract();
     EXPECT_TRUE(run.result);
-    EXPECT_EQ(run.output.out, (row.isEntered ? " extracting: " : "error opening ") +
-                                  Full("link/file") + "\n extracting: " + Full("last") + "\n");
-    EXPECT_EQ(Exists(Out("link/file")), row.isEntered);
+    EXPECT_EQ(run.output.out, (isEntered ? " extracting: " : "error opening ") + Full("link/file") +
+                                  "\n extracting: " + Full("last") + "\n");
+    EXPECT_EQ(Exists(Out("link/file")), isEntered);
   }
 }
 

@@ -33,16 +33,12 @@ TEST(CrashExceptions, ACallbackThatCrashesEveryTimeEndsTheProcess) {
 // The handlers run on what is left of the stack: just above what the library keeps there; on a
 // thread of the host with too little for an archive, and for anything.
 TEST(CrashExceptions, ACrashCloseToTheEndOfAStackEndsTheProcess) {
-  const struct {
-    const char* way;
-    std::vector<std::string> options;
-    size_t reports;
-    bool archive;
-  } cases[] = {{"stack-left-310", {}, 1, true},
-               {"stack-left-275", {}, 1, true},
-               {"stack-left-78", {"on-thread"}, 1, false},
-               {"stack-left-76", {"on-thread"}, 1, false},
-               {"stack-left-48", {"on-thread"}, 0, false}};
+  const std::tuple<const char*, std::vector<std::string>, size_t, bool> cases[] = {
+      {"stack-left-310", {}, 1, true},
+      {"stack-left-275", {}, 1, true},
+      {"stack-left-78", {"on-thread"}, 1, false},
+      {"stack-left-76", {"on-thread"}, 1, false},
+      {"stack-left-48", {"on-thread"}, 0, false}};
   for (const auto& [way, options, reports, archive] : cases) {
     CrashRun run;
     run.Start(way, options);

@@ -6,7 +6,6 @@
 #include <csignal>
 #include <cstdio>
 #include <fstream>
-#include <string>
 
 #include "crash/crash_run.h"
 
@@ -179,16 +178,12 @@ TEST(CrashReport, ShowsTheOtherThreads) {
 // The handlers stay in force, and so does the code that they lead to; callbacks may be missing or
 // throw; a fault under the exit flag leaves nothing, and the next one is reported.
 TEST(CrashReport, ComesWhateverTheHostHasDoneBefore) {
-  const struct {
-    const char* way;
-    std::vector<std::string> options;
-    size_t collects;
-    size_t reports;
-  } cases[] = {{"division", {"destroyed", "second"}, 1, 1},
-               {"null-write", {"unloaded"}, 2, 1},
-               {"division", {"probe"}, 1, 1},
-               {"division", {"throw-in-collect"}, 1, 1},
-               {"division", {"no-collect", "no-notify"}, 0, 0}};
+  const std::tuple<const char*, std::vector<std::string>, size_t, size_t> cases[] = {
+      {"division", {"destroyed", "second"}, 1, 1},
+      {"null-write", {"unloaded"}, 2, 1},
+      {"division", {"probe"}, 1, 1},
+      {"division", {"throw-in-collect"}, 1, 1},
+      {"division", {"no-collect", "no-notify"}, 0, 0}};
   for (const auto& [way, options, collects, reports] : cases) {
     SCOPED_TRACE(testing::PrintToString(options));
     CrashRun run;

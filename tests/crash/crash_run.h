@@ -2,12 +2,9 @@
 #define TESTS_CRASH_CRASH_RUN_H_
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "support/child_process.h"
 #include "support/minidump_reader.h"

@@ -8,7 +8,6 @@
 #include <fstream>
 #include <map>
 #include <utility>
-#include <vector>
 
 #include "crash/crash_run.h"
 
@@ -120,11 +119,8 @@ TEST(CrashSignals, AFileThatMayNotGrowIsPassedOver) {
 // A handler of before takes the signal in the place of a structured handler: after the vectored
 // pass, before the filter. An exception that nobody catches can't be taken any more.
 TEST(CrashSignals, AForeignHandlerHasItsTurn) {
-  const struct {
-    const char* way;
-    size_t dumps;
-    size_t reports;
-  } cases[] = {{"null-write", 1, 0}, {"abort", 0, 0}, {"exception", 1, 1}};
+  const std::tuple<const char*, size_t, size_t> cases[] = {
+      {"null-write", 1, 0}, {"abort", 0, 0}, {"exception", 1, 1}};
   for (const auto& [way, dumps, reports] : cases) {
     CrashRun run;
     run.Start(way, {"foreign"});

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <ctime>
 #include <thread>
+#include <tuple>
 
 #include "crash/faults.h"
 
@@ -87,11 +88,7 @@ void StartThreads() {
   }
 }
 
-const struct {
-  const char* option;
-  bool afterInstall;
-  void (*setUp)();
-} kSetUps[] = {
+const std::tuple<const char*, bool, void (*)()> kSetUps[] = {
     {"foreign", false, InstallForeignHandler},
     {"foreign-later", true, InstallForeignHandler},
     {"onlooker", false, InstallOnlooker},
@@ -152,8 +149,8 @@ void RunCaught(const std::string& way) {
 
 void SetUp(const std::string& option, bool installed, void (*log)(const char* line)) {
   foreignLog = log;
-  for (const auto& entry : kSetUps) {
-    if (entry.option == option && entry.afterInstall == installed) entry.setUp();
+  for (const auto& [name, afterInstall, setUp] : kSetUps) {
+    if (name == option && afterInstall == installed) setUp();
   }
 }
 

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <ostream>
-#include <string>
 
 #include "crash/crash_run.h"
 

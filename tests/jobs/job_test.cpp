@@ -2,14 +2,9 @@
 #include <temvar/job.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
 #include <future>
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "support/host_job.h"
 

@@ -2,10 +2,8 @@
 #include <temvar/crash_watch.h>
 #include <temvar/settings.h>
 
-#include <filesystem>
 #include <fstream>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 #include "support/work_folder.h"

@@ -1,7 +1,5 @@
 // The file surface that the library calls: the same answers, error codes included, from Windows and
 // from what stands in for it elsewhere.
-#include <string>
-
 #include "platform/paths.h"
 #include "platform/win32.h"
 #include "support/work_folder.h"

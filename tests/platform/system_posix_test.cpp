@@ -2,8 +2,6 @@
 #include <dlfcn.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <string>
 
 #include "platform/win32.h"
 #include "support/take.h"

@@ -5,8 +5,6 @@
 #include <cstdlib>
 #include <map>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "support/host_job.h"
 

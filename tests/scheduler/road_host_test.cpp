@@ -57,32 +57,27 @@ TEST(Road, PackagesRunSideBySideAndTheirTasksOneAfterTheOther) {
 
 // By the reports of its tasks: 's' success, 'f' failure.
 TEST(Road, APackageEndsAsItsReportsSay) {
-  const struct {
-    const char* reports;
-    bool continueOnFailure;
-    const char* states;
-    int32_t packageState;
-  } cases[] = {
+  const std::tuple<const char*, bool, const char*, int32_t> cases[] = {
       {"sss", true, "111", 1}, {"sfs", true, "161", 1},  {"ssf", true, "116", 6},
       {"f", true, "6", 6},     {"fss", false, "600", 6}, {"sfs", false, "160", 6},
   };
   RunningPool pool(2);
-  for (const auto& row : cases) {
-    SCOPED_TRACE(row.reports);
+  for (const auto& [reports, continueOnFailure, states, packageState] : cases) {
+    SCOPED_TRACE(reports);
     std::vector<Step> steps;
-    for (const char report : std::string(row.reports)) {
+    for (const char report : std::string(reports)) {
       steps.push_back({"task " + std::to_string(steps.size()), report == 's' ? Succeed : Fail});
     }
     const Job job("event", steps, Succeed);
-    job.package->SetContinueOnFailure(row.continueOnFailure);
+    job.package->SetContinueOnFailure(continueOnFailure);
     job.Add();
     Eventually([&job] { return job.event->GetState() != kTaskStateCreated; });
     Eventually([] { return IdleWorkers() == 2; });
-    std::string states;
-    for (size_t i = 0; i < steps.size(); ++i) states += std::to_string(job[i]->GetState());
-    EXPECT_EQ(states, row.states);
-    EXPECT_EQ(job.package->GetState(), row.packageState);
-    EXPECT_EQ(job.event->GetState(), row.packageState);
+    std::string seen;
+    for (size_t i = 0; i < steps.size(); ++i) seen += std::to_string(job[i]->GetState());
+    EXPECT_EQ(seen, states);
+    EXPECT_EQ(job.package->GetState(), packageState);
+    EXPECT_EQ(job.event->GetState(), packageState);
   }
 }
 

@@ -43,10 +43,7 @@ void RunOthers() {
 
 TEST(WakeUps, AWaitIsWokenByWhatConcernsIt) {
   RunningPool pool(3);
-  const struct {
-    const char* what;
-    void (*act)();
-  } waits[] = {
+  const std::pair<const char*, void (*)()> waits[] = {
       {"pause", [] { Schedular().PauseEvent("event"); }},
       {"cancel", [] { Schedular().CancelEventEx("event", false); }},
   };

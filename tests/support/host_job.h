@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <temvar/temvar.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -202,10 +203,8 @@ class Log {
 
   bool WaitFor(const std::string& entry) const {
     return Eventually([this, &entry] {
-      for (const std::string& seen : Entries()) {
-        if (seen == entry) return true;
-      }
-      return false;
+      const std::vector<std::string> entries = Entries();
+      return std::count(entries.begin(), entries.end(), entry) > 0;
     });
   }
 

@@ -2,11 +2,6 @@
 #ifndef TESTS_SUPPORT_SETTINGS_STORE_H_
 #define TESTS_SUPPORT_SETTINGS_STORE_H_
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <string_view>
-
 #include "support/take.h"
 #include "support/work_folder.h"
 #include "temvar/temvar.h"

@@ -40,16 +40,14 @@ TEST(Task, IsNewWithItsDefaults) {
 
 TEST(Task, TakesNamesAsTextAndAsNumbers) {
   const TaskPtr task(CreateRkTask());
-  const struct {
-    int64_t number;
-    const char* name;
-  } kNumbers[] = {{0, "0"},
-                  {-12, "-12"},
-                  {std::numeric_limits<int64_t>::max(), "9223372036854775807"},
-                  {std::numeric_limits<int64_t>::min(), "-9223372036854775808"}};
-  for (const auto& row : kNumbers) {
-    task->SetNameNumber(row.number);
-    EXPECT_STREQ(task->GetName(), row.name);
+  const std::pair<int64_t, const char*> kNumbers[] = {
+      {0, "0"},
+      {-12, "-12"},
+      {std::numeric_limits<int64_t>::max(), "9223372036854775807"},
+      {std::numeric_limits<int64_t>::min(), "-9223372036854775808"}};
+  for (const auto& [number, name] : kNumbers) {
+    task->SetNameNumber(number);
+    EXPECT_STREQ(task->GetName(), name);
   }
   task->SetName("a longer name than any that fits into the object itself");
   task->SetName(task->GetName());

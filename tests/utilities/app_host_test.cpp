@@ -1,8 +1,6 @@
 #include <temvar/utility_app.h>
 
 #include <cstdint>
-#include <filesystem>
-#include <string>
 
 #include "support/take.h"
 #include "support/work_folder.h"
@@ -34,13 +32,7 @@ TEST(App, Paths) {
 }
 
 TEST(App, ProgressPerMille) {
-  const struct {
-    int64_t done;
-    int64_t stepSize;
-    int32_t stepIndex;
-    int32_t stepCount;
-    int32_t result;
-  } cases[] = {
+  const std::tuple<int64_t, int64_t, int32_t, int32_t, int32_t> cases[] = {
       {5, 10, 1, 4, 375}, {0, 10, 4, 4, 1000},  {0, 10, 0, 4, 0},     {15, 10, 4, 4, 1375},
       {2, 3, 0, 1, 666},  {-1, 1000, 0, 1, -1}, {-1, 3000, 0, 1, -1}, {7, 0, 1, 4, 0},
       {7, 10, 1, 0, 0},   {0, -10, 1, 4, 250},  {1, 125, 0, 1, 8},    {1000, 1000000, 0, 1, 1},

@@ -1,8 +1,5 @@
-#include <temvar/utility_string.h>
-
 #include <cstring>
 #include <set>
-#include <string>
 
 #include "support/take.h"
 #include "support/work_folder.h"

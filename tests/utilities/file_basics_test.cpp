@@ -1,7 +1,4 @@
 // Single files as a whole: copy, move, remove, look-ups, sizes for people, free space.
-#include <filesystem>
-#include <string>
-
 #include "support/take.h"
 #include "support/work_folder.h"
 #include "temvar/temvar.h"
@@ -119,10 +116,7 @@ TEST_P(FileBasicsTest, FreeSpaceIsThatOfTheDiskBeforeTheFirstBackslash) {
 }
 
 TEST(FormatSize, TakesTheLargestUnitThatIsReached) {
-  const struct {
-    uint64_t bytes;
-    const char* text;
-  } cases[] = {
+  const std::pair<uint64_t, const char*> cases[] = {
       {0, "0.00 B"},
       {1023, "1023.00 B"},
       {1536, "1.50 KB"},

@@ -1,7 +1,5 @@
 // Streams, files read, written or made as a whole, and the search for text in one.
 #include <cstdio>
-#include <filesystem>
-#include <string>
 
 #include "support/work_folder.h"
 #include "temvar/temvar.h"
@@ -137,11 +135,7 @@ class FileSearchTest : public WorkFolderTest {
 TEMVAR_IN_EVERY_PLACE(FileSearchTest);
 
 TEST_P(FileSearchTest, FindsTextWithinALine) {
-  const struct {
-    const char* content;
-    const char* text;
-    int32_t expected;
-  } cases[] = {
+  const std::tuple<const char*, const char*, int32_t> cases[] = {
       {"one\nTWO words", "two W", 1},
       {"one\nlast", "last", 1},
       {"1\n2\n", "1\n2", 0},
@@ -155,7 +149,9 @@ TEST_P(FileSearchTest, FindsTextWithinALine) {
       {"", "", 0},
       {"", "x", 0},
   };
-  for (const auto& c : cases) EXPECT_EQ(Search(c.content, c.text), c.expected) << c.text;
+  for (const auto& [content, text, expected] : cases) {
+    EXPECT_EQ(Search(content, text), expected) << text;
+  }
   EXPECT_EQ(files->FileContainsText(Path("missing").c_str(), ""), -1);
   EXPECT_EQ(files->FileContainsText(Path().c_str(), "x"), -1) << "a directory";
 }

@@ -1,6 +1,4 @@
 // Paths as text: parts, extensions, free names.
-#include <string>
-
 #include "support/take.h"
 #include "support/work_folder.h"
 #include "temvar/temvar.h"
@@ -12,12 +10,7 @@ using namespace test;
 TMVUtilityFile* const files = TmvUtilityFile();
 
 TEST(SplitPath, CutsAtTheLastSeparatorAndTheLastDot) {
-  const struct {
-    const char* path;
-    const char* directory;
-    const char* name;
-    const char* extension;
-  } cases[] = {
+  const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
       {"name.txt", "", "name", ".txt"},
       {"name", "", "name", ""},
       {".hidden", "", "", ".hidden"},
@@ -36,12 +29,12 @@ TEST(SplitPath, CutsAtTheLastSeparatorAndTheLastDot) {
       {"", nullptr, nullptr, nullptr},
       {nullptr, nullptr, nullptr, nullptr},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.path == nullptr ? "null" : c.path);
-    PathParts parts = files->SplitPath(c.path);
-    EXPECT_STREQ(parts.Directory, c.directory);
-    EXPECT_STREQ(parts.Name, c.name);
-    EXPECT_STREQ(parts.Extension, c.extension);
+  for (const auto& [path, directory, name, extension] : cases) {
+    SCOPED_TRACE(path == nullptr ? "null" : path);
+    PathParts parts = files->SplitPath(path);
+    EXPECT_STREQ(parts.Directory, directory);
+    EXPECT_STREQ(parts.Name, name);
+    EXPECT_STREQ(parts.Extension, extension);
     const PathParts before = parts;
     files->FreePathParts(&parts);
     EXPECT_EQ(parts.Name, before.Name) << "the record is left as it is";
@@ -50,19 +43,15 @@ TEST(SplitPath, CutsAtTheLastSeparatorAndTheLastDot) {
 }
 
 TEST(ExtensionInList, ComparesWholeExtensionsInLowerCase) {
-  const struct {
-    const char* path;
-    const char* list;
-    bool expected;
-  } cases[] = {
+  const std::tuple<const char*, const char*, bool> cases[] = {
       {"a.zip", ";.zip;.7z;", true}, {"DIR\\A.ZIP", ";.zip;.7z;", true},
       {"a.7z", ";.zip;.7z;", true},  {"a.tar.7Z", ";.zip;.7z;", true},
       {"a.zi", ";.zip;", false},     {"a.zipx", ";.zip;", false},
       {"a.zip", ";.ZIP;", false},    {"a.zip", ".zip", false},
       {"a.", ";.;", true},           {"a.ΤΧΤ", ";.ΤΧΤ;", true},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(files->ExtensionInList(c.path, c.list), c.expected) << c.path << " in " << c.list;
+  for (const auto& [path, list, expected] : cases) {
+    EXPECT_EQ(files->ExtensionInList(path, list), expected) << path << " in " << list;
   }
   EXPECT_FALSE(files->ExtensionInList(nullptr, ";.zip;"));
 }

@@ -3,10 +3,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
-#include <filesystem>
 #include <iomanip>
 #include <sstream>
-#include <string>
 
 #include "support/work_folder.h"
 #include "temvar/temvar.h"

@@ -1,7 +1,4 @@
 // Directory trees: make, copy, delete, sum up.
-#include <filesystem>
-#include <string>
-
 #include "support/work_folder.h"
 #include "temvar/temvar.h"
 

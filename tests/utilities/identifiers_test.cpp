@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <limits>
-#include <string>
 #include <thread>
 #include <vector>
 

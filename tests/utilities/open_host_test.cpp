@@ -7,8 +7,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
-#include <string>
 #include <thread>
 
 #include "support/work_folder.h"

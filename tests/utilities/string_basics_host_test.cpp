@@ -1,11 +1,9 @@
 // Copies, looks, comparisons and numbers, and texts made by a format.
 #include <gtest/gtest.h>
-#include <temvar/utility_string.h>
 
 #include <cinttypes>
 #include <climits>
 #include <new>
-#include <string>
 
 #include "support/take.h"
 
@@ -44,11 +42,7 @@ TEST(StringBasics, NullEmptyAndBlank) {
 }
 
 TEST(StringBasics, CompareVersion) {
-  const struct {
-    const char* left;
-    const char* right;
-    int32_t result;
-  } cases[] = {
+  const std::tuple<const char*, const char*, int32_t> cases[] = {
       {"1.10", "1.9", 1}, {"1.2", "1.2.0", -1},  {"1.", "1", 1},     {"1.x", "1.0", 0},
       {"2", "1.9.9", 1},  {" 7rc1.2", "7.2", 0}, {"-1", "0", -1},    {"", "0", 0},
       {"", nullptr, 1},   {nullptr, nullptr, 0}, {nullptr, "0", -1}, {"1.2", "1.2", 0},

@@ -1,8 +1,4 @@
 // Conversions between UTF-8, wide text and ANSI, and the repair of UTF-8.
-#include <temvar/utility_string.h>
-
-#include <filesystem>
-#include <string>
 #include <vector>
 
 #include "support/take.h"

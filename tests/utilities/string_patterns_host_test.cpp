@@ -5,13 +5,11 @@
 #endif
 
 #include <gtest/gtest.h>
-#include <temvar/utility_string.h>
 
 #include <memory>
 #include <new>
 #include <random>
 #include <regex>
-#include <string>
 #include <vector>
 
 #include "support/take.h"
@@ -61,11 +59,7 @@ TEST(StringPatterns, LongTextsCostNoStack) {
 }
 
 TEST(StringPatterns, FirstMatch) {
-  const struct {
-    const char* subject;
-    const char* pattern;
-    const char* match;
-  } cases[] = {
+  const std::tuple<const char*, const char*, const char*> cases[] = {
       {"version 1.2.3 and 4.5", "\\d+(\\.\\d+)*", "1.2.3"},
       {"version", "\\d+", ""},
       {"", "x*", ""},

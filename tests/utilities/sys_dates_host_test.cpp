@@ -8,7 +8,6 @@
 #include <ctime>
 #include <iomanip>
 #include <sstream>
-#include <string>
 
 #include "support/take.h"
 

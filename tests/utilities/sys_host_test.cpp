@@ -6,8 +6,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <filesystem>
-#include <string>
 
 #include "support/take.h"
 #include "support/work_folder.h"
