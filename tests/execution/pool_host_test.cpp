@@ -1,6 +1,6 @@
-// The pool as its clients see it: the order of tasks and of workers, what it does with odd ones, the
-// searches for the tasks of an event, and start and stop. Each TEST is a process: the pool lives
-// once.
+// The pool as its clients see it: the order of tasks and of workers, what it does with odd ones,
+// the searches for the tasks of an event, and start and stop. Each TEST is a process: the pool
+// lives once.
 #include <gmock/gmock.h>
 
 #include <map>
