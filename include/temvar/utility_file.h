@@ -25,7 +25,8 @@ struct PathParts {
 // New text is released with FreeString of TMVUtilityString. Nothing stays open after a call but
 // the stream that OpenFile hands out. The object has no state: any thread may call any operation at
 // any time, and two calls on one path meet only in the file system. Operations that make text or
-// take a path throw std::bad_alloc.
+// take a path throw std::bad_alloc, or fail as for another reason where the system keeps silent
+// about memory.
 class TMVUtilityFile {
  public:
   // Deletes a directory with all that is in it, or a single file, for good and without asking. One

@@ -51,12 +51,12 @@ Stream Destination::Open(const std::string& path) {
     if (kind == ComponentKind::kFolder && !IsFree(full)) return nullptr;
   }
   const SystemPath wide(full.c_str());
-  Stream output(_wfopen(wide.get(), TMV_WIDE("wb")));
+  Stream output(Opened(_wfopen(wide.get(), TMV_WIDE("wb"))));
   if (output != nullptr || folder.empty() || errno != ENOENT) return output;
   // In a fresh folder nothing has been looked at yet.
   if (isFresh) kind = LookAt(folder);
   if (kind == ComponentKind::kMissing && MakeMissing(folder)) {
-    output.reset(_wfopen(wide.get(), TMV_WIDE("wb")));
+    output.reset(Opened(_wfopen(wide.get(), TMV_WIDE("wb"))));
   }
   return output;
 }

@@ -64,7 +64,7 @@ class LineSearch {
 int32_t TMVUtilityFileImpl::FileContainsText(const char* path, const char* text) {
   // Denies nobody: a log that its writer holds open is searched all the same. Bytes are compared
   // with bytes, in whatever encoding the file has.
-  const Stream stream(_wfsopen(SystemPath(path).get(), TMV_WIDE("rt"), _SH_DENYNO));
+  const Stream stream(Opened(_wfsopen(SystemPath(path).get(), TMV_WIDE("rt"), _SH_DENYNO)));
   if (stream == nullptr) return -1;
   LineSearch search(text);
   char block[16 * 1024];

@@ -37,7 +37,7 @@ FILE* TMVUtilityFileImpl::OpenFile(const char* path, const char* mode) {
   const WideText wideMode = ToWide(mode);
   // The runtime may end a process that asks for no mode at all.
   if (*wideMode == TMV_WIDE('\0')) return nullptr;
-  return _wfopen(SystemPath(path).get(), wideMode.get());
+  return Opened(_wfopen(SystemPath(path).get(), wideMode.get()));
 }
 
 int64_t TMVUtilityFileImpl::FileSize(const char* path) {

@@ -1,20 +1,28 @@
 // Owners of what the file functions of the system and of the runtime return: closed on every way
-// out.
+// out. Where the system lacked memory, opening throws std::bad_alloc: "can't be opened" would be
+// read as a file that isn't there.
 #ifndef TEMVAR_UTILITIES_FILE_OWNED_HANDLES_H_
 #define TEMVAR_UTILITIES_FILE_OWNED_HANDLES_H_
 
+#include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <new>
 
 #include "platform/win32.h"
 #include "temvar/types.h"
 
 namespace temvar {
 
+// For a handle that the system has just refused.
+inline void ThrowIfNoMemory(bool isOpen) {
+  if (!isOpen && GetLastError() == ERROR_NOT_ENOUGH_MEMORY) throw std::bad_alloc();
+}
+
 // A handle of CreateFileW.
 class FileHandle {
  public:
-  explicit FileHandle(HANDLE handle) : handle_(handle) {}
+  explicit FileHandle(HANDLE handle) : handle_(handle) { ThrowIfNoMemory(IsOpen()); }
   ~FileHandle() {
     if (IsOpen()) CloseHandle(handle_);
   }
@@ -32,7 +40,9 @@ class FileHandle {
 class FindHandle {
  public:
   FindHandle(const TmvWideChar* pattern, WIN32_FIND_DATAW* data)
-      : handle_(FindFirstFileW(pattern, data)) {}
+      : handle_(FindFirstFileW(pattern, data)) {
+    ThrowIfNoMemory(IsOpen());
+  }
   ~FindHandle() {
     if (IsOpen()) FindClose(handle_);
   }
@@ -54,6 +64,12 @@ struct CloseStream {
 
 // A stream of fopen and its kin.
 using Stream = std::unique_ptr<FILE, CloseStream>;
+
+// What fopen or its kin has just returned.
+inline FILE* Opened(FILE* stream) {
+  if (stream == nullptr && errno == ENOMEM) throw std::bad_alloc();
+  return stream;
+}
 
 }  // namespace temvar
 
