@@ -24,7 +24,8 @@ struct IntTriple {
 // no member. A value of another type than the one asked for reads as the empty text, 0 or null.
 //
 // After ReleaseDocument, reads are empty and writes do nothing. A store is used by one thread at a
-// time. What allocates throws std::bad_alloc, but for Save; the document is then as it was.
+// time. What allocates throws std::bad_alloc, but for Save; the document is then as it was. Memory
+// that a setter has taken before stays until ReleaseDocument.
 class TMVUserDefaults {
  public:
   class Value;

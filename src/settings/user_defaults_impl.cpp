@@ -30,8 +30,8 @@ TMVUserDefaults::Member* ToHandle(JsonMember* member) {
 
 // The value of every absent member. It never changes: setters accept objects only, and it is none.
 JsonValue* SharedNull() {
-  static auto* const null = new JsonValue;
-  return null;
+  static JsonValue null;
+  return &null;
 }
 
 const char* TextOf(const JsonValue* value) {
@@ -133,13 +133,12 @@ void TMVUserDefaultsImpl::Save() {
   JsonText text;
   try {
     WritePretty(*document_, text);
+    // Straight to the file, as documented. The text is complete before the file is emptied.
+    WriteSettingsFile(path_.c_str(), text.GetString(), text.GetSize());
   } catch (const std::bad_alloc&) {
     // Like a file that can't be written: a foreign file of some kilobytes, nested deep enough, has
     // gigabytes of indentation, and must not end a host that only wants to save it.
-    return;
   }
-  // Straight to the file, as documented. The text is complete before the file is emptied.
-  WriteSettingsFile(path_.c_str(), text.GetString(), text.GetSize());
 }
 
 bool TMVUserDefaultsImpl::IsLoaded() { return loaded_; }
