@@ -29,7 +29,7 @@ class TMVAndroidManifest {
   // document refers to there reads as 0 or as the empty string.
   // One call appends about 64 MiB and 16 times `length` at most and then stops, which bounds time
   // and memory: only a forged document comes near (many attributes that name one huge string).
-  // Throws std::bad_alloc.
+  // Throws std::bad_alloc, and appends nothing then.
   virtual bool Decode(const uint8_t* data, int32_t length) = 0;
 
   // The value after the first place where the bytes of `name` occur in the text: two bytes (`="`)

@@ -15,7 +15,13 @@ constexpr size_t kValueGap = 2;  // the equals sign and the opening quotation ma
 }  // namespace
 
 bool TMVAndroidManifestImpl::Decode(const uint8_t* data, int32_t length) {
-  AppendManifestText(BinaryXml(data, length), text_);
+  const size_t before = text_.size();
+  try {
+    AppendManifestText(BinaryXml(data, length), text_);
+  } catch (...) {
+    text_.resize(before);
+    throw;
+  }
   return true;
 }
 
