@@ -12,7 +12,8 @@
 //
 // No state and no lock: any number of threads may call any operation at once, also on one archive.
 // Progress and errors are printed in lines on standard output and standard error; no operation
-// reports in another way why it failed. A failed allocation throws std::bad_alloc.
+// reports in another way why it failed. A failed allocation throws std::bad_alloc, or fails as
+// damaged data does where zlib or minizip report it so; what was unpacked before stays.
 class TMVUtilityUnzip {
  public:
   // Unpacks `archive` into the directory `destination`, an absolute path; missing directories are

@@ -142,7 +142,7 @@ int Extraction::CopyOut(const EntryInfo& entry, Stream output, uint64_t* total) 
   std::setvbuf(output.get(), nullptr, _IONBF, 0);
   bool isWritten = true;
   int count = 0;
-  while (isWritten && (count = unzReadCurrentFile(archive_, block_.get(), kReadSize)) > 0) {
+  while (isWritten && (count = ReadEntry(archive_, block_.get())) > 0) {
     *total += static_cast<uint64_t>(count);
     isWritten = std::fwrite(block_.get(), static_cast<size_t>(count), 1, output.get()) == 1;
   }
@@ -163,7 +163,7 @@ void Extraction::CopyUpToDamage(const EntryInfo& entry, std::FILE* output, uint6
   if (OpenEntry(archive_, entry) != UNZ_OK) return;
   uint64_t read = 0;
   int count = 0;
-  while ((count = unzReadCurrentFile(archive_, block_.get(), kDamageBlock)) > 0) {
+  while ((count = ReadEntry(archive_, block_.get(), kDamageBlock)) > 0) {
     read += static_cast<uint64_t>(count);
     if (read > done) std::fwrite(block_.get(), static_cast<size_t>(count), 1, output);
   }

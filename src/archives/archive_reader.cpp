@@ -11,6 +11,8 @@ namespace temvar {
 
 unzFile OpenForReading(const char* archive) {
   zlib_filefunc64_def files = ArchiveFiles();
+  // Our blocks, and its record of the archive, without which it leaves the file open.
+  ExpectMemory(100'000);
   return unzOpen2_64(SystemPath(archive).get(), &files);
 }
 
@@ -36,7 +38,16 @@ int ReadEntryInfo(unzFile archive, EntryInfo* info) {
 int OpenEntry(unzFile archive, const EntryInfo& info) {
   // minizip 1.1 built without bzip2 hands out the packed bytes of such an entry as its contents.
   if (info.method != 0 && info.method != Z_DEFLATED) return UNZ_BADZIPFILE;
+  // Its buffer, which it loses without the rest, and what zlib keeps of a stream.
+  ExpectMemory(100'000);
   return unzOpenCurrentFile(archive);
+}
+
+int ReadEntry(unzFile archive, char* block, size_t size) {
+  const int count = unzReadCurrentFile(archive, block, static_cast<unsigned>(size));
+  // zlib's. Another error means a damaged entry, which this one isn't.
+  if (count == Z_MEM_ERROR) throw std::bad_alloc();
+  return count;
 }
 
 namespace {
@@ -47,7 +58,7 @@ bool HasStatedCrc(unzFile archive, const EntryInfo& info) {
   if (block == nullptr || OpenEntry(archive, info) != UNZ_OK) return false;
   uLong crc = crc32(0, nullptr, 0);
   int count = 0;
-  while ((count = unzReadCurrentFile(archive, block.get(), kReadSize)) > 0) {
+  while ((count = ReadEntry(archive, block.get())) > 0) {
     crc = crc32(crc, reinterpret_cast<const Bytef*>(block.get()), static_cast<uInt>(count));
   }
   unzCloseCurrentFile(archive);

@@ -40,6 +40,10 @@ int ReadEntryInfo(unzFile archive, EntryInfo* info);
 // deflated are UNZ_BADZIPFILE.
 int OpenEntry(unzFile archive, const EntryInfo& info);
 
+// Reads up to kReadSize bytes of the open entry; their number, 0 at its end, or minizip's error.
+// Throws std::bad_alloc.
+int ReadEntry(unzFile archive, char* block, size_t size = kReadSize);
+
 // Closes the open entry, of which `count` bytes were read up to its end; minizip's result. An entry
 // that ends before its stated size is UNZ_CRCERROR unless its CRC is right.
 int CloseEntry(unzFile archive, const EntryInfo& info, uint64_t count);

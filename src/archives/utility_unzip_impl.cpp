@@ -22,7 +22,7 @@ void PrintError(int code, const char* archive, const char* where) {
 // a BinaryDataResult can count. The size that the archive states may be a lie and isn't used.
 int AppendEntry(unzFile archive, char* block, std::string* bytes) {
   for (;;) {
-    const int count = unzReadCurrentFile(archive, block, kReadSize);
+    const int count = ReadEntry(archive, block);
     if (count <= 0) return count;
     const auto size = static_cast<size_t>(count);
     if (size > MaxBinaryDataSize() - bytes->size()) return UNZ_INTERNALERROR;
