@@ -12,7 +12,8 @@
 // grow further; nothing empties it. Paths and names are UTF-8.
 //
 // One object belongs to one thread at a time; separate objects are independent. Messages go to
-// standard output. A failed allocation throws std::bad_alloc.
+// standard output. A failed allocation throws std::bad_alloc: AddDirectory keeps what it has added,
+// WriteArchive leaves no archive, and is false if there was no memory to open or close it.
 class TMVUtilityZip {
  public:
   // Adds every file below `directory`; directories themselves leave no trace in the archive. The
@@ -46,7 +47,7 @@ class TMVUtilityZip {
   ~TMVUtilityZip() = default;
 };
 
-// A new object with an empty list; the caller owns it.
+// A new object with an empty list; the caller owns it. Throws std::bad_alloc.
 TMV_API TMVUtilityZip* CreateTmvUtilityZip();
 
 // Destroys and frees the object. Null does nothing.

@@ -26,9 +26,9 @@ struct ZipCloser {
 };
 using ZipHandle = std::unique_ptr<void, ZipCloser>;
 
-ZipHandle CreateArchive(const char* path, bool* writeFailed) {
+ZipHandle CreateArchive(const SystemPath& path, bool* writeFailed) {
   zlib_filefunc64_def files = ArchiveFiles(writeFailed);
-  return ZipHandle(zipOpen2_64(SystemPath(path).get(), APPEND_STATUS_CREATE, nullptr, &files));
+  return ZipHandle(zipOpen2_64(path.get(), APPEND_STATUS_CREATE, nullptr, &files));
 }
 
 struct FileFacts {
@@ -56,6 +56,11 @@ std::string OwnName(const std::string& path) {
   size_t separator = path.rfind('\\');
   if (separator == std::string::npos) separator = path.rfind('/');
   return separator == std::string::npos ? path : path.substr(separator + 1);
+}
+
+// For a result of minizip. The entry is lost then, and a host must not take the archive for whole.
+void ThrowIfLost(int result) {
+  if (result == ZIP_INTERNALERROR || result == Z_MEM_ERROR) throw std::bad_alloc();
 }
 
 class Writer {
@@ -86,8 +91,10 @@ void Writer::Add(const std::string& path, const std::string& name) {
   }
   *writeFailed_ = false;
   if (CopyIn(path, input.get()) < 0) return;
+  const int result = zipCloseFileInZip(archive_);
+  ThrowIfLost(result);
   // minizip 1.1 forgets a failed write of packed bytes while it ends their entry.
-  if (zipCloseFileInZip(archive_) != ZIP_OK || *writeFailed_) {
+  if (result != ZIP_OK || *writeFailed_) {
     std::printf("error in closing %s in the zipfile\n", path.c_str());
   }
 }
@@ -96,10 +103,12 @@ bool Writer::OpenEntry(uLong dosDate, const std::string& name) {
   zip_fileinfo info = {};
   info.dosDate = dosDate;
   const NarrowText ansi(TmvUtilityString()->Utf8ToAnsi(name.c_str()));
-  if (zipOpenNewFileInZip(archive_, ansi.get(), &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
-                          Z_DEFAULT_COMPRESSION) == ZIP_OK) {
-    return true;
-  }
+  // The entry's record in the directory, and what zlib keeps of a stream at level 6.
+  ExpectMemory(300'000 + name.size());
+  const int result = zipOpenNewFileInZip(archive_, ansi.get(), &info, nullptr, 0, nullptr, 0,
+                                         nullptr, Z_DEFLATED, Z_DEFAULT_COMPRESSION);
+  if (result == ZIP_OK) return true;
+  ThrowIfLost(result);
   std::printf("error in opening %s in zipfile\n", name.c_str());
   return false;
 }
@@ -126,18 +135,26 @@ int Writer::CopyIn(const std::string& path, std::FILE* input) {
 }  // namespace
 
 bool TMVUtilityZipImpl::WriteArchive(const char* archivePath, const char* exclusions) {
+  const SystemPath path(archivePath);
   bool writeFailed = false;
-  ZipHandle archive = CreateArchive(archivePath, &writeFailed);
+  ZipHandle archive = CreateArchive(path, &writeFailed);
   if (archive == nullptr) {
     std::printf("error opening %s\n", TmvUtilityString()->SafeString(archivePath));
     return false;
   }
-  Writer writer(archive.get(), &writeFailed);
-  for (const auto& [path, name] : entries_) {
-    if (exclusions != nullptr && TmvUtilityFile()->ExtensionInList(path.c_str(), exclusions)) {
-      continue;
+  try {
+    Writer writer(archive.get(), &writeFailed);
+    for (const auto& [file, name] : entries_) {
+      if (exclusions != nullptr && TmvUtilityFile()->ExtensionInList(file.c_str(), exclusions)) {
+        continue;
+      }
+      writer.Add(file, name);
     }
-    writer.Add(path, name);
+  } catch (...) {
+    // It would pass for a whole archive.
+    archive.reset();
+    DeleteFileW(path.get());
+    throw;
   }
   if (zipClose(archive.release(), nullptr) != ZIP_OK) {
     std::printf("error in closing %s\n", archivePath);
