@@ -75,7 +75,7 @@ void RkTaskSchedularImpl::CancelActiveTasks(RkTaskEventImpl& event) {
   {
     MutexLock registry(registryMutex);
     MutexLock state(stateMutex);
-    SweepEvent(event, kTaskStateActive, kTaskStateCancelled, swept);
+    SweepEvent(event, kTaskStateActive, kTaskStateCancelled, &swept);
     for (const Ref<RkTaskImpl>& task : swept) cancelledNames_.insert(task->Name());
   }
   EndPauseWaits(event);

@@ -12,9 +12,7 @@
 // 4. After each change that can end a wait comes a notification of drainCondition: an awaited task
 //    parks, enters PauseEvent, or leaves the list of running tasks; the generation changes; the
 //    registry loses an entry or has it overwritten.
-// 5. A resume counts and notifies before it sweeps, under pauseMutex, which every woken thread
-// needs
-//    before it looks. So a sweep that throws leaves nothing asleep that it has set active.
+// 5. A resume needs no memory, so that it also undoes a pause that found none on its way.
 #include <algorithm>
 
 #include "scheduler/task_schedular_impl.h"
@@ -50,7 +48,7 @@ class StandingTask {
 }  // namespace
 
 void RkTaskSchedularImpl::SweepEvent(RkTaskEventImpl& event, int32_t fromState, int32_t toState,
-                                     TaskRefs& swept) {
+                                     TaskRefs* swept) {
   for (const Ref<RkTaskImpl>& package : event.Packages()) {
     RkTaskEventImpl::SweepTasks(package.get(), fromState, toState, swept);
   }
@@ -67,17 +65,15 @@ void RkTaskSchedularImpl::PauseEvent(const char* name) {
 // Moves the active tasks to paused and lists those among them that run. Returns the generation of
 // the pause.
 uint64_t RkTaskSchedularImpl::BeginPause(RkTaskEventImpl& event) {
-  TaskRefs swept;
   uint64_t generation = 0;
   {
     MutexLock pause(pauseMutex);
     MutexLock registry(registryMutex);
     MutexLock state(stateMutex);
     // An event that was removed meanwhile could never be resumed by its name.
-    if (HoldsEvent(event)) SweepEvent(event, kTaskStateActive, kTaskStatePaused, swept);
+    if (HoldsEvent(event)) SweepEvent(event, kTaskStateActive, kTaskStatePaused, nullptr);
     generation = event.pauseGeneration;
   }
-  swept.clear();
 
   const RunningTasks running(event.GetName());
   TaskRefs waitedFor;
@@ -120,8 +116,7 @@ void RkTaskSchedularImpl::EndPauseWaits(RkTaskEventImpl& event) {
 
 void RkTaskSchedularImpl::ResumeEvent(const char* name) {
   if (name == nullptr) return;
-  EventRef event;
-  TaskRefs swept;  // Dropped when the mutexes are free.
+  EventRef event;  // Dropped when the mutexes are free.
   MutexLock pause(pauseMutex);
   MutexLock registry(registryMutex);
   const auto entry = eventsByName_.find(name);
@@ -132,7 +127,7 @@ void RkTaskSchedularImpl::ResumeEvent(const char* name) {
   resumeCondition.NotifyAll();
   drainCondition.NotifyAll();
   MutexLock state(stateMutex);
-  SweepEvent(*event, kTaskStatePaused, kTaskStateActive, swept);
+  SweepEvent(*event, kTaskStatePaused, kTaskStateActive, nullptr);
 }
 
 int32_t RkTaskSchedularImpl::PausePoint(RkTask* task) {

@@ -115,7 +115,7 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
       TMV_REQUIRES(registryMutex, stateMutex);
 
   // pause.cpp
-  void SweepEvent(RkTaskEventImpl& event, int32_t fromState, int32_t toState, TaskRefs& swept)
+  void SweepEvent(RkTaskEventImpl& event, int32_t fromState, int32_t toState, TaskRefs* swept)
       TMV_REQUIRES(registryMutex, stateMutex);
   uint64_t BeginPause(RkTaskEventImpl& event);
   bool IsPauseOver(RkTaskEventImpl& event, uint64_t generation);

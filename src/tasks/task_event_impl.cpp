@@ -35,7 +35,7 @@ void RkTaskEventImpl::AddPackage(RkTask* package) {
 }
 
 void RkTaskEventImpl::SweepTasks(RkTaskImpl* package, int32_t fromState, int32_t toState,
-                                 TaskRefs& out) {
+                                 TaskRefs* out) {
   const RkTaskPackageImpl* const parent = ToPackage(package);
   if (parent == nullptr) return;
   for (const Ref<RkTaskImpl>& child : parent->Tasks()) {
@@ -43,8 +43,8 @@ void RkTaskEventImpl::SweepTasks(RkTaskImpl* package, int32_t fromState, int32_t
     if (child->Type() == kTaskTypePackage) {
       SweepTasks(child.get(), fromState, toState, out);
     } else if (child->State() == fromState) {
+      if (out != nullptr) out->push_back(child);
       child->SetState(toState);
-      out.push_back(child);
     }
   }
 }

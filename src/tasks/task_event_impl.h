@@ -29,8 +29,9 @@ class RkTaskEventImpl final : public RkTaskImpl, public RkTaskEvent {
   const TaskRefs& Packages() const { return packages_; }
 
   // Moves each plain task below `package` that is in the state `fromState` to `toState` and appends
-  // it to `out`, depth first. Nested packages are walked; their own state is left alone.
-  static void SweepTasks(RkTaskImpl* package, int32_t fromState, int32_t toState, TaskRefs& out);
+  // it to `out` if that isn't null, depth first. Nested packages are walked; their own state is
+  // left alone.
+  static void SweepTasks(RkTaskImpl* package, int32_t fromState, int32_t toState, TaskRefs* out);
 
   // The first plain task of this name below `package`, depth first, or null. No reference is added.
   static RkTaskImpl* FindInPackage(RkTaskImpl* package, const TaskName& name);
