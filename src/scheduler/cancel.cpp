@@ -1,11 +1,10 @@
 // Cancelling events. The scheduler calls its own operations and the pool's through their
 // interfaces, as a host does, so that each step exists once.
 //
-// 1. A cancel with removal takes the entry out before its task is queued. The last package takes
+// 1. A cancel with removal takes the entry out before its task can begin. The last package takes
 //    the entry out too, so only one of the two ends the event: its function is called once, and
 //    doesn't find its own entry. An event of the same name may be added from then on.
-// 2. If the task can't be queued, the entry is put back, unless another event has taken the name
-//    meanwhile.
+// 2. The task is queued first, which may find no memory, under the mutex that it begins with.
 // 3. Without removal the event may still end, or be cancelled again, before the cancel runs. Its
 //    function is called each time.
 // 4. A pause that waits for the event ends when the cancel is queued, since the cancel may need the
@@ -26,15 +25,11 @@ void RkTaskSchedularImpl::CancelEventEx(const char* name, bool remove) {
   Events::node_type entry;  // Dropped when the mutexes are free.
   if (remove) {
     MutexLock registry(registryMutex);
-    entry = ExtractEvent(*event);
-    if (entry.empty()) return;  // It has ended, or another cancel came first.
-  }
-  try {
+    if (!HoldsEvent(*event)) return;  // It has ended, or another cancel came first.
     ScheduleTask(cancelTask.get());
-  } catch (...) {
-    MutexLock registry(registryMutex);
-    if (!entry.empty()) RestoreEntry(entry);
-    throw;
+    entry = ExtractEvent(*event);
+  } else {
+    ScheduleTask(cancelTask.get());
   }
   EndPauseWaits(*event);
 }
