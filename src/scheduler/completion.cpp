@@ -28,15 +28,30 @@ void RkTaskSchedularImpl::AddEvent(RkTask* event) {
     }
     RkTaskImpl* const first = package->Tasks().front().get();
     if (first == nullptr) continue;
-    first->SetState(kTaskStateActive);
-    ScheduleTask(first);
+    Queue(*first, kTaskStateActive);
   }
 }
 
 void RkTaskSchedularImpl::ScheduleTask(RkTask* task) {
   if (task == nullptr) return;
-  if (task->GetState() == kTaskStateCreated) task->SetState(kTaskStateActive);
-  TmvTaskPool()->AddTask(task);
+  if (task->GetState() == kTaskStateCreated) {
+    Queue(*task, kTaskStateActive);
+  } else {
+    TmvTaskPool()->AddTask(task);
+  }
+}
+
+// Moves the task to the state and queues it. A task that finds no memory in the queue stays as it
+// was, so that the host may try again.
+void RkTaskSchedularImpl::Queue(RkTask& task, int32_t state) {
+  const int32_t before = task.GetState();
+  task.SetState(state);
+  try {
+    TmvTaskPool()->AddTask(&task);
+  } catch (...) {
+    task.SetState(before);
+    throw;
+  }
 }
 
 void RkTaskSchedularImpl::TaskFinished(RkTask* task) {
@@ -75,16 +90,21 @@ void RkTaskSchedularImpl::CompletePlain(RkTaskImpl& task, int32_t state) {
 bool RkTaskSchedularImpl::TryCompletePlain(RkTaskImpl& task, int32_t state,
                                            RkTaskPackageImpl& package) {
   if (task.State() == kTaskStatePaused) return false;
-  const bool cancelled = task.State() == kTaskStateCancelled;
+  const int32_t before = task.State();
   MutexLock stateLock(stateMutex);
   // Documented: a cancel that comes between the report and this step loses its state, but the
   // package doesn't move on.
   task.SetState(state);
-  if (cancelled) return true;
-  if (state == kTaskStateFailed && !package.ContinueOnFailure()) {
-    EndPackage(package, kTaskStateFailed);
-  } else {
-    Advance(package, state);
+  if (before == kTaskStateCancelled) return true;
+  try {
+    if (state == kTaskStateFailed && !package.ContinueOnFailure()) {
+      Queue(package, kTaskStateFailed);
+    } else {
+      Advance(package, state);
+    }
+  } catch (...) {
+    task.SetState(before);  // The host may report again.
+    throw;
   }
   return true;
 }
@@ -103,17 +123,17 @@ void RkTaskSchedularImpl::PrefetchAfter(const RkTaskPackageImpl::Children& child
 void RkTaskSchedularImpl::Advance(RkTaskPackageImpl& package, int32_t lastState) {
   const size_t next = size_t{package.CurrentIndex()} + 1;
   if (next >= package.Tasks().size()) {
-    EndPackage(package, lastState);
+    Queue(package, lastState);
     return;
   }
   package.SetCurrentIndex(static_cast<uint32_t>(next));
   PrefetchAfter(package.Tasks(), next);
-  ScheduleTask(package.Tasks()[next].get());
-}
-
-void RkTaskSchedularImpl::EndPackage(RkTaskPackageImpl& package, int32_t state) {
-  package.SetState(state);
-  ScheduleTask(&package);
+  try {
+    ScheduleTask(package.Tasks()[next].get());
+  } catch (...) {
+    package.SetCurrentIndex(static_cast<uint32_t>(next - 1));
+    throw;
+  }
 }
 
 void RkTaskSchedularImpl::CompletePackage(RkTaskImpl& package) {
@@ -123,14 +143,24 @@ void RkTaskSchedularImpl::CompletePackage(RkTaskImpl& package) {
   event = FindEventListing(&package);
   if (!event) return;
   event->AddFinishedPackage();
-  if (!event->ResetFinishedIfEqual(static_cast<int64_t>(event->Packages().size()))) return;
+  const auto count = static_cast<int64_t>(event->Packages().size());
+  if (!event->ResetFinishedIfEqual(count)) return;
   removed = ExtractEvent(*event);
   drainCondition.NotifyAll();
-  {
-    MutexLock state(stateMutex);
-    event->SetState(package.State());
+  const int32_t before = event->State();
+  try {
+    {
+      MutexLock state(stateMutex);
+      event->SetState(package.State());
+    }
+    ScheduleTask(event.get());
+  } catch (...) {
+    // The package's function may report again.
+    event->SetState(before);
+    event->SetFinishedPackages(count - 1);
+    if (!removed.empty()) RestoreEntry(removed);
+    throw;
   }
-  ScheduleTask(event.get());
 }
 
 }  // namespace temvar

@@ -111,8 +111,7 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   static void PrefetchAfter(const RkTaskPackageImpl::Children& children, size_t index);
   void Advance(RkTaskPackageImpl& package, int32_t lastState)
       TMV_REQUIRES(registryMutex, stateMutex);
-  void EndPackage(RkTaskPackageImpl& package, int32_t state)
-      TMV_REQUIRES(registryMutex, stateMutex);
+  static void Queue(RkTask& task, int32_t state);
 
   // pause.cpp
   void SweepEvent(RkTaskEventImpl& event, int32_t fromState, int32_t toState, TaskRefs* swept)

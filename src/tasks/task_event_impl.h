@@ -40,6 +40,7 @@ class RkTaskEventImpl final : public RkTaskImpl, public RkTaskEvent {
   bool RemovePausedTask(RkTaskImpl* task);
 
   void AddFinishedPackage() { finishedPackages_.fetch_add(1); }
+  void SetFinishedPackages(int64_t count) { finishedPackages_.store(count); }
   // If `expected` packages have ended, sets the count back to 0 and returns true.
   bool ResetFinishedIfEqual(int64_t expected);
 
