@@ -25,10 +25,10 @@ void RkTaskPoolImpl::Start(uint32_t count) {
   if (running_ || stopRequested_) {
     throw std::system_error(std::make_error_code(std::errc::operation_not_permitted));
   }
+  running_.store(true, std::memory_order_release);
   if (count > threads_.max_size()) throw std::bad_alloc();
   threads_.reserve(count);
   threadCount_ = count;
-  running_.store(true, std::memory_order_release);
   for (uint32_t i = 0; i < count; ++i) {
     auto worker = std::make_unique<RkTaskThreadImpl>();
     worker->SetPool(this);
@@ -55,21 +55,22 @@ void RkTaskPoolImpl::Stop() {
   if (dispatcher_.joinable()) dispatcher_.join();
   StopWorkers();
 
-  // The remaining tasks are released without the lock: releasers are host code.
+  // The remaining tasks are released without the lock: releasers are host code. One by one, front
+  // first: hosts see the order in their releasers, and nothing here needs memory.
   std::vector<Ref<RkTaskImpl>> running;
-  std::deque<PendingTask> pending;
   {
     MutexLock queue(queueMutex_);
-    MutexLock incoming(incomingMutex_);
-    FetchIncoming();
     running.swap(runningTasks_);
-    pending.swap(pendingTasks_);
+  }
+  running.clear();
+  for (;;) {
+    PendingTask released;
+    MutexLock queue(queueMutex_);
+    if (!HasQueued()) break;
+    released = std::move(pendingTasks_.front());
+    pendingTasks_.pop_front();
     NotePending();
   }
-  // Cleared by hand, front first: the destructors promise no order, and hosts see it in their
-  // releasers.
-  running.clear();
-  while (!pending.empty()) pending.pop_front();
   running_.store(false, std::memory_order_release);
 }
 
