@@ -28,6 +28,13 @@ void RkTaskPoolImpl::Start(uint32_t count) {
   running_.store(true, std::memory_order_release);
   if (count > threads_.max_size()) throw std::bad_alloc();
   threads_.reserve(count);
+  {
+    // The steps of a worker must need no memory: a thread that found none could only end the process.
+    MutexLock idle(idleMutex_);
+    MutexLock queue(queueMutex_);
+    idleThreads_.reserve(count);
+    runningTasks_.reserve(count);
+  }
   threadCount_ = count;
   for (uint32_t i = 0; i < count; ++i) {
     auto worker = std::make_unique<RkTaskThreadImpl>();

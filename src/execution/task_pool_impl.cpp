@@ -150,7 +150,7 @@ void RkTaskPoolImpl::FetchIncoming() {
 RkTaskThreadImpl* RkTaskPoolImpl::PairOldest() {
   RkTaskThreadImpl* const worker = idleThreads_.front();
   AssignOldest(*worker);
-  idleThreads_.pop_front();
+  idleThreads_.erase(idleThreads_.begin());
   NoteIdle();
   return worker;
 }

@@ -102,7 +102,7 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   Condition pollCondition_;  // The dispatcher waits for a worker, or for Stop.
 
   alignas(kCacheLine) Mutex idleMutex_;
-  std::deque<RkTaskThreadImpl*> idleThreads_ TMV_GUARDED_BY(idleMutex_);
+  std::vector<RkTaskThreadImpl*> idleThreads_ TMV_GUARDED_BY(idleMutex_);
 
   alignas(kCacheLine) Mutex queueMutex_ TMV_ACQUIRED_AFTER(idleMutex_);
   std::deque<PendingTask> pendingTasks_ TMV_GUARDED_BY(queueMutex_);
