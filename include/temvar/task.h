@@ -37,7 +37,8 @@ class RkTask {
   // While the task is paused the call blocks until the event is resumed, and it then returns
   // without having reported anything: report again if the state afterwards is kTaskStateActive. On
   // a cancelled task it does nothing. Any other value reports nothing, so ReportState(task, 0) is a
-  // pause point.
+  // pause point. Throws std::bad_alloc if there is no memory to queue what comes next; nothing has
+  // been reported then, and the function may report again.
   virtual void ReportState(RkTask* task, int32_t state) = 0;
 
   // Replaces the function that the task runs: drops the reference on the old holder, takes one on
@@ -85,7 +86,8 @@ class RkTask {
   ~RkTask() = default;
 };
 
-// A new plain task with one reference, which the caller drops with DestroyRkTask.
+// A new plain task with one reference, which the caller drops with DestroyRkTask. Throws
+// std::bad_alloc.
 TMV_API RkTask* CreateRkTask();
 
 // Adds a reference for the caller and returns the argument. Null returns null. Any thread.

@@ -24,7 +24,8 @@ class RkTaskData {
   ~RkTaskData() = default;
 };
 
-// A new box with one reference, which the caller drops with DestroyRkTaskData.
+// A new box with one reference, which the caller drops with DestroyRkTaskData. Throws
+// std::bad_alloc.
 TMV_API RkTaskData* CreateRkTaskData();
 
 // Adds a reference. Null does nothing. Any thread.

@@ -21,7 +21,8 @@ class RkTaskEvent : public virtual RkTask {
   ~RkTaskEvent() = default;
 };
 
-// A new event with one reference, which the caller drops with DestroyRkTask on its RkTask*.
+// A new event with one reference, which the caller drops with DestroyRkTask on its RkTask*. Throws
+// std::bad_alloc.
 TMV_API RkTaskEvent* CreateRkTaskEvent();
 
 #endif  // TEMVAR_TASK_EVENT_H_

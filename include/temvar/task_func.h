@@ -42,7 +42,8 @@ class RkTaskFunc {
   ~RkTaskFunc() = default;
 };
 
-// A new holder with one reference, which the caller drops with DestroyRkTaskFunc.
+// A new holder with one reference, which the caller drops with DestroyRkTaskFunc. Throws
+// std::bad_alloc.
 TMV_API RkTaskFunc* CreateRkTaskFunc();
 
 // Adds a reference. Null does nothing. Any thread.

@@ -48,6 +48,7 @@ class RkTaskPackage : public virtual RkTask {
 };
 
 // A new package with one reference, which the caller drops with DestroyRkTask on its RkTask*.
+// Throws std::bad_alloc.
 TMV_API RkTaskPackage* CreateRkTaskPackage();
 
 #endif  // TEMVAR_TASK_PACKAGE_H_

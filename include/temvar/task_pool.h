@@ -26,7 +26,8 @@ class RkTaskPool {
   // Any thread. After Stop the call does nothing. Throws std::bad_alloc.
   virtual void AddTask(RkTask* task) = 0;
 
-  // Queues a new plain task, named "0", that runs `func` and is released after its run.
+  // Queues a new plain task, named "0", that runs `func` and is released after its run. Throws
+  // std::bad_alloc.
   virtual void AddFunc(RkTaskFunc* func) = 0;
 
   // Starts `count` workers and the dispatcher, once in the life of the library. Does not wait for
@@ -60,7 +61,8 @@ class RkTaskPool {
   // a host that has workers of its own; harmless elsewhere.
   virtual void DispatchOne(uint32_t& pending, uint32_t& idle) = 0;
 
-  // The steps of a worker before and after its task. For the pool's own threads.
+  // The steps of a worker before and after its task. For the pool's own threads, which need no
+  // memory for them. With more workers than Start has made, they throw std::bad_alloc.
   virtual void MarkRunning(RkTaskThread* thread) = 0;
   virtual void ThreadIdle(RkTaskThread* thread) = 0;
 

@@ -17,7 +17,8 @@ class RkTaskPackage;
 // All operations may be called from any thread, a task's function included, unless they say
 // otherwise. A null name finds nothing and a null task does nothing. A result marked "+1" carries a
 // reference that the caller drops with DestroyRkTask. Failures of the system's mutexes are thrown
-// as std::system_error, exhausted memory as std::bad_alloc.
+// as std::system_error, exhausted memory as std::bad_alloc; unless they say otherwise, nothing has
+// changed then.
 class RkTaskSchedular {
  public:
   // Cancels the event and takes it out of the registry: CancelEventEx(name, true). A paused event
@@ -31,11 +32,12 @@ class RkTaskSchedular {
   // task that was running has reached one or has ended, or when the event is resumed, cancelled,
   // removed or overwritten meanwhile. Parked tasks keep their workers. Tasks may call this, also
   // for their own event or for each other's: a task inside this call counts as waiting at a pause
-  // point for every pause, and stops at its own next one afterwards.
+  // point for every pause, and stops at its own next one afterwards. After std::bad_alloc tasks may
+  // be paused all the same: ResumeEvent lets them go on.
   virtual void PauseEvent(const char* name) = 0;
 
   // Resumes a paused event. A result that a task reported while it was paused is lost; the task's
-  // function must report it again.
+  // function must report it again. Needs no memory.
   virtual void ResumeEvent(const char* name) = 0;
 
   // A pause point for a running function: blocks while the task is paused. True if the state
@@ -50,6 +52,7 @@ class RkTaskSchedular {
   // Enters the event as RegisterEvent does and starts it: the first task of each package is queued,
   // in the order of the packages. Throws std::out_of_range ("invalid vector<T> subscript") at a
   // package without tasks; the event then stays registered and the packages before it have started.
+  // So it does after std::bad_alloc.
   virtual void AddEvent(RkTask* event) = 0;
 
   // Hands one task to the pool; a task of state 0 becomes active. A task that belongs to no

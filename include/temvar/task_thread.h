@@ -47,14 +47,14 @@ class RkTaskThread {
   // once; throws std::system_error there.
   virtual void Stop() = 0;
 
-  // Starts the thread, once. Throws std::system_error if the system refuses it.
+  // Starts the thread, once. Throws std::system_error if the system refuses it, and std::bad_alloc.
   virtual void Start() = 0;
 
  protected:
   ~RkTaskThread() = default;
 };
 
-// A new worker without pool, assignment and thread. The caller owns it.
+// A new worker without pool, assignment and thread. The caller owns it. Throws std::bad_alloc.
 TMV_API RkTaskThread* CreateRkTaskThread();
 
 // Frees a worker whose thread has been joined or was never started. Null does nothing.

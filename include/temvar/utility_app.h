@@ -12,7 +12,7 @@
 // install root is C:\Prod\. Paths are UTF-8; a path of 512 units and more comes back cut.
 //
 // New text belongs to the caller, who releases it with FreeString of TMVUtilityString. Any thread
-// may call any operation at any time. Operations that make text throw std::bad_alloc.
+// may call any operation at any time. Operations that make text or take it throw std::bad_alloc.
 class TMVUtilityApp {
  public:
   // New text: the full path of the executable.

@@ -95,8 +95,8 @@ class TMVUtilityString {
   virtual void FreeString(void* block) = 0;
 
   // New text: the MD5 digest of the file at `path` as 32 lower-case hexadecimal characters, or an
-  // empty text if the file can't be opened or read. Prints the digest, or why there is none, to
-  // standard output.
+  // empty text if the file can't be opened or read, or the system can't make the digest. Prints the
+  // digest, or why there is none, to standard output.
   virtual char* Md5OfFile(const char* path) = 0;
 
   // New text: the SHA-1 digest of the bytes of `text` as 40 lower-case hexadecimal characters. Null

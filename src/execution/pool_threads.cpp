@@ -29,7 +29,8 @@ void RkTaskPoolImpl::Start(uint32_t count) {
   if (count > threads_.max_size()) throw std::bad_alloc();
   threads_.reserve(count);
   {
-    // The steps of a worker must need no memory: a thread that found none could only end the process.
+    // The steps of a worker must need no memory: a thread that found none could only end the
+    // process.
     MutexLock idle(idleMutex_);
     MutexLock queue(queueMutex_);
     idleThreads_.reserve(count);
