@@ -38,10 +38,12 @@ class TMVUtilityFile {
 
   // Copies a directory with all that is in it, or a single file. If `destination` is a directory,
   // the copy goes into it under the source's own name; else it becomes the copy. Files that exist
-  // are replaced, directories merged. False on failure; what was copied before it stays.
+  // are replaced, directories merged. False on failure; what was copied before it stays, and the
+  // file that it failed at may be there in part.
   virtual bool CopyDirectoryTree(const char* source, const char* destination) = 0;
 
-  // Makes a directory and its missing parents. False if it exists already, or on failure.
+  // Makes a directory and its missing parents. False if it exists already, or on failure; parents
+  // that were made before it stay.
   virtual bool CreateDirectoryPath(const char* path) = 0;
 
   // `total` plus the sizes of all files below the directory `path`; callers start with 0. What
@@ -50,10 +52,12 @@ class TMVUtilityFile {
   // below a link is counted there once.
   virtual uint64_t DirectorySize(const char* path, uint64_t total) = 0;
 
-  // Copies one file; an existing destination is replaced. False on failure.
+  // Copies one file; an existing destination is replaced. False on failure; the destination may
+  // then be empty or hold a part.
   virtual bool CopyFileTo(const char* source, const char* destination) = 0;
 
-  // Renames a file or directory. False on failure, and if the destination exists.
+  // Renames a file or directory. False on failure, and if the destination exists; the source is
+  // then there as before. To another drive a file is copied first.
   virtual bool MoveFileTo(const char* source, const char* destination) = 0;
 
   // Deletes one file. False on failure, and for a directory.
@@ -80,7 +84,8 @@ class TMVUtilityFile {
   // "2024-01-31 17:05:09"; the hour 24 counts as 0 of the same day. False for a directory, a file
   // that can't be written or that is open anywhere, and for text of another shape or with values
   // that no calendar or clock has.
-  // Systems that keep no creation time that can be set take the last-write time alone.
+  // Systems that keep no creation time that can be set take the last-write time alone. True once
+  // the file is open, also if the system doesn't take the time.
   virtual bool SetFileTimestamp(const char* path, const char* time) = 0;
 
   // Cuts a path at its last separator and its last dot; nothing is looked up. A null or empty path
@@ -106,8 +111,10 @@ class TMVUtilityFile {
   virtual bool ReadWholeFile(BinaryDataResult* result, const char* path) = 0;
 
   // Makes a file of `size` bytes, in place of what it held before. False on failure; the file may
-  // then hold a part. A size of 4 GiB or more is refused by the result alone: the file is made all
-  // the same, with as many bytes as the low 32 bits of the size say.
+  // then hold a part. True once all bytes are written: what the system loses later, as a network
+  // drive may when the file is closed, doesn't show. A size of 4 GiB or more is refused by the
+  // result alone: the file is made all the same, with as many bytes as the low 32 bits of the size
+  // say.
   virtual bool WriteWholeFile(const void* data, uint64_t size, const char* path) = 0;
 
   // Looks for `text` in a file, line by line and without regard to the case of the letters A to Z:
@@ -116,7 +123,8 @@ class TMVUtilityFile {
   // line.
   virtual int32_t FileContainsText(const char* path, const char* text) = 0;
 
-  // Makes a file of `size` zero bytes, in place of what it held before. False on failure.
+  // Makes a file of `size` zero bytes, in place of what it held before. False on failure; the file
+  // may then be empty.
   virtual bool CreateFileOfSize(const char* path, uint64_t size) = 0;
 
   // Stores in `result` how many bytes the caller can still write to the disk of `path`, and leaves

@@ -20,7 +20,8 @@ class TMVUtilityUnzip {
   // made, existing files replaced, and every file gets its entry's time. True if it came through
   // all entries. An output that can't be opened costs that entry alone, and a directory that can't
   // be made costs nothing: its line "creating directory: NAME" is printed and the extraction goes
-  // on. A read, write or CRC error ends it with false, and what was unpacked before stays.
+  // on. A read, write or CRC error ends it with false; what was unpacked before stays, and a part
+  // of the file that it ended at.
   //
   // A name that leads out of the destination ends it with false as well, after the entry's line and
   // "error opening NAME": an absolute name, a drive, a NUL, more ".." than components before them.

@@ -32,9 +32,10 @@ class TMVUtilityZip {
 
   // Writes the archive, replacing an existing file, with the files in the byte order of their
   // paths. Files whose extension is in `exclusions`, such as ";.zip;.tmp;" (lower case, may be
-  // null), are left out. False only if the archive can't be created or finished: a file that can't
-  // be read prints a line and becomes an empty or cut entry. Names are stored in
-  // the ANSI code page, times in local time. Memory doesn't grow with the size of the files.
+  // null), are left out. False only if the archive can't be created or finished; what was written
+  // stays. A file that can't be read, or written into the archive, prints a line and its entry is
+  // empty, cut, damaged or missing. Names are stored in the ANSI code page, times in local time.
+  // Memory doesn't grow with the size of the files.
   virtual bool WriteArchive(const char* archive, const char* exclusions) = 0;
 
   // Packs a buffer in the zlib format (RFC 1950); level 0 to 9, or -1 for zlib's default. The
