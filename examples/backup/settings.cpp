@@ -100,8 +100,9 @@ std::vector<std::string> Settings::Runs() const {
 // what the file holds is read again.
 bool Settings::Save() {
   const std::string path = store_->GetFilePath();
-  if (TmvUtilityFile()->PathExists(path.c_str())) {
-    TmvUtilityFile()->CopyFileTo(path.c_str(), (path + ".last").c_str());
+  if (TmvUtilityFile()->PathExists(path.c_str()) &&
+      !TmvUtilityFile()->CopyFileTo(path.c_str(), (path + ".last").c_str())) {
+    return false;
   }
   store_->Save();
   const bool readable = InitUserDefaults(kWritten, path.c_str());
