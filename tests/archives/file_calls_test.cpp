@@ -5,24 +5,16 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <cerrno>
-
 #include "archives/archive_test.h"
 
 namespace {
 
 int calls = 0;
-int lookError = 0;        // Of a look at what is called "doubt".
-bool closeFails = false;  // Of what was open for writing.
 
 }  // namespace
 
 extern "C" int fstatat(int folder, const char* path, struct stat* info, int flags) {
   ++calls;
-  if (lookError != 0 && std::string_view(path).ends_with("doubt")) {
-    errno = lookError;
-    return -1;
-  }
   return static_cast<int>(syscall(SYS_newfstatat, folder, path, info, flags));
 }
 
@@ -34,13 +26,6 @@ extern "C" int mkdir(const char* path, mode_t mode) {
 extern "C" off_t lseek(int file, off_t offset, int origin) noexcept {
   ++calls;
   return syscall(SYS_lseek, file, offset, origin);
-}
-
-extern "C" int close(int file) {
-  const bool isLost = closeFails && (fcntl(file, F_GETFL) & O_ACCMODE) != O_RDONLY;
-  const auto result = static_cast<int>(syscall(SYS_close, file));
-  if (isLost) errno = EIO;
-  return isLost ? -1 : result;
 }
 
 namespace {
@@ -80,36 +65,6 @@ TEST_P(FileCallsTest, ClaimsBeyondTheEndCostNoCalls) {
   calls = 0;
   Extract();
   EXPECT_LE(calls, 50);
-}
-
-TEST_P(FileCallsTest, WhatCantBeLookedAtIsNotEntered) {
-  for (const int error : {EIO, EMFILE, EACCES}) {
-    SCOPED_TRACE(error);
-    TakeFreshDestination();
-    MakeFolder(Out("doubt"));
-    PutArchive({{.name = "doubt/file", .data = "1"}, {.name = "last", .data = "2"}});
-    lookError = error;
-    const Extraction run = Extract();
-    lookError = 0;
-    EXPECT_TRUE(run.result);
-    EXPECT_EQ(run.output.out,
-              "error opening " + Full("doubt/file") + "\n extracting: " + Full("last") + "\n");
-    EXPECT_THAT(Tree(Out("doubt")), testing::IsEmpty());
-  }
-}
-
-TEST_P(FileCallsTest, WhatIsLostAtTheCloseIsReported) {
-  PutFile("source", "1");
-  const tmv::Zip zip = tmv::MakeZip();
-  zip->AddFile(Path("source").c_str(), "");
-  bool packed = true;
-  closeFails = true;
-  const Output output = OutputOf([&] { packed = zip->WriteArchive(Archive().c_str(), nullptr); });
-  const bool copied = TmvUtilityFile()->CopyFileTo(Path("source").c_str(), Path("copy").c_str());
-  closeFails = false;
-  EXPECT_FALSE(packed);
-  EXPECT_EQ(output.out, "error in closing " + Archive() + "\n");
-  EXPECT_FALSE(copied);
 }
 
 TEST_P(FileCallsTest, PipesAndDevicesAreNotRead) {

@@ -159,17 +159,6 @@ TEST(MinidumpWriter, KeepsStacksApartThatRunIntoEachOther) {
   EXPECT_GT(dump.FindThread(dump.exception.thread)->stackSize, 64u * 1024);
 }
 
-TEST(MinidumpWriter, ReportsAFileThatCantBeWritten) {
-  Fault fault(0, 0);
-  const WorkFolder folder;
-  const OpenFile full("/dev/full", O_RDWR);
-  const OpenFile created(folder.path() / "dump");
-  const OpenFile readOnly(folder.path() / "dump", O_RDONLY);
-  EXPECT_FALSE(fault.Write(full.descriptor));
-  EXPECT_FALSE(fault.Write(readOnly.descriptor));
-  EXPECT_FALSE(fault.Write(-1));
-}
-
 TEST(MinidumpWriter, AsksTheCallbackAboutEachModule) {
   static int asked = 0;
   const Minidump dump = Fault(0, 0).Dump(

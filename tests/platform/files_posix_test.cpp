@@ -1,11 +1,8 @@
-// What only the stand-in of the file surface does: paths become those of the kernel, files go
-// between file systems, and nothing is inherited.
+// What only the stand-in of the file surface does: paths become those of the kernel, and nothing is
+// inherited.
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <climits>
-#include <filesystem>
 #include <string>
 
 #include "platform/posix/files/file_handle.h"
@@ -17,7 +14,6 @@
 namespace {
 
 using namespace test;
-namespace fs = std::filesystem;
 using temvar::posix::NarrowPath;
 
 TEST(NarrowPath, DropsTheDriveAndRefusesWhatItCannotSayWhole) {
@@ -69,38 +65,6 @@ TEST_P(FilesPosixTest, ChildrenInheritNothing) {
   EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0) << "the lowest number is taken again";
   FindClose(find);
   EXPECT_EQ(fcntl(descriptor, F_GETFD), -1);
-}
-
-TEST_P(FilesPosixTest, FilesMoveToAnotherFileSystem) {
-  const fs::path other = "/dev/shm";
-  struct stat here, there;
-  if (stat(Folder().c_str(), &here) != 0 || stat(other.c_str(), &there) != 0 ||
-      here.st_dev == there.st_dev) {
-    GTEST_SKIP() << "no second file system";
-  }
-  PutFile("file", "content");
-  MakeFolder("folder");
-  const fs::path target = other / Folder().parent_path().filename();
-  const std::u16string wide = target.u16string();
-  EXPECT_TRUE(MoveFileW(Wide("file").c_str(), wide.c_str()));
-  EXPECT_FALSE(Exists("file"));
-  PutFile("second", "other content");
-  EXPECT_FALSE(MoveFileW(Wide("second").c_str(), wide.c_str()));
-  EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
-  EXPECT_EQ(GetFile("second"), "other content");
-  // A source that is missing or held by somebody leaves a destination alone that is not its copy.
-  EXPECT_FALSE(MoveFileW(Wide("missing").c_str(), wide.c_str()));
-  const HANDLE held =
-      CreateFileW(Wide("second").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-  EXPECT_FALSE(MoveFileW(Wide("second").c_str(), wide.c_str()));
-  CloseHandle(held);
-  ASSERT_TRUE(fs::exists(target));
-  EXPECT_TRUE(CopyFileW(wide.c_str(), Wide("back").c_str(), FALSE));
-  EXPECT_EQ(GetFile("back"), "content");
-  fs::remove(target);
-  EXPECT_FALSE(MoveFileW(Wide("folder").c_str(), wide.c_str()));
-  EXPECT_EQ(GetLastError(), ERROR_NOT_SAME_DEVICE);
-  EXPECT_FALSE(fs::exists(target));
 }
 
 TEST_P(FilesPosixTest, FilesThatHaveNoSizeAreReadWhole) {

@@ -1,7 +1,6 @@
-// What is left when the disk or the memory is full.
+// What is left when the memory is full.
 #include <sys/resource.h>
 
-#include <csignal>
 #include <fstream>
 #include <new>
 #include <string>
@@ -19,22 +18,6 @@ void SetLimit(int resource, rlim_t value) {
   ASSERT_EQ(getrlimit(static_cast<__rlimit_resource>(resource), &limit), 0);
   limit.rlim_cur = value;
   ASSERT_EQ(setrlimit(static_cast<__rlimit_resource>(resource), &limit), 0);
-}
-
-// The file holds the beginning of the new text, in whole blocks of the stream; the document stays,
-// and once there is room again, Save writes all of it.
-TEST_P(SettingsLimits, LeavesTheBeginningOnAFullDisk) {
-  std::signal(SIGXFSZ, SIG_IGN);
-  TMVUserDefaults* store = Load("{\"old\":1}");
-  store->SetString("text", std::string(100000, 'x').c_str(), nullptr);
-  const std::string whole = Saved(store);
-  SetLimit(RLIMIT_FSIZE, 65536);
-  const std::string cut = Saved(store);
-  EXPECT_TRUE(cut == whole.substr(0, cut.size()));
-  EXPECT_EQ(cut.size(), 65536u);
-  EXPECT_FALSE(Load()->IsLoaded());
-  SetLimit(RLIMIT_FSIZE, RLIM_INFINITY);
-  EXPECT_TRUE(Saved(store) == whole);
 }
 
 // Pages that the process uses, in bytes.

@@ -91,16 +91,6 @@ TEST_P(SettingsSave, WritesOnlyWhenAsked) {
   EXPECT_EQ(GetFile(kFile), text);
 }
 
-TEST_P(SettingsSave, StaysWhatItIsWhenTheFileCantBeOpened) {
-  TMVUserDefaults* store = Load("{\"a\":1}");
-  std::filesystem::remove(FilePath(kFile));
-  MakeFolder(kFile);
-  store->SetInt("b", 2, nullptr);
-  store->Save();
-  EXPECT_TRUE(std::filesystem::is_directory(FilePath(kFile)));
-  EXPECT_EQ(Compact(store), "{\"a\":1,\"b\":2}");
-}
-
 TEST_P(SettingsSave, HasADecimalPointInEveryLocale) {
   const char* comma = nullptr;
   for (const char* name : {"de_DE.UTF-8", "de_DE", "German", "fr_FR.UTF-8"}) {

@@ -20,7 +20,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <random>
 #include <sstream>
 #include <string>
@@ -114,7 +113,9 @@ class WorkFolderTest : public testing::TestWithParam<FolderKind> {
   std::string GetFile(std::string_view name) const {
     std::ifstream stream(FilePath(name), std::ios::binary);
     EXPECT_TRUE(stream) << "can't read " << name;
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    std::ostringstream bytes;
+    bytes << stream.rdbuf();
+    return bytes.str();
   }
 
   void MakeFolder(std::string_view name) const {

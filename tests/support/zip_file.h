@@ -5,6 +5,7 @@
 
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -137,6 +138,7 @@ inline std::vector<ZipEntry> ReadZip(const std::string& archive) {
   size_t at = number(end + 16, 4);
   for (uint32_t left = number(end + 10, 2); left > 0; --left) {
     ZipEntry entry;
+    if (number(at, 4) != 0x02014b50) return entries.push_back({"damaged"}), entries;
     const size_t local = number(at + 42, 4);
     entry.flags = static_cast<uint16_t>(number(at + 8, 2));
     entry.method = static_cast<uint16_t>(number(at + 10, 2));
@@ -146,8 +148,8 @@ inline std::vector<ZipEntry> ReadZip(const std::string& archive) {
     entry.name = archive.substr(at + 46, number(at + 28, 2));
     entry.centralExtra = archive.substr(at + 46 + entry.name.size(), number(at + 30, 2));
     const size_t packedSize = number(at + 20, 4);
-    entry.packed =
-        archive.substr(local + 30 + number(local + 26, 2) + number(local + 28, 2), packedSize);
+    const size_t start = local + 30 + number(local + 26, 2) + number(local + 28, 2);
+    entry.packed = archive.substr(std::min(start, archive.size()), packedSize);
     entry.data.resize(number(at + 24, 4));
     if (entry.method == 8) {
       z_stream stream = {};
@@ -163,7 +165,7 @@ inline std::vector<ZipEntry> ReadZip(const std::string& archive) {
     } else {
       entry.data = *entry.packed;
     }
-    if (number(at, 4) != 0x02014b50 || Crc32(entry.data) != *entry.crc) entry.name = "damaged";
+    if (Crc32(entry.data) != *entry.crc) entry.name = "damaged";
     at += 46 + number(at + 28, 2) + number(at + 30, 2) + number(at + 32, 2);
     entries.push_back(entry);
   }

@@ -198,47 +198,4 @@ TEST_P(FileLinksTest, NamesThatWideTextCannotSayAreCounted) {
   EXPECT_EQ(SizeOf("tree"), 6u);
 }
 
-TEST_P(FileLinksTest, MissingRightsFailCleanly) {
-  if (geteuid() != 0) GTEST_SKIP() << "only root can become a user without rights";
-  MakeFolder("tree/sub");
-  PutFile("tree/sub/file", "content");
-  fs::permissions(FilePath("tree/sub/file"), fs::perms::owner_all);
-  const std::string tree = Path("tree");
-  const std::string file = Path("tree/sub/file");
-  MakeFolder("tree/locked");
-  PutFile("tree/locked/file", "12345");
-  fs::permissions(FilePath("tree/locked"), fs::perms::none);
-  EXPECT_TRUE(RunWithoutRights([&] {
-    TMVUtilityFile* const files = TmvUtilityFile();
-    BinaryDataResult nothing = {};
-    return !files->DeleteDirectoryTree(tree.c_str()) && !files->RemoveFile(file.c_str()) &&
-           !files->CreateDirectoryPath((tree + "/new").c_str()) &&
-           !files->MoveFileTo(file.c_str(), (tree + "/moved").c_str()) &&
-           !files->CopyFileTo(file.c_str(), (tree + "/copied").c_str()) &&
-           !files->CopyDirectoryTree((tree + "/sub").c_str(), (tree + "/copies").c_str()) &&
-           !files->SetFileTimestamp(file.c_str(), "2024-01-31 17:05:09") &&
-           !files->ReadWholeFile(&nothing, file.c_str()) &&
-           files->OpenFile(file.c_str(), "rb") == nullptr &&
-           files->FileContainsText(file.c_str(), "c") == -1 &&
-           files->DirectorySize(tree.c_str(), 1) == 8;  // Without the locked folder.
-  })) << "the test needs a folder for temporary files that everybody can enter";
-  fs::permissions(FilePath("tree/locked"), fs::perms::owner_all);
-  EXPECT_EQ(GetFile("tree/sub/file"), "content");
-  // To another file system a move copies: a source that can't be read leaves what is there alone.
-  const std::string other = "/dev/shm/" + Folder().parent_path().filename().string();
-  std::ofstream(other) << "kept";
-  ASSERT_EQ(chown(other.c_str(), kNobody, kNobody), 0);
-  EXPECT_TRUE(
-      RunWithoutRights([&] { return !TmvUtilityFile()->MoveFileTo(file.c_str(), other.c_str()); }));
-  std::string kept;
-  std::ifstream(other) >> kept;
-  fs::remove(other);
-  EXPECT_EQ(kept, "kept");
-}
-
-TEST(FullDisk, ShowsInTheResultOfWriteWholeFile) {
-  if (!fs::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
-  EXPECT_FALSE(TmvUtilityFile()->WriteWholeFile("x", 1, "/dev/full"));
-}
-
 }  // namespace
