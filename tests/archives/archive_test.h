@@ -29,11 +29,6 @@ Output OutputOf(Call call) {
 // An archive "a.zip" in the work folder, and the destination "out" beside it.
 class ArchiveTest : public WorkFolderTest {
  protected:
-  struct Extraction {
-    bool result = false;
-    Output output;
-  };
-
   void PutArchive(const std::vector<ZipEntry>& entries, const ZipFrame& frame = {}) const {
     PutFile("a.zip", ZipBytes(entries, frame));
   }
@@ -43,13 +38,26 @@ class ArchiveTest : public WorkFolderTest {
   // The full name of an entry, as the lines print it.
   std::string Full(const std::string& entry) const { return Destination() + '\\' + entry; }
 
-  Extraction Extract() const { return ExtractTo(Destination()); }
-  Extraction ExtractTo(const std::string& destination) const {
-    Extraction extraction;
-    extraction.output = OutputOf([&] {
-      extraction.result = TmvUtilityUnzip()->ExtractArchive(Archive().c_str(), destination.c_str());
+  // The lines about an entry.
+  std::string Extracts(const std::string& entry) const {
+    return " extracting: " + Full(entry) + "\n";
+  }
+  std::string Refuses(const std::string& entry) const {
+    return "error opening " + Full(entry) + "\n";
+  }
+  std::string MakesFolder(const std::string& entry) const {
+    return "creating directory: " + Full(entry) + "\n";
+  }
+
+  // What unpacking the archive prints. Its result must be `expected`.
+  Output Extract(bool expected = true) const { return ExtractTo(Destination(), expected); }
+  Output ExtractTo(const std::string& destination, bool expected = true) const {
+    bool result = !expected;
+    const Output output = OutputOf([&] {
+      result = TmvUtilityUnzip()->ExtractArchive(Archive().c_str(), destination.c_str());
     });
-    return extraction;
+    EXPECT_EQ(result, expected) << output.out;
+    return output;
   }
 
   // Goes on with a destination that doesn't exist yet: "out2", "out3"...

@@ -52,7 +52,7 @@ TEST_P(FileCallsTest, AWayIsLookedAtOnce) {
       MakeFolder("out");
     }
     calls = 0;
-    EXPECT_TRUE(Extract().result);
+    Extract();
     EXPECT_GE(calls, 100) << place;
     EXPECT_LE(calls, 500) << place;
   }
@@ -63,7 +63,7 @@ TEST_P(FileCallsTest, ClaimsBeyondTheEndCostNoCalls) {
   archive.replace(archive.find("PK\1\2") + 30, 2, "\xFF\xFF");  // The size of an extra field.
   PutFile("a.zip", archive);
   calls = 0;
-  Extract();
+  OutputOf([&] { TmvUtilityUnzip()->ExtractArchive(Archive().c_str(), Destination().c_str()); });
   EXPECT_LE(calls, 50);
 }
 
@@ -77,9 +77,8 @@ TEST_P(FileCallsTest, PipesAndDevicesAreNotRead) {
   EXPECT_TRUE(zip->WriteArchive(Archive().c_str(), nullptr));
   EXPECT_EQ(ReadZip(GetFile("a.zip")).size(), 1u);
   zip->AddFile(Path("data/pipe").c_str(), "");
-  bool result = false;
-  const Output output = OutputOf([&] { result = zip->WriteArchive(Archive().c_str(), nullptr); });
-  EXPECT_TRUE(result);
+  const Output output =
+      OutputOf([&] { EXPECT_TRUE(zip->WriteArchive(Archive().c_str(), nullptr)); });
   EXPECT_EQ(output.out, "error in opening " + Path("data/pipe") + " for reading\n");
 }
 

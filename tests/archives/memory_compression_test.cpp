@@ -38,17 +38,13 @@ Outcome Run(Operation operation) {
 }
 
 Outcome Deflate(const std::string& data, int32_t level) {
-  return Run([&](BinaryDataResult* record) {
-    return tmv::MakeZip()->DeflateBuffer(record, data.data(), static_cast<uint32_t>(data.size()),
-                                         level);
-  });
+  const auto size = static_cast<uint32_t>(data.size());
+  return Run([&](auto* to) { return tmv::MakeZip()->DeflateBuffer(to, data.data(), size, level); });
 }
 
 Outcome Inflate(const std::string& data) {
-  return Run([&](BinaryDataResult* record) {
-    return TmvUtilityUnzip()->InflateBuffer(record, data.data(),
-                                            static_cast<uint32_t>(data.size()));
-  });
+  const auto size = static_cast<uint32_t>(data.size());
+  return Run([&](auto* to) { return TmvUtilityUnzip()->InflateBuffer(to, data.data(), size); });
 }
 
 // Sizes around the 1024-byte blocks in which both work.
@@ -87,21 +83,16 @@ TEST(MemoryCompression, BadInputIsPrintedInALine) {
   std::cout << std::dec;
 }
 
-struct Gunzipped {
-  int32_t result;
-  uint32_t capacity;
-  std::string bytes;  // The whole buffer and 8 bytes after it.
-
-  bool operator==(const Gunzipped&) const = default;
-};
+// Result, capacity, and the whole buffer with 8 bytes after it.
+using Gunzipped = std::tuple<int32_t, uint32_t, std::string>;
 
 template <typename Operation>
 Gunzipped Gunzip(Operation operation, const std::string& data, uint32_t capacity) {
-  Gunzipped run{0, capacity, std::string(capacity + 8, '#')};
-  run.result =
+  std::string bytes(capacity + 8, '#');
+  const int32_t result =
       operation(reinterpret_cast<const uint8_t*>(data.data()), static_cast<uint32_t>(data.size()),
-                reinterpret_cast<uint8_t*>(run.bytes.data()), &run.capacity);
-  return run;
+                reinterpret_cast<uint8_t*>(bytes.data()), &capacity);
+  return {result, capacity, bytes};
 }
 
 int32_t ByLibrary(const uint8_t* data, uint32_t size, uint8_t* output, uint32_t* capacity) {
@@ -150,7 +141,7 @@ TEST(MemoryCompression, ResultsAreThoseOfTheDocumentedLoops) {
   std::streambuf* const console = std::cout.rdbuf(printed.rdbuf());
   for (int i = 0; i < 3000; ++i) {
     const std::string packed = AnyStream(random, 31);
-    const uint32_t length = Gunzip(GunzipByBytes, packed, 20'000).capacity;
+    const uint32_t length = std::get<uint32_t>(Gunzip(GunzipByBytes, packed, 20'000));
     // Around the end of the contents, and anywhere.
     const uint32_t near = length + static_cast<uint32_t>(random() % 9);
     const auto capacity = i % 2 == 0 ? near - std::min(near, 6u) : near % 8000;

