@@ -34,6 +34,7 @@
 #include "crash/faults.h"
 #include "support/child_process.h"
 #include "support/dynamic_library.h"
+#include "support/work_folder.h"
 
 namespace {
 
@@ -63,10 +64,6 @@ void Log(const char* line) {
   logInUse.clear();
 }
 
-std::filesystem::path Path(const std::string& utf8) {
-  return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
-}
-
 // The text as UTF-8; what is plain is converted by hand.
 struct Narrow {
   explicit Narrow(const TmvWideChar* wide) {
@@ -94,7 +91,7 @@ void OnReport(const TmvWideChar* archive) {
   // By now the archive is complete.
   const Narrow path(archive);
   const bool isThere =
-      path.plain ? access(path.text, 0) == 0 : std::filesystem::exists(Path(path.text));
+      path.plain ? access(path.text, 0) == 0 : std::filesystem::exists(test::FromUtf8(path.text));
   std::snprintf(line, sizeof(line), "report %s%s", path.text, isThere ? " there" : " missing");
   Log(line);
 }
@@ -117,7 +114,7 @@ void OnCollect(const TmvWideChar* directory, void** result) {
     while (forkWanted.load()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
   if (!Has("leave-files")) return;
-  LeaveFiles(Path(Narrow(directory).text));
+  LeaveFiles(test::FromUtf8(Narrow(directory).text));
   *result = std::malloc(64);
 }
 
@@ -151,7 +148,7 @@ int main(int argc, char** argv) {
   if (arguments.size() < 3) return 2;
   const std::string& way = arguments[0];
   logFile.pubsetbuf(nullptr, 0);
-  logFile.open(Path(arguments[2]), std::ios::out | std::ios::app | std::ios::binary);
+  logFile.open(test::FromUtf8(arguments[2]), std::ios::out | std::ios::app | std::ios::binary);
   options.assign(arguments.begin() + 3, arguments.end());
   if (Has("caught") || Has("probe")) InstallCatcher();
   for (const std::string& option : options) SetUp(option, false, Log);

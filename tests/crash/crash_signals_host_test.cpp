@@ -4,65 +4,50 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
-#include <fstream>
 #include <map>
-#include <utility>
 
 #include "crash/crash_run.h"
 
 namespace {
 
 using namespace test;
-using testing::Each;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::SizeIs;
+using namespace testing;
 
 // Each process is in some trouble, and the report comes all the same: dump, archive, notice, and
 // the signal of the crash at the end.
-struct Trouble {
-  const char* what;  // Options of crash_child, with blanks between them.
-  const char* way;
-  int signal;
-};
-
-std::vector<std::string> Words(const std::string& text) {
-  std::istringstream stream(text);
-  return {std::istream_iterator<std::string>(stream), {}};
-}
-
 TEST(CrashSignals, TroubleInTheProcessLosesNoReport) {
-  std::vector<Trouble> troubles = {
-      {"timer bystander", "division", SIGFPE},  {"signals-blocked", "null-write", SIGSEGV},
-      {"signals-blocked", "worker", SIGSEGV},   {"signals-blocked on-thread", "exception", SIGABRT},
-      {"many-threads", "division", SIGFPE},     {"no-proc", "division", SIGFPE},
-      {"crash-in-collect", "division", SIGFPE}, {"fork-in-collect", "division", SIGFPE},
-      {"onlooker", "null-write", SIGSEGV},
-  };
+  using Options = std::vector<std::string>;
+  const std::tuple<Options, const char*, int> troubles[] = {
+    {{"timer", "bystander"}, "division", SIGFPE},
+    {{"signals-blocked"}, "null-write", SIGSEGV},
+    {{"signals-blocked"}, "worker", SIGSEGV},
+    {{"signals-blocked", "on-thread"}, "exception", SIGABRT},
+    {{"many-threads"}, "division", SIGFPE},
+    {{"no-proc"}, "division", SIGFPE},
+    {{"crash-in-collect"}, "division", SIGFPE},
+    {{"fork-in-collect"}, "division", SIGFPE},
 #if !defined(TEMVAR_FOREIGN_HEAP)
-  // UndefinedBehaviourSanitizer needs descriptors for its own checks.
-  troubles.push_back({"no-descriptors bystander", "null-write", SIGSEGV});
+    // UndefinedBehaviourSanitizer needs descriptors for its own checks.
+    {{"no-descriptors", "bystander"}, "null-write", SIGSEGV},
 #endif
-  for (const Trouble& trouble : troubles) {
-    SCOPED_TRACE(std::string(trouble.way) + " with " + trouble.what);
+    {{"onlooker"}, "null-write", SIGSEGV},
+  };
+  for (const auto& [options, way, signal] : troubles) {
+    SCOPED_TRACE(way + PrintToString(options));
     CrashRun run;
     // A FIFO that nobody writes to, and links that lead out.
     ASSERT_EQ(mkfifo((run.Folder() / "dumps" / "fifo").c_str(), 0600), 0);
     std::filesystem::create_symlink("/etc/passwd", run.Folder() / "dumps" / "link");
     std::filesystem::create_directory_symlink("/etc/ssl", run.Folder() / "dumps" / "folder-link");
-    run.Start(trouble.way, Words(trouble.what));
-    EXPECT_EQ(run.End().signal, trouble.signal) << run.Describe();
+    run.Start(way, options);
+    EXPECT_EQ(run.End().signal, signal) << run.Describe();
     EXPECT_LT(run.End().duration.count(), 20'000);
     ASSERT_THAT(run.Dumps(), Not(IsEmpty())) << run.Describe();
     for (const std::filesystem::path& file : run.Dumps()) {
       const Minidump dump = ReadMinidump(file);
       EXPECT_THAT(dump.errors, IsEmpty());
       EXPECT_GT(dump.FindThread(dump.exception.thread)->stackSize, 0u);
-      const bool many = trouble.what == std::string("many-threads");
-      EXPECT_GT(dump.threads.size(), many ? 600u : 0u);
+      EXPECT_GT(dump.threads.size(), options[0] == "many-threads" ? 600u : 0u);
     }
     ASSERT_THAT(run.Lines("report"), Not(IsEmpty())) << run.Describe();
     EXPECT_THAT(run.Lines("report"), Each(EndsWith(" there")));
@@ -98,9 +83,10 @@ TEST(CrashSignals, UnderTheLockOfTheHeapNothingIsLost) {
     EXPECT_THAT(run.Lines("report"), SizeIs(1)) << run.Describe();
     EXPECT_THAT(run.Lines("report"), Each(EndsWith(".dmp.zip there")));
     ASSERT_THAT(run.Archives(), Not(IsEmpty()));
-    const auto packed = ReadZip(ReadAll(run.Archives()[0]));
     std::map<std::string, std::string> files;
-    for (const auto& entry : packed) files[entry.name] = entry.data;
+    for (const ZipEntry& entry : ReadZip(ReadAll(run.Archives()[0]))) {
+      files[entry.name] = entry.data;
+    }
     EXPECT_EQ(files.size(), 3u);
     EXPECT_EQ(files["logs/old/a.txt"], noise);
     EXPECT_EQ(files["logs/b.txt"], noise);

@@ -2,23 +2,12 @@
 // called it.
 #include <gmock/gmock.h>
 
-#include <ostream>
-
 #include "crash/crash_run.h"
 
 namespace {
 
 using namespace test;
 using testing::HasSubstr;
-
-struct Case {
-  const char* way;
-  const char* signal;
-  const char* function;  // Where it stopped, or near it.
-  const char* caller;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Case& test) { return stream << test.way; }
 
 // What LLDB prints. It must come back by itself: a code that is no signal hangs it.
 std::string AskLldb(const CrashRun& run, const std::vector<std::string>& commands) {
@@ -32,21 +21,30 @@ std::string AskLldb(const CrashRun& run, const std::vector<std::string>& command
   return ReadAll(output);
 }
 
-class LldbOpens : public testing::TestWithParam<Case> {};
-
-TEST_P(LldbOpens, TheDump) {
-  const Case& test = GetParam();
-  CrashRun run;
-  run.Start(test.way);
-  ASSERT_FALSE(run.Dumps().empty()) << run.Describe();
-  const std::string open = "target create -c " + Utf8(run.Dumps().back()) + " ";
-  const std::string text = AskLldb(
-      run, {open + Utf8(ProgramFolder() / "crash_child"), "bt", "register read rip", "image list"});
-  EXPECT_THAT(text, HasSubstr(std::string("stop reason = signal ") + test.signal));
-  EXPECT_THAT(text, HasSubstr(test.function));
-  EXPECT_THAT(text, HasSubstr(test.caller));
-  EXPECT_THAT(text, HasSubstr("rip = 0x"));
-  EXPECT_THAT(text, HasSubstr("libTemvar.so"));
+// Where each way to crash stopped, or near it, and what had called that.
+TEST(LldbReads, TheDumpOfEachWay) {
+  const std::tuple<const char*, std::string, const char*, const char*> ways[] = {
+      {"null-write", "SIGSEGV", "frame #0: 0x", "WriteNull()"},
+      {"null-call", "SIGSEGV", "frame #0: 0x0000000000000000", "CallNull()"},
+      {"division", "SIGFPE", "Divide()", "CallFault("},
+      {"illegal", "SIGILL", "RunIllegal()", "CallFault("},
+      {"stack-overflow", "SIGSEGV", "frame #0: 0x", "Overflow("},
+      {"exception", "SIGABRT", "ThrowUncaught()", "CallFault("},
+      {"heap-corruption", "SIGABRT", "DamageHeap()", "CallFault("},
+      {"worker", "SIGSEGV", "WriteNull()", "RkTaskThreadImpl::ThreadMain"},
+      {"worker-overflow", "SIGSEGV", "frame #0: 0x", "Overflow("}};
+  for (const auto& [way, signal, function, caller] : ways) {
+    CrashRun run;
+    run.Start(way);
+    ASSERT_FALSE(run.Dumps().empty()) << run.Describe();
+    const std::string open = "target create -c " + Utf8(run.Dumps().back()) + " ";
+    const std::string child = Utf8(ProgramFolder() / "crash_child");
+    const std::string text = AskLldb(run, {open + child, "bt", "register read rip", "image list"});
+    EXPECT_THAT(text, HasSubstr("stop reason = signal " + signal));
+    for (const char* seen : {function, caller, "rip = 0x", "libTemvar.so"}) {
+      EXPECT_THAT(text, HasSubstr(seen)) << way;
+    }
+  }
 }
 
 // From a customer's archive to function and line: what crashed has no symbols and is gone, and LLDB
@@ -70,17 +68,5 @@ TEST(LldbReads, ACustomersArchiveWithSymbolsThatWereSplitOff) {
   EXPECT_THAT(text, HasSubstr("WriteNull() at faults.cpp:"));
   EXPECT_THAT(text, testing::ContainsRegex("RunAssignment.* at task_thread_impl.cpp:[0-9]+"));
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Crash, LldbOpens,
-    testing::Values(Case{"null-write", "SIGSEGV", "frame #0: 0x", "WriteNull()"},
-                    Case{"null-call", "SIGSEGV", "frame #0: 0x0000000000000000", "CallNull()"},
-                    Case{"division", "SIGFPE", "Divide()", "CallFault("},
-                    Case{"illegal", "SIGILL", "RunIllegal()", "CallFault("},
-                    Case{"stack-overflow", "SIGSEGV", "frame #0: 0x", "Overflow("},
-                    Case{"exception", "SIGABRT", "ThrowUncaught()", "CallFault("},
-                    Case{"heap-corruption", "SIGABRT", "DamageHeap()", "CallFault("},
-                    Case{"worker", "SIGSEGV", "WriteNull()", "RkTaskThreadImpl::ThreadMain"},
-                    Case{"worker-overflow", "SIGSEGV", "frame #0: 0x", "Overflow("}));
 
 }  // namespace

@@ -1,21 +1,20 @@
+// What goes into a dump, and the clock that names it.
 #include "crash/report.h"
 
 #include <gtest/gtest.h>
 
+#include <ctime>
+
+#include "platform/crash_clock.h"
 #include "temvar/types.h"
+#include "temvar/utility_sys.h"
 
 namespace {
 
 constexpr DWORD kOthers = ModuleWriteModule | ModuleWriteMiscRecord | ModuleWriteCvRecord;
 
-struct Case {
-  const WCHAR* path;
-  DWORD flags;
-  DWORD left;
-};
-
 TEST(MinidumpFilter, LeavesDataSectionsToNtdllAlone) {
-  const Case cases[] = {
+  const std::tuple<const WCHAR*, DWORD, DWORD> cases[] = {
       {TMV_WIDE("C:\\Windows\\System32\\ntdll.dll"), kOthers | ModuleWriteDataSeg,
        kOthers | ModuleWriteDataSeg},
       {TMV_WIDE("ntdll"), ModuleWriteDataSeg, ModuleWriteDataSeg},
@@ -27,14 +26,14 @@ TEST(MinidumpFilter, LeavesDataSectionsToNtdllAlone) {
       {nullptr, kOthers, kOthers},
       {TMV_WIDE("C:\\host\\host.exe"), kOthers, kOthers},
   };
-  for (const Case& test : cases) {
+  for (const auto& [path, flags, left] : cases) {
     MINIDUMP_CALLBACK_INPUT input = {};
     input.CallbackType = ModuleCallback;
-    input.Module.FullPath = const_cast<WCHAR*>(test.path);
+    input.Module.FullPath = const_cast<WCHAR*>(path);
     MINIDUMP_CALLBACK_OUTPUT output = {};
-    output.ModuleWriteFlags = test.flags;
+    output.ModuleWriteFlags = flags;
     EXPECT_TRUE(temvar::FilterMinidump(nullptr, &input, &output));
-    EXPECT_EQ(output.ModuleWriteFlags, test.left);
+    EXPECT_EQ(output.ModuleWriteFlags, left);
   }
 }
 
@@ -48,6 +47,20 @@ TEST(MinidumpFilter, AnswersTheTypesItKnows) {
   input.CallbackType = ModuleCallback;
   EXPECT_FALSE(temvar::FilterMinidump(nullptr, nullptr, &output));
   EXPECT_FALSE(temvar::FilterMinidump(nullptr, &input, nullptr));
+}
+
+// The ordinary clock and the one for crashes agree, across every change of the zone that lies
+// ahead. On Windows there is the ordinary clock alone.
+TEST(CrashClock, AgreesWithTheOrdinaryClock) {
+  temvar::PrepareCrashTime();
+  const int64_t now = std::time(nullptr);
+  for (int64_t time = now; time < now + 4 * 365 * 86400LL; time += 1801) {
+    char text[32] = {};
+    if (!temvar::CrashTimeOf(time, text)) GTEST_SKIP() << "the ordinary clock serves here";
+    char expected[32] = {};
+    TmvUtilitySys()->FormatTime(time, expected, sizeof(expected), "%Y%m%d%H%M%S");
+    ASSERT_STREQ(text, expected) << time;
+  }
 }
 
 }  // namespace
