@@ -3,7 +3,6 @@
 // lives once.
 #include <gmock/gmock.h>
 
-#include <map>
 #include <system_error>
 
 #include "support/host_job.h"
@@ -17,12 +16,9 @@ TEST(Pool, RunsAsManyTasksSideBySideAsItHasWorkers) {
   RunningPool pool(4);
   Eventually([] { return IdleWorkers() == 4; });
   Gate gate;
+  for (int i = 0; i < 4; ++i) gate.HoldWorker();
   std::atomic<bool> fifthRan{false};
-  std::vector<TaskPtr> tasks;
-  for (int i = 0; i < 4; ++i) tasks.push_back(MakeTask("busy", [&gate](RkTask*) { gate.Wait(); }));
-  tasks.push_back(MakeTask("fifth", [&fifthRan](RkTask*) { fifthRan = true; }));
-  for (const TaskPtr& task : tasks) Pool().AddTask(task.get());
-  gate.WaitForArrivals(4);
+  Pool().AddFunc(MakeFunc([&fifthRan](RkTask*) { fifthRan = true; }).get());
 
   // No worker is idle: a pass of pairing leaves the number of queued tasks unwritten.
   uint32_t pending = 77;
@@ -39,44 +35,33 @@ TEST(Pool, RunsAsManyTasksSideBySideAsItHasWorkers) {
   Eventually([] { return IdleWorkers() == 4; });
 }
 
-// Tasks report by their own thread which worker runs them.
 TEST(Pool, WorkersAreReusedInTheOrderInWhichTheyBecameIdle) {
   RunningPool pool(3);
   Eventually([] { return IdleWorkers() == 3; });
-  std::map<int, std::thread::id> first;
-  std::mutex mutex;
+  // Holds a worker at the gate, and returns by its thread which one it is.
+  const auto hold = [](Gate& gate) {
+    std::thread::id worker;
+    const Body wait = [&gate, &worker](RkTask*) {
+      worker = std::this_thread::get_id();
+      gate.Wait();
+    };
+    Pool().AddFunc(MakeFunc(wait).get());
+    gate.WaitForArrivals(1);
+    return worker;
+  };
   Gate gates[3];
-  std::vector<TaskPtr> tasks;
-  for (int i = 0; i < 3; ++i) {
-    tasks.push_back(MakeTask("t", [&, i](RkTask*) {
-      {
-        const std::lock_guard<std::mutex> lock(mutex);
-        first[i] = std::this_thread::get_id();
-      }
-      gates[i].Wait();
-    }));
-    Pool().AddTask(tasks.back().get());
-    gates[i].WaitForArrivals(1);
-  }
+  std::thread::id first[3];
+  for (int i = 0; i < 3; ++i) first[i] = hold(gates[i]);
   const int order[] = {2, 0, 1};
-  uint32_t idle = 0;
-  for (const int i : order) {
-    gates[i].Open();
-    ++idle;
-    Eventually([idle] { return IdleWorkers() == idle; });
+  for (uint32_t i = 0; i < 3; ++i) {
+    gates[order[i]].Open();
+    Eventually([i] { return IdleWorkers() == i + 1; });
   }
   for (const int i : order) {
     Gate gate;
-    std::thread::id id;
-    const TaskPtr task = MakeTask("again", [&](RkTask*) {
-      id = std::this_thread::get_id();
-      gate.Wait();
-    });
-    Pool().AddTask(task.get());
-    gate.WaitForArrivals(1);
+    EXPECT_EQ(hold(gate), first[i]) << "worker " << i;
     gate.Open();
     Eventually([] { return IdleWorkers() == 3; });
-    EXPECT_EQ(id, first[i]) << "worker " << i;
   }
 }
 
@@ -106,33 +91,26 @@ TEST(Pool, ATaskWithoutAFunctionIsPassedByAndReleased) {
     Pool().AddTask(empty.get());
   }
   EXPECT_EQ(released, 0);
+  Gate next;
   RunningPool pool(1);
   Eventually([&released] { return released == 1; });
-  Log log;
-  const TaskPtr next = MakeTask("next", [&log](RkTask*) { log.Add("ran"); });
-  Pool().AddTask(next.get());
-  log.WaitFor("ran");
+  next.HoldWorker();
+  next.Open();
 }
 
 TEST(Pool, AddFuncRunsANewTaskThatDiesAfterItsRun) {
   RunningPool pool(2);
   Pool().ReservedOperation();
-  std::string name;
-  int32_t state = -1;
   std::atomic<bool> ran{false};
-  {
-    const FuncPtr func = MakeFunc([&](RkTask* task) {
-      name = task->GetName();
-      state = task->GetState();
-      EXPECT_EQ(task->GetType(), kTaskTypePlain);
-      ran = true;
-    });
-    Pool().AddFunc(func.get());
-  }
+  const Body look = [&ran](RkTask* task) {
+    EXPECT_STREQ(task->GetName(), "0");
+    EXPECT_EQ(task->GetState(), kTaskStateCreated);
+    EXPECT_EQ(task->GetType(), kTaskTypePlain);
+    ran = true;
+  };
+  Pool().AddFunc(MakeFunc(look).get());
   Eventually([] { return LiveBodies() == 0; });
   EXPECT_TRUE(ran);
-  EXPECT_EQ(name, "0");
-  EXPECT_EQ(state, kTaskStateCreated);
 }
 
 // No setting keeps queued work from starting.
@@ -153,26 +131,20 @@ TEST(PoolQueue, RemoveQueuedTakesOutAnEventsEntriesAndThoseOfNone) {
   EXPECT_EQ(Pool().RemoveQueued("x"), 0u);
   Log log;
   const Body note = [&log](RkTask* task) { log.Add(task->GetName()); };
-  const TaskPtr x1 = MakeTask("x1", note);
-  const TaskPtr x2 = MakeTask("x2", note);
-  const TaskPtr y1 = MakeTask("y1", note);
-  const TaskPtr y2 = MakeTask("y2", note);
   const TaskPtr stray = MakeTask("stray", note);
-  const PackagePtr px = MakePackage({x1.get(), x2.get()});
-  const PackagePtr py = MakePackage({y1.get(), y2.get()});
-  py->SetName("py");
-  py->SetFunc(MakeFunc(note).get());
-  const EventPtr x = MakeEvent("x", {px.get()});
-  const EventPtr y = MakeEvent("y", {py.get()}, note);
-  Schedular().RegisterEvent(x.get());
-  Schedular().RegisterEvent(y.get());
-  RkTask* const queue[] = {y2.get(), x1.get(), stray.get(), py.get(),    px.get(),
-                           y.get(),  x.get(),  x2.get(),    stray.get(), y1.get()};
+  const Job x("x", {{"x1", note}, {"x2", note}});
+  const Job y("y", {{"y1", note}, {"y2", note}}, note);
+  y.package->SetName("py");
+  y.package->SetFunc(MakeFunc(note).get());
+  for (const Job* job : {&x, &y}) Schedular().RegisterEvent(job->event.get());
+  RkTask* const queue[] = {
+      y[1],          x[0],          stray.get(), y.package.get(), x.package.get(),
+      y.event.get(), x.event.get(), x[1],        stray.get(),     y[0]};
   for (RkTask* task : queue) Pool().AddTask(task);
 
   EXPECT_EQ(Pool().RemoveQueued("x"), 6u);
   EXPECT_EQ(Pool().GetQueuedCount(), 4u);
-  EXPECT_EQ(x1->GetState(), kTaskStateCreated);
+  EXPECT_EQ(x[0]->GetState(), kTaskStateCreated);
   RunningPool pool(1);
   log.WaitFor("y1");
   EXPECT_THAT(log.Entries(), ElementsAre("y2", "py", "y", "y1"));
@@ -198,17 +170,12 @@ TEST(PoolQueue, ListRunningReturnsThePlainTasksOfAnEventInTheOrderOfTheirStart) 
   RunningPool pool(5);
   Gate gates[5];
   const auto wait = [](Gate& gate) { return [&gate](RkTask*) { gate.Wait(); }; };
-  TaskPtr a1 = MakeTask("a1", wait(gates[0]));
-  const TaskPtr b1 = MakeTask("b1", wait(gates[1]));
-  TaskPtr a2 = MakeTask("a2", wait(gates[2]));
+  const std::vector<Step> steps = {{"a1", wait(gates[0])}, {"a2", wait(gates[2])}};
+  auto a = std::make_unique<Job>("a", steps, wait(gates[4]));
+  const Job b("b", {{"b1", wait(gates[1])}});
   const TaskPtr stray = MakeTask("stray", wait(gates[3]));
-  PackagePtr pa = MakePackage({a1.get(), a2.get()});
-  const PackagePtr pb = MakePackage({b1.get()});
-  EventPtr a = MakeEvent("a", {pa.get()}, wait(gates[4]));
-  const EventPtr b = MakeEvent("b", {pb.get()});
-  Schedular().RegisterEvent(a.get());
-  Schedular().RegisterEvent(b.get());
-  RkTask* const order[] = {a1.get(), b1.get(), a2.get(), stray.get(), a.get()};
+  for (const EventPtr* event : {&a->event, &b.event}) Schedular().RegisterEvent(event->get());
+  RkTask* const order[] = {(*a)[0], b[0], (*a)[1], stray.get(), a->event.get()};
   for (size_t i = 0; i < 5; ++i) {
     Pool().AddTask(order[i]);
     gates[i].WaitForArrivals(1);
@@ -221,13 +188,9 @@ TEST(PoolQueue, ListRunningReturnsThePlainTasksOfAnEventInTheOrderOfTheirStart) 
   EXPECT_EQ(count, 0u);
 
   // The list keeps its tasks alive on its own.
-  Schedular().RemoveEvent("a");
   for (Gate& gate : gates) gate.Open();
   Eventually([] { return IdleWorkers() == 5; });
   pool.Stop();
-  a1.reset();
-  a2.reset();
-  pa.reset();
   a.reset();
   EXPECT_EQ(LiveBodies(), 4);
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("a1", "a2"));

@@ -1,6 +1,8 @@
 // Workers of a host's own.
+#include <gmock/gmock.h>
+#include <temvar/handles.h>
+
 #include <algorithm>
-#include <system_error>
 
 #include "support/host_job.h"
 
@@ -8,42 +10,33 @@ namespace {
 
 using namespace test;
 
-using ThreadPtr = std::unique_ptr<RkTaskThread, decltype(&DestroyRkTaskThread)>;
-
-ThreadPtr MakeThread() { return {CreateRkTaskThread(), &DestroyRkTaskThread}; }
-
 // A worker of the host's own that serves the pool.
-ThreadPtr MakeStarted() {
-  ThreadPtr thread = MakeThread();
+tmv::Thread MakeStarted() {
+  tmv::Thread thread = tmv::MakeThread();
   thread->SetPool(TmvTaskPool());
   thread->Start();
   return thread;
 }
 
-// Whether the call throws this error of the system.
-template <typename Call>
-void ExpectError(std::errc expected, Call call) {
-  try {
-    call();
-    ADD_FAILURE() << "nothing was thrown";
-  } catch (const std::system_error& error) {
-    EXPECT_EQ(error.code(), expected);
-  }
+// For a call that throws this error of the system.
+auto ThrowsError(std::errc error) {
+  return testing::Throws<std::system_error>(
+      testing::Property(&std::system_error::code, std::make_error_code(error)));
 }
 
 TEST(TaskThread, IsFreedBeforeItWasStarted) {
   DestroyRkTaskThread(nullptr);
-  const ThreadPtr thread = MakeThread();
+  const tmv::Thread thread = tmv::MakeThread();
   EXPECT_EQ(thread->ReservedValue(), 0);
   thread->Lock();
   thread->Unlock();
   thread->Wake();
-  ExpectError(std::errc::invalid_argument, [&thread] { thread->Join(); });
+  EXPECT_THAT([&thread] { thread->Join(); }, ThrowsError(std::errc::invalid_argument));
 }
 
 // A wake-up without an assignment must not enter the worker a second time.
 TEST(TaskThread, EntersTheIdleQueueOnceAndStopsWhileAsleep) {
-  const ThreadPtr thread = MakeStarted();
+  const tmv::Thread thread = MakeStarted();
   Eventually([] { return IdleWorkers() == 1; });
   for (int i = 0; i < 20; ++i) thread->Wake();
   BeQuiet();
@@ -56,7 +49,7 @@ TEST(TaskThread, EntersTheIdleQueueOnceAndStopsWhileAsleep) {
 
 // Before Start tasks wait, and only a pass by hand pairs one; from Start on they need none.
 TEST(TaskThread, BeforeStartItIsAssignedWhatAPassByHandPairs) {
-  const ThreadPtr thread = MakeStarted();
+  const tmv::Thread thread = MakeStarted();
   Eventually([] { return IdleWorkers() == 1; });
   std::atomic<int> ran{0};
   for (int i = 0; i < 3; ++i) Pool().AddFunc(MakeFunc([&ran](RkTask*) { ++ran; }).get());
@@ -77,14 +70,14 @@ TEST(TaskThread, BeforeStartItIsAssignedWhatAPassByHandPairs) {
 
 TEST(TaskThread, BeginsNothingOnceItsStopHasAsked) {
   const RunningPool pool(0);
-  const ThreadPtr thread = MakeStarted();
+  const tmv::Thread thread = MakeStarted();
   Gate gate;
   std::atomic<int> late{0};
   Pool().AddFunc(MakeFunc([&gate, &thread](RkTask*) {
-                   const auto deadlock = std::errc::resource_deadlock_would_occur;
-                   ExpectError(deadlock, [&thread] { thread->Join(); });
+                   const auto deadlock = ThrowsError(std::errc::resource_deadlock_would_occur);
+                   EXPECT_THAT([&thread] { thread->Join(); }, deadlock);
                    gate.Wait();
-                   ExpectError(deadlock, [&thread] { thread->Stop(); });
+                   EXPECT_THAT([&thread] { thread->Stop(); }, deadlock);
                  }).get());
   gate.WaitForArrivals(1);
   for (int i = 0; i < 200; ++i) Pool().AddFunc(MakeFunc([&late](RkTask*) { ++late; }).get());
@@ -112,7 +105,7 @@ TEST(TaskThread, ATaskThatItsStopKeptFromBeginningGoesBackToItsPlace) {
     for (size_t i = 0; i < steps.size(); ++i) Pool().AddTask(job[i]);
     while (Pool().GetQueuedCount() > 0) {
       const uint32_t before = Pool().GetQueuedCount();
-      const ThreadPtr thread = MakeStarted();
+      const tmv::Thread thread = MakeStarted();
       Eventually([before] { return Pool().GetQueuedCount() < before; });
       thread->Stop();
       uint32_t running = 0;
@@ -134,7 +127,7 @@ TEST(TaskThread, AJobEndsWhileWorkersComeAndGo) {
     for (size_t i = 0; i < 200; ++i) job[i]->SetNameNumber(static_cast<int64_t>(i + 1));
     job.Add();
     for (int worker = 0; worker < 10; ++worker) {
-      const ThreadPtr thread = MakeStarted();
+      const tmv::Thread thread = MakeStarted();
       std::this_thread::yield();
       thread->Stop();
     }

@@ -14,14 +14,14 @@ class Cancelled : public testing::Test {
  protected:
   void StartJob() {
     blocker_.HoldWorker();
-    Schedular().AddEvent(event_.get());
+    job_.event->AddPackage(second_.package.get());
+    job_.Add();
     gate_.WaitForArrivals(1);
   }
 
   void TearDown() override {
     blocker_.Open();
     gate_.Open();
-    Schedular().RemoveEvent("event");
   }
 
   Gate gate_;
@@ -30,17 +30,18 @@ class Cancelled : public testing::Test {
   std::atomic<int> calls_{0};
   std::atomic<int32_t> stateAtCall_{-1};
 
-  TaskPtr done_ = MakeTask("done", Succeed);
-  TaskPtr running_ = MakeTask("running", gate_.Then(Succeed));
-  TaskPtr waiting_ = MakeTask("waiting", [this](RkTask*) { waitingRan_ = true; });
-  TaskPtr queued_ = MakeTask("queued", [](RkTask*) {});
-  PackagePtr first_ = MakePackage({done_.get(), running_.get(), waiting_.get()});
-  PackagePtr second_ = MakePackage({queued_.get()});
-  EventPtr event_ = MakeEvent("event", {first_.get(), second_.get()}, [this](RkTask* event) {
-    stateAtCall_ = event->GetState();
-    Succeed(event);
-    ++calls_;
-  });
+  const Job job_{"event",
+                 {{"done", Succeed},
+                  {"running", gate_.Then(Succeed)},
+                  {"waiting", [this](RkTask*) { waitingRan_ = true; }}},
+                 [this](RkTask* event) {
+                   stateAtCall_ = event->GetState();
+                   Succeed(event);
+                   ++calls_;
+                 }};
+  const Job second_{"second", {{"queued", [](RkTask*) {}}}};
+  RkTask* const running_ = job_[1];
+  RkTask* const waiting_ = job_[2];
   RunningPool pool_{2};
 };
 
@@ -54,15 +55,15 @@ TEST_F(Cancelled, WithRemovalTheEventIsForgottenAtOnceAndCalledOnce) {
   blocker_.Open();
   Eventually([this] { return calls_ == 1; });
   EXPECT_EQ(stateAtCall_, kTaskStateCancelled);
-  EXPECT_EQ(event_->GetState(), kTaskStateCancelled);
+  EXPECT_EQ(job_.event->GetState(), kTaskStateCancelled);
   EXPECT_EQ(running_->GetState(), kTaskStateCancelled);
   EXPECT_EQ(waiting_->GetState(), kTaskStateCreated);
-  EXPECT_EQ(queued_->GetState(), kTaskStateCancelled);
+  EXPECT_EQ(second_[0]->GetState(), kTaskStateCancelled);
   gate_.Open();
   Eventually([] { return IdleWorkers() == 2; });
   EXPECT_EQ(running_->GetState(), kTaskStateCancelled);
-  EXPECT_EQ(first_->GetState(), kTaskStateCreated);
-  EXPECT_EQ(first_->GetCurrentIndex(), 1u);
+  EXPECT_EQ(job_.package->GetState(), kTaskStateCreated);
+  EXPECT_EQ(job_.package->GetCurrentIndex(), 1u);
   EXPECT_EQ(calls_, 1);
 
   EXPECT_TRUE(Schedular().IsTaskCancelled("running"));
@@ -75,7 +76,7 @@ TEST_F(Cancelled, WithRemovalTheEventIsForgottenAtOnceAndCalledOnce) {
 TEST_F(Cancelled, WithoutRemovalTheCallWaitsForRunningTasks) {
   StartJob();
   Schedular().CancelEventEx("event", false);
-  Schedular().ScheduleTask(waiting_.get());  // Queued after the cancel, which takes it out.
+  Schedular().ScheduleTask(waiting_);  // Queued after the cancel, which takes it out.
   blocker_.Open();
   Eventually([this] { return running_->GetState() == kTaskStateCancelled; });
   BeQuiet();
@@ -86,7 +87,7 @@ TEST_F(Cancelled, WithoutRemovalTheCallWaitsForRunningTasks) {
   EXPECT_FALSE(waitingRan_);
   EXPECT_EQ(waiting_->GetState(), kTaskStateCancelled);
   EXPECT_EQ(Schedular().GetEventCount(), 1u);
-  EXPECT_EQ(TaskPtr(Schedular().FindEvent("event")).get(), event_.get());
+  EXPECT_EQ(TaskPtr(Schedular().FindEvent("event")).get(), job_.event.get());
 
   Schedular().CancelEventEx("event", false);
   Eventually([this] { return calls_ == 2; });
@@ -168,8 +169,7 @@ TEST(CancelEventOfTask, FindsTheEventOfANestedTask) {
   const TaskPtr leaf = MakeTask("leaf");
   const PackagePtr inner = MakePackage({leaf.get()});
   std::atomic<int> calls{0};
-  const Job job("event", MakePackage({MakeTask("first").get(), inner.get()}),
-                [&calls](RkTask*) { ++calls; });
+  const Job job("event", MakePackage({inner.get()}), [&calls](RkTask*) { ++calls; });
   Schedular().RegisterEvent(job.event.get());
   EXPECT_FALSE(Schedular().CancelEventOfTask("none"));
   EXPECT_FALSE(Schedular().CancelEventOfTask("event"));

@@ -143,10 +143,7 @@ TEST(Pause, AResumeOfAnotherEventLeavesATaskParked) {
 
 // Each of these once could have left it waiting for ever.
 TEST(Pause, EndsWithoutAPausePointWhenTheEventOrTheTaskGoes) {
-  const struct {
-    const char* what;
-    void (*act)(Pausable& event);
-  } endings[] = {
+  const std::pair<const char*, void (*)(Pausable&)> endings[] = {
       {"resume", [](Pausable& event) { event.Resume(); }},
       {"removal", [](Pausable&) { Schedular().RemoveEvent("event"); }},
       {"cancel", [](Pausable&) { Schedular().CancelEvent("event"); }},
@@ -181,21 +178,6 @@ TEST(Pause, EndsWithoutAPausePointWhenTheEventOrTheTaskGoes) {
     event.gate.Open();
     Eventually([] { return IdleWorkers() == 1; });
   }
-}
-
-TEST(Pause, ATaskMayPauseItsOwnEvent) {
-  RunningPool pool(1);
-  std::atomic<bool> paused{false};
-  const Job job("event", {{"task", [&paused](RkTask* self) {
-                             Schedular().PauseEvent("event");
-                             paused = true;
-                             SucceedWhenHeard(self);
-                           }}});
-  job.Add();
-  Eventually([&paused] { return paused.load(); });
-  EXPECT_EQ(Schedular().GetEventCount(), 1u);
-  Schedular().ResumeEvent("event");
-  Eventually([] { return Schedular().GetEventCount() == 0; });
 }
 
 // Two tasks that run, each inside a pause for which the other one counts, and a host on top.

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <map>
-#include <stdexcept>
 
 #include "support/host_job.h"
 
@@ -17,28 +16,25 @@ TEST(Road, PackagesRunSideBySideAndTheirTasksOneAfterTheOther) {
   Gate gate;
   const Body note = log.Note();
   const Body wait = gate.Then(note);
-  const TaskPtr a1 = MakeTask("a1", wait);
-  const TaskPtr a2 = MakeTask("a2", note);
-  const TaskPtr b1 = MakeTask("b1", wait);
-  const TaskPtr b2 = MakeTask("b2", note);
-  const PackagePtr a = MakePackage({a1.get(), a2.get()});
-  const PackagePtr b = MakePackage({b1.get(), b2.get()});
-  for (const PackagePtr* package : {&a, &b}) (*package)->SetFunc(MakeFunc(note).get());
-  a->SetName("a");
-  b->SetName("b");
   uint64_t countAtEnd = 77;
-  const EventPtr event = MakeEvent("event", {a.get(), b.get()}, [&](RkTask* task) {
+  const Body end = [&](RkTask* task) {
     countAtEnd = Schedular().GetEventCount();
     note(task);
-  });
+  };
+  const Job job("event", {{"a1", wait}, {"a2", note}}, end);
+  const Job b("b", {{"b1", wait}, {"b2", note}});
+  job.event->AddPackage(b.package.get());
+  job.package->SetName("a");
+  b.package->SetName("b");
+  for (const Job* of : {&job, &b}) of->package->SetFunc(MakeFunc(note).get());
 
   RunningPool pool(2);
-  Schedular().AddEvent(event.get());
+  job.Add();
   gate.WaitForArrivals(2);
   EXPECT_EQ(Schedular().GetEventCount(), 1u);
-  EXPECT_EQ(a1->GetState(), kTaskStateActive);
-  EXPECT_EQ(a2->GetState(), kTaskStateCreated);
-  EXPECT_EQ(a->GetState(), kTaskStateCreated);
+  EXPECT_EQ(job[0]->GetState(), kTaskStateActive);
+  EXPECT_EQ(job[1]->GetState(), kTaskStateCreated);
+  EXPECT_EQ(job.package->GetState(), kTaskStateCreated);
   gate.Open();
   log.WaitFor("event");
   pool.Stop();
@@ -49,10 +45,10 @@ TEST(Road, PackagesRunSideBySideAndTheirTasksOneAfterTheOther) {
   EXPECT_EQ(entries['b'], "b1 b2 b ");
   EXPECT_EQ(log.Entries().back(), "event");
   EXPECT_EQ(countAtEnd, 0u);
-  for (RkTask* task : {a1.get(), a2.get(), b1.get(), b2.get()}) {
+  for (RkTask* task : {job[0], job[1], b[0], b[1]}) {
     EXPECT_EQ(task->GetState(), kTaskStateSucceeded) << task->GetName();
   }
-  EXPECT_EQ(event->GetState(), kTaskStateSucceeded);
+  EXPECT_EQ(job.event->GetState(), kTaskStateSucceeded);
 }
 
 // By the reports of its tasks: 's' success, 'f' failure.
@@ -111,19 +107,14 @@ TEST(Road, AnEventWithoutPackagesIsInTheRegistryOnly) {
 TEST(Road, APackageWithoutTasksIsRefusedAndLeavesEverythingUsable) {
   RunningPool pool(1);
   std::atomic<bool> ran{false};
-  const TaskPtr task = MakeTask("t", [&ran](RkTask* self) {
+  const Body run = [&ran](RkTask* self) {
     Succeed(self);
     ran = true;
-  });
-  const PackagePtr good = MakePackage({task.get()});
-  const PackagePtr empty(CreateRkTaskPackage());
-  const EventPtr event = MakeEvent("event", {good.get(), empty.get()});
-  try {
-    Schedular().AddEvent(event.get());
-    ADD_FAILURE() << "nothing was thrown";
-  } catch (const std::out_of_range& error) {
-    EXPECT_STREQ(error.what(), "invalid vector<T> subscript");
-  }
+  };
+  const Job job("event", {{"t", run}});
+  job.event->AddPackage(MakePackage({}).get());
+  EXPECT_THAT([&job] { job.Add(); },
+              testing::ThrowsMessage<std::out_of_range>("invalid vector<T> subscript"));
   Eventually([&ran] { return ran.load(); });
   // On a thread of its own: a mutex that was left locked would stop it here.
   Call useAll([] {

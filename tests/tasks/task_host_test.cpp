@@ -16,16 +16,13 @@ DataPtr MakeData(int* released) {
   return data;
 }
 
-TEST(Task, NullsDoNothing) {
+TEST(Task, IsNewWithItsDefaultsAndNullsDoNothing) {
   EXPECT_EQ(DuplicateRkTask(nullptr), nullptr);
   DestroyRkTask(nullptr);
   DuplicateRkTaskData(nullptr);
   DestroyRkTaskData(nullptr);
   DuplicateRkTaskFunc(nullptr);
   DestroyRkTaskFunc(nullptr);
-}
-
-TEST(Task, IsNewWithItsDefaults) {
   const TaskPtr tasks[] = {TaskPtr(CreateRkTask()), TaskPtr(CreateRkTaskPackage()),
                            TaskPtr(CreateRkTaskEvent())};
   for (int32_t type = kTaskTypePlain; type <= kTaskTypeEvent; ++type) {
@@ -40,12 +37,12 @@ TEST(Task, IsNewWithItsDefaults) {
 
 TEST(Task, TakesNamesAsTextAndAsNumbers) {
   const TaskPtr task(CreateRkTask());
-  const std::pair<int64_t, const char*> kNumbers[] = {
+  const std::pair<int64_t, const char*> cases[] = {
       {0, "0"},
       {-12, "-12"},
       {std::numeric_limits<int64_t>::max(), "9223372036854775807"},
       {std::numeric_limits<int64_t>::min(), "-9223372036854775808"}};
-  for (const auto& [number, name] : kNumbers) {
+  for (const auto& [number, name] : cases) {
     task->SetNameNumber(number);
     EXPECT_STREQ(task->GetName(), name);
   }

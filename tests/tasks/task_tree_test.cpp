@@ -1,7 +1,5 @@
 // Steps of packages and of the library's own functions that no host reaches.
-#include <gtest/gtest.h>
-
-#include <stdexcept>
+#include <gmock/gmock.h>
 
 #include "tasks/task_func_impl.h"
 #include "tasks/task_impl.h"
@@ -22,12 +20,8 @@ TEST(TaskPackage, APositionBeyondTheListThrowsAndLeavesTheLockFree) {
   const auto package = Ref<RkTaskPackageImpl>::Adopt(new RkTaskPackageImpl);
   package->AddTask(MakeTask("only").get());
   package->SetCurrentIndex(5);
-  try {
-    package->GetPrevious();
-    FAIL() << "no exception";
-  } catch (const std::out_of_range& error) {
-    EXPECT_STREQ(error.what(), "invalid vector<T> subscript");
-  }
+  EXPECT_THAT([&package] { package->GetPrevious(); },
+              testing::ThrowsMessage<std::out_of_range>("invalid vector<T> subscript"));
   EXPECT_EQ(package->GetNext(), nullptr);
   EXPECT_EQ(package->GetCount(), 1u);
 }
