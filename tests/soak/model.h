@@ -69,18 +69,19 @@ struct TaskModel {
 
 class EventModel : public std::enable_shared_from_this<EventModel> {
  public:
-  static std::shared_ptr<EventModel> Make(Kind kind, const std::string& name,
-                                          std::mt19937_64& random) {
-    std::shared_ptr<EventModel> model(new EventModel(kind, name));
-    model->Build(random);
-    return model;
+  EventModel(Kind theKind, std::string theName) : kind(theKind), name(std::move(theName)) {}
+
+  // Makes its packages and tasks, which hold the model.
+  void Build(std::mt19937_64& random) {
+    event_->SetName(name.c_str());
+    event_->SetFunc(MakeFunc([this](RkTask* task) { RunEvent(task); }));
+    const int packages = Number(random, 1, 5);
+    for (int i = 0; i < packages; ++i) BuildPackage(random);
   }
 
-  Kind kind() const { return kind_; }
-  const std::string& name() const { return name_; }
   RkTask* task() const { return event_; }
   std::string SomeTaskName(std::mt19937_64& random) {
-    return name_ + " task " + std::to_string(1 + random() % lastTask_);
+    return name + " task " + std::to_string(1 + random() % lastTask_);
   }
 
   // Inserts a new task after any other one, as the scheduler finds it by name.
@@ -104,17 +105,11 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
   // Looks up a task of the event, from any thread.
   void AskAround(const std::string& taskName) const {
     const tmv::Task event = tmv::Task::Adopt(Schedular().FindEventOfTask(taskName.c_str()));
-    if (event && name_ != event->GetName()) Broken("FindEventOfTask returned another event");
+    if (event && name != event->GetName()) Broken("FindEventOfTask returned another event");
     const auto package = tmv::Package::Adopt(Schedular().FindPackageOfTask(taskName.c_str()));
     const tmv::Task owner = tmv::Task::Adopt(Schedular().FindEventOfPackage(package));
-    if (owner && name_ != owner->GetName()) Broken("FindEventOfPackage returned another event");
+    if (owner && name != owner->GetName()) Broken("FindEventOfPackage returned another event");
   }
-
-  bool WasCalled() const { return calls_ > 0; }
-  int Inside() const { return inside_; }
-  // From now on its tasks do nothing when they start.
-  void Close() { closed_ = true; }
-  int64_t Starts() const { return starts_; }
 
   // Sets paused tasks active: those whose event has left the registry can't be resumed.
   void FreeParkedTasks() {
@@ -133,6 +128,13 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     event_.Reset();
   }
 
+  const Kind kind;
+  const std::string name;
+  std::atomic<int> calls{0};        // Of its function.
+  std::atomic<int> inside{0};       // Tasks that run.
+  std::atomic<bool> closed{false};  // Its tasks do nothing from now on when they start.
+  std::atomic<int64_t> starts{0};   // Of its tasks.
+
  private:
   struct PackageModel {
     std::mutex mutex;
@@ -150,16 +152,6 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     std::function<void(RkTask*)> run;
   };
 
-  EventModel(Kind kind, std::string name)
-      : kind_(kind), name_(std::move(name)), event_(tmv::Event::Adopt(CreateRkTaskEvent())) {}
-
-  void Build(std::mt19937_64& random) {
-    event_->SetName(name_.c_str());
-    event_->SetFunc(MakeFunc([this](RkTask* task) { RunEvent(task); }));
-    const int packages = Number(random, 1, 5);
-    for (int i = 0; i < packages; ++i) BuildPackage(random);
-  }
-
   void BuildPackage(std::mt19937_64& random) {
     const size_t index = packages_.size();
     PackageModel& model = *packages_.emplace_back(std::make_unique<PackageModel>());
@@ -175,9 +167,9 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
       task->result = Chance(random, 20) ? kTaskStateFailed : kTaskStateSucceeded;
       task->pausePoints = Number(random, 0, 4);
       task->sleepMicroseconds = Chance(random, 30) ? Number(random, 1, 300) : 0;
-      task->insertsNext = kind_ != Kind::kWild && Chance(random, 15);
-      task->silent = kind_ != Kind::kPlain && Chance(random, 5);
-      task->cancelsItself = kind_ == Kind::kCancelled && Chance(random, 5);
+      task->insertsNext = kind != Kind::kWild && Chance(random, 15);
+      task->silent = kind != Kind::kPlain && Chance(random, 5);
+      task->cancelsItself = kind == Kind::kCancelled && Chance(random, 5);
       task->asks = Chance(random, 25);
       task->pausesItsEvent = Chance(random, 4);
       task->pausesAnother = Chance(random, 4);
@@ -193,7 +185,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
     package.tasks.push_back(std::make_unique<TaskModel>());
     TaskModel* const task = package.tasks.back().get();
     task->package = index;
-    task->name = name_ + " task " + std::to_string(++lastTask_);
+    task->name = name + " task " + std::to_string(++lastTask_);
     return task;
   }
 
@@ -241,12 +233,12 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
   }
 
   void RunTask(TaskModel& model, RkTask* task) {
-    ++inside_;
-    if (!closed_) {
+    ++inside;
+    if (!closed) {
       Start(model);
       Work(model, task);
     }
-    --inside_;
+    --inside;
   }
 
   void RunPackage(PackageModel& package, RkTask* task) {
@@ -261,16 +253,16 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
   }
 
   void RunEvent(RkTask* task) {
-    const int calls = ++calls_;
-    if (kind_ == Kind::kPlain) {
-      if (calls != 1) Broken("its function was called twice");
+    const int call = ++calls;
+    if (kind == Kind::kPlain) {
+      if (call != 1) Broken("its function was called twice");
       CheckEnd(task);
     }
     task->ReportState(task, kTaskStateSucceeded);
   }
 
   void Start(TaskModel& model) {
-    ++starts_;
+    ++starts;
     ++startedTasks;
     const int runs = ++model.starts;
     if (!IsChecked()) return;
@@ -296,7 +288,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
       std::this_thread::sleep_for(std::chrono::microseconds(model.sleepMicroseconds));
     }
     if (model.asks) AskAround(model.name);
-    if (model.pausesItsEvent) Schedular().PauseEvent(name_.c_str());
+    if (model.pausesItsEvent) Schedular().PauseEvent(name.c_str());
     if (model.pausesAnother) Schedular().PauseEvent(someEvent().c_str());
     if (model.cancelsItself) Schedular().CancelEventOfTask(model.name.c_str());
     if (model.insertsNext) InsertNext(model, task);
@@ -319,7 +311,7 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
       if (state != kTaskStateActive && state != kTaskStatePaused) break;
       if (!tmv::Task::Adopt(Schedular().FindEventOfTask(model.name.c_str()))) break;
     }
-    if (kind_ == Kind::kPlain && task->GetState() != model.result) {
+    if (kind == Kind::kPlain && task->GetState() != model.result) {
       Broken(model.name + " reported and has the state " + std::to_string(task->GetState()));
     }
   }
@@ -338,27 +330,21 @@ class EventModel : public std::enable_shared_from_this<EventModel> {
       }
     }
     if (!stateSeen) Broken("it ended in a state of none of its packages");
-    if (tmv::Task::Adopt(Schedular().FindEvent(name_.c_str()))) {
+    if (tmv::Task::Adopt(Schedular().FindEvent(name.c_str()))) {
       Broken("it ended and is registered still");
     }
   }
 
-  bool IsChecked() const { return kind_ != Kind::kWild; }
-  [[noreturn]] void Broken(const std::string& what) const { Fail("event " + name_ + ": " + what); }
+  bool IsChecked() const { return kind != Kind::kWild; }
+  [[noreturn]] void Broken(const std::string& what) const { Fail("event " + name + ": " + what); }
 
-  const Kind kind_;
-  const std::string name_;
   std::vector<std::unique_ptr<PackageModel>> packages_;
-  std::atomic<int> calls_{0};
-  std::atomic<int> inside_{0};
-  std::atomic<bool> closed_{false};
-  std::atomic<int64_t> starts_{0};
   std::atomic<uint64_t> lastTask_{0};
 
   std::mutex ownersMutex_;
   std::vector<tmv::Task> owners_;  // The references of the host, inserted tasks too.
   bool letGo_ = false;             // Another driver may still insert a task.
-  tmv::Event event_;
+  tmv::Event event_ = tmv::Event::Adopt(CreateRkTaskEvent());
 };
 
 }  // namespace soak

@@ -40,7 +40,7 @@ class Driver {
   // Ends what Run left to Stop. Only after Stop.
   void LetGo() {
     if (current_ == nullptr) return;
-    Schedular().RemoveEvent(current_->name().c_str());
+    Schedular().RemoveEvent(current_->name.c_str());
     current_->LetGo();
     current_ = nullptr;
   }
@@ -64,7 +64,8 @@ class Driver {
   void RunEvent() {
     const auto kind = static_cast<Kind>(random_() % 5);
     const std::string name = "event " + std::to_string(index_) + "." + std::to_string(++lastEvent_);
-    const std::shared_ptr<EventModel> event = EventModel::Make(kind, name, random_);
+    const auto event = std::make_shared<EventModel>(kind, name);
+    event->Build(random_);
     Schedular().AddEvent(event->task());
     Publish(event);
     endRequested_ = false;
@@ -72,12 +73,13 @@ class Driver {
     while (!HasEnded(*event)) {
       DoAnything();
       FreeIfGone(*event);
-      if (kind != Kind::kPlain && !endRequested_ && random_() % 20 == 0) EndIt(*event);
       const auto now = std::chrono::steady_clock::now();
-      if (kind == Kind::kPlain && stage_.cutOff && now > stage_.end) return;
-      if (kind != Kind::kPlain && now > stage_.end) {
-        EndIt(*event);
-        Nap(2000);
+      const bool isLate = now > stage_.end;
+      if (kind == Kind::kPlain && stage_.cutOff && isLate) return;
+      if (kind != Kind::kPlain && (isLate || (!endRequested_ && random_() % 20 == 0))) {
+        endRequested_ = true;
+        CancelOrRemove(*event);
+        if (isLate) Nap(2000);
       }
       if (now > std::max(deadline, stage_.end + std::chrono::seconds(30))) {
         Fail(name + " doesn't end");
@@ -89,22 +91,17 @@ class Driver {
 
   // A cancelled event's function is called, by the cancel or by the end that came before it.
   bool HasEnded(const EventModel& event) const {
-    if (event.kind() == Kind::kPlain) return event.WasCalled();
-    if (event.kind() == Kind::kRemoved) return endRequested_;
-    return endRequested_ && event.WasCalled();
+    if (event.kind == Kind::kPlain) return event.calls > 0;
+    if (event.kind == Kind::kRemoved) return endRequested_;
+    return endRequested_ && event.calls > 0;
   }
 
   // A task that is parked when its event leaves the registry can't be resumed any more. It would
   // keep its worker, which the cancel may need.
   void FreeIfGone(EventModel& event) {
-    if (tmv::Task::Adopt(Schedular().FindEvent(event.name().c_str()))) return;
+    if (tmv::Task::Adopt(Schedular().FindEvent(event.name.c_str()))) return;
     event.FreeParkedTasks();
     Schedular().ResumeEvent(stage_.bell->GetName());
-  }
-
-  void EndIt(EventModel& event) {
-    endRequested_ = true;
-    CancelOrRemove(event);
   }
 
   void DoAnything() {
@@ -122,12 +119,12 @@ class Driver {
         if (event.get() != current_.get() && random_() % 10 == 0) CancelOrRemove(*event);
         return;
       case 3:
-        if (event->kind() == Kind::kCancelled && random_() % 10 == 0) {
+        if (event->kind == Kind::kCancelled && random_() % 10 == 0) {
           Schedular().CancelEventOfTask(event->SomeTaskName(random_).c_str());
         }
         return;
       case 4:
-        if (event->kind() == Kind::kWild) event->InsertAnywhere(random_);
+        if (event->kind == Kind::kWild) event->InsertAnywhere(random_);
         return;
       case 5:
       case 6:
@@ -141,50 +138,50 @@ class Driver {
   }
 
   void PauseAWhile(EventModel& event) {
-    Schedular().PauseEvent(event.name().c_str());
+    Schedular().PauseEvent(event.name.c_str());
     Nap(1000);
-    Schedular().ResumeEvent(event.name().c_str());
+    Schedular().ResumeEvent(event.name.c_str());
   }
 
   void CancelOrRemove(EventModel& event) {
-    const char* const name = event.name().c_str();
-    if (event.kind() == Kind::kRemoved) Schedular().RemoveEvent(name);
-    if (event.kind() == Kind::kCancelled) Schedular().CancelEvent(name);
-    if (event.kind() == Kind::kKept || event.kind() == Kind::kWild) {
+    const char* const name = event.name.c_str();
+    if (event.kind == Kind::kRemoved) Schedular().RemoveEvent(name);
+    if (event.kind == Kind::kCancelled) Schedular().CancelEvent(name);
+    if (event.kind == Kind::kKept || event.kind == Kind::kWild) {
       Schedular().CancelEventEx(name, false);
     }
   }
 
   void Ask(EventModel& event) {
-    const tmv::Task found = tmv::Task::Adopt(Schedular().FindEvent(event.name().c_str()));
+    const tmv::Task found = tmv::Task::Adopt(Schedular().FindEvent(event.name.c_str()));
     if (found) {
-      if (event.name() != found->GetName()) Fail("FindEvent returned another event");
+      if (event.name != found->GetName()) Fail("FindEvent returned another event");
       for (RkTask* task : tmv::TaskList(Schedular().ListCurrentTasks(found))) {
         const std::string name = task->GetName();
-        if (!name.starts_with(event.name())) Fail("a foreign current task");
+        if (!name.starts_with(event.name)) Fail("a foreign current task");
       }
     }
     uint32_t count = 0;
-    const tmv::TaskList running(TmvTaskPool()->ListRunning(event.name().c_str(), count));
+    const tmv::TaskList running(TmvTaskPool()->ListRunning(event.name.c_str(), count));
     const auto length = static_cast<uint32_t>(std::distance(running.begin(), running.end()));
     if (length != count) Fail("ListRunning miscounted");
     const std::string task = event.SomeTaskName(random_);
     const bool cancelled = Schedular().IsTaskCancelled(task.c_str());
-    if (cancelled && event.kind() == Kind::kPlain) Fail(task + " reads as cancelled");
+    if (cancelled && event.kind == Kind::kPlain) Fail(task + " reads as cancelled");
     if (Schedular().GetEventCount() < 1) Fail("the registry lost an event");
   }
 
   // Waits until nothing of the event can run any more, and drops it.
   void Settle(EventModel& event) {
-    Schedular().RemoveEvent(event.name().c_str());
+    Schedular().RemoveEvent(event.name.c_str());
     int64_t starts = 0;
     do {
-      starts = event.Starts();
+      starts = event.starts;
       AwaitQueue(event);
-    } while (event.Inside() > 0 || event.Starts() != starts);
+    } while (event.inside > 0 || event.starts != starts);
     // A worker may hold a task that it hasn't begun. It must not park: nobody would free it.
-    event.Close();
-    while (event.Inside() > 0) FreeIfGone(event);
+    event.closed = true;
+    while (event.inside > 0) FreeIfGone(event);
     event.LetGo();
   }
 
@@ -193,7 +190,7 @@ class Driver {
     std::shared_ptr<int> token = std::make_shared<int>();
     const std::weak_ptr<int> life = token;
     TmvTaskPool()->AddFunc(tmv::MakeFunc([token = std::move(token)] {}));
-    while (!life.expired() || event.Inside() > 0) {
+    while (!life.expired() || event.inside > 0) {
       FreeIfGone(event);
       Nap(300);
     }
@@ -236,7 +233,7 @@ void ResumeNowAndThen(Stage& stage, const std::atomic<bool>& stopped) {
   while (!stopped) {
     for (Driver& driver : stage.drivers) {
       const std::shared_ptr<EventModel> event = driver.Current();
-      if (event != nullptr) Schedular().ResumeEvent(event->name().c_str());
+      if (event != nullptr) Schedular().ResumeEvent(event->name.c_str());
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
@@ -259,7 +256,7 @@ int main(int argc, char** argv) {
   std::atomic<size_t> turn{0};
   someEvent = [&stage, &turn] {
     const auto event = stage.drivers[turn++ % stage.drivers.size()].Current();
-    return event == nullptr ? std::string() : event->name();
+    return event == nullptr ? std::string() : event->name;
   };
 
   std::atomic<bool> stopped{false};
