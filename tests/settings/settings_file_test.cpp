@@ -12,16 +12,12 @@ TEMVAR_IN_A_PLAIN_PLACE(SettingsFile);
 class SettingsPlace : public SettingsTest {};
 TEMVAR_IN_EVERY_PLACE(SettingsPlace);
 
-struct Text {
-  std::string_view text;
-  std::string_view compact;  // what it is when it is written back
-};
-
 std::string Nested(size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); }
 
 TEST_P(SettingsFile, TakesValidTexts) {
   const std::string deep = Nested(500);
-  const Text table[] = {
+  // A text, and what it is when it is written back.
+  const std::pair<std::string_view, std::string_view> table[] = {
       // Structure and white space.
       {"{}", "{}"},
       {"[]", "[]"},
@@ -52,10 +48,10 @@ TEST_P(SettingsFile, TakesValidTexts) {
       // A NUL ends the text.
       {std::string_view("{\"a\":1}\0{\"b\":", 12), "{\"a\":1}"},
   };
-  for (const Text& row : table) {
-    TMVUserDefaults* store = Load(row.text);
-    EXPECT_TRUE(store->IsLoaded()) << row.text;
-    EXPECT_EQ(Compact(store), row.compact) << row.text;
+  for (const auto& [text, compact] : table) {
+    TMVUserDefaults* store = Load(text);
+    EXPECT_TRUE(store->IsLoaded()) << text;
+    EXPECT_EQ(Compact(store), compact) << text;
   }
 }
 

@@ -11,18 +11,11 @@ using namespace test;
 TMVUtilityString* const text = TmvUtilityString();
 
 // The result of a call and what it printed on standard output.
-struct Heard {
-  std::string result;
-  std::string printed;
-};
-
 template <typename Call>
-Heard Listen(Call call) {
+std::pair<std::string, std::string> Listen(Call call) {
   testing::internal::CaptureStdout();
-  Heard heard;
-  heard.result = Take(call());
-  heard.printed = testing::internal::GetCapturedStdout();
-  return heard;
+  const std::string result = Take(call());
+  return {result, testing::internal::GetCapturedStdout()};
 }
 
 using DigestTest = WorkFolderTest;
@@ -45,9 +38,9 @@ TEST_P(DigestTest, Md5OfKnownTexts) {
   const std::string path = Path("file \xCE\xB1.bin");
   for (const auto& [bytes, digest] : cases) {
     PutFile("file \xCE\xB1.bin", bytes);
-    const Heard heard = Listen([&] { return text->Md5OfFile(path.c_str()); });
-    EXPECT_EQ(heard.result, digest);
-    EXPECT_EQ(heard.printed, "MD5 hash of file " + path + " is: " + digest + "\n");
+    const auto [result, printed] = Listen([&] { return text->Md5OfFile(path.c_str()); });
+    EXPECT_EQ(result, digest);
+    EXPECT_EQ(printed, "MD5 hash of file " + path + " is: " + digest + "\n");
   }
 }
 
@@ -62,9 +55,9 @@ TEST_P(DigestTest, Md5OfWhatCannotBeOpened) {
   };
   for (const auto& [path, line] : cases) {
     const char* const bad = path;
-    const Heard heard = Listen([bad] { return text->Md5OfFile(bad); });
-    EXPECT_EQ(heard.result, "");
-    EXPECT_EQ(heard.printed, "Error opening file " + line);
+    const auto [result, printed] = Listen([bad] { return text->Md5OfFile(bad); });
+    EXPECT_EQ(result, "");
+    EXPECT_EQ(printed, "Error opening file " + line);
   }
 }
 
@@ -80,9 +73,8 @@ TEST(Digest, Sha1OfKnownTexts) {
       {"\xFF\x80", "2f52fa98aee1519d88a09e5019f4186aa4ba767a"},
   };
   for (const auto& [bytes, digest] : cases) {
-    const Heard heard = Listen([&input = bytes] { return text->Sha1OfString(input.c_str()); });
-    EXPECT_EQ(heard.result, digest);
-    EXPECT_EQ(heard.printed, "");
+    const auto heard = Listen([&input = bytes] { return text->Sha1OfString(input.c_str()); });
+    EXPECT_EQ(heard, std::pair(std::string(digest), std::string()));
   }
   EXPECT_EQ(text->Sha1OfString(nullptr), nullptr);
 }

@@ -1,6 +1,5 @@
 // File times from text.
 #include <chrono>
-#include <cstdint>
 #include <cstdio>
 #include <ctime>
 #include <iomanip>

@@ -75,26 +75,20 @@ TEST_P(FileTreesTest, GoesByTheCurrentFolderAndDeletesItForNoPath) {
   fs::current_path(Folder().root_path());
 }
 
-TEST_P(FileTreesTest, CopyBecomesTheDestinationOrGoesIntoIt) {
+TEST_P(FileTreesTest, CopyBecomesTheDestinationOrGoesIntoItOrOverWhatIsThere) {
   if (IsBeyondTheShell()) GTEST_SKIP() << kShellLimit;
   MakeTree();
   EXPECT_TRUE(Copy("tree", "copy"));
   ExpectTreeAt("copy");
   EXPECT_TRUE(Copy("tree", "copy")) << "into the directory that exists now";
   ExpectTreeAt("copy/tree");
+  PutFile("copy/tree/sub/b.txt", "something older and longer");
+  PutFile("copy/tree/sub/stays.txt", "stays");
+  EXPECT_TRUE(Copy("tree", "copy")) << "over files, and together with what else is there";
+  ExpectTreeAt("copy/tree");
+  EXPECT_EQ(GetFile("copy/tree/sub/stays.txt"), "stays");
   ExpectTreeAt("tree");
   EXPECT_FALSE(Copy("missing", "copy"));
-}
-
-TEST_P(FileTreesTest, CopyReplacesFilesAndMergesDirectories) {
-  if (IsBeyondTheShell()) GTEST_SKIP() << kShellLimit;
-  MakeTree();
-  MakeFolder("target/tree/sub");
-  PutFile("target/tree/sub/b.txt", "something older and longer");
-  PutFile("target/tree/sub/stays.txt", "stays");
-  EXPECT_TRUE(Copy("tree", "target"));
-  ExpectTreeAt("target/tree");
-  EXPECT_EQ(GetFile("target/tree/sub/stays.txt"), "stays");
 }
 
 TEST_P(FileTreesTest, CopiesSingleFiles) {

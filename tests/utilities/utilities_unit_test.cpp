@@ -1,8 +1,9 @@
+// Identifiers, and the size of formatted texts: where numbers wrap that no host waits for.
 #include <gmock/gmock.h>
 #include <temvar/utility_app.h>
 
 #include <algorithm>
-#include <cstdint>
+#include <climits>
 #include <cstdlib>
 #include <ctime>
 #include <limits>
@@ -11,6 +12,7 @@
 
 #include "support/take.h"
 #include "utilities/application/identifier_state.h"
+#include "utilities/string/text.h"
 
 namespace {
 
@@ -81,17 +83,25 @@ TEST(Identifiers, UniqueOnManyThreads) {
 }
 
 // Where the numbers wrap, which no host waits for.
-TEST(Identifiers, CounterGoesBackToZeroBeforeTheLargestNumber) {
+TEST(Identifiers, CounterGoesBackToZeroBeforeTheLargestNumberAndSerialWraps) {
   temvar::GetIdentifierState().counter = std::numeric_limits<int32_t>::max() - 2;
   for (const int64_t counter : {2147483646, 0, 1}) {
     EXPECT_EQ(app->NewUniqueId() % kFactor, counter);
   }
-}
-
-TEST(Identifiers, SerialWrapsIn32Bits) {
   temvar::GetIdentifierState().serial = std::numeric_limits<int32_t>::max() - 2;
   EXPECT_EQ(app->NextSerial(), std::numeric_limits<int32_t>::max());
   EXPECT_EQ(app->NextSerial(), std::numeric_limits<int32_t>::min() + 1);
+}
+
+// No runtime can be relied on to format this much: the size by itself.
+TEST(FormatBlock, LongestTextNeverWrapsAround) {
+  EXPECT_EQ(temvar::FormatBlockUnits<char>(0), 2u);
+  EXPECT_EQ(temvar::FormatBlockUnits<TmvWideChar>(INT_MAX), size_t{1} << 31);
+  if (sizeof(size_t) == 4) {
+    EXPECT_THROW(temvar::FormatBlockUnits<char>(INT_MAX), std::bad_alloc);
+  } else {
+    EXPECT_EQ(temvar::FormatBlockUnits<char>(INT_MAX), uint64_t{1} << 32);
+  }
 }
 
 }  // namespace
