@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
-
-#include <memory>
+#include <temvar/handles.h>
 
 #include "support/manifest_builder.h"
 #include "support/take.h"
-#include "temvar/temvar.h"
 
 namespace {
 
@@ -18,8 +16,7 @@ class ManifestLookup : public testing::Test {
 
   std::string Value(const char* name) { return Take(manifest_->GetAttributeValue(name)); }
 
-  const std::unique_ptr<TMVAndroidManifest, decltype(&DestroyTmvAndroidManifest)> manifest_{
-      CreateTmvAndroidManifest(), &DestroyTmvAndroidManifest};
+  const tmv::Manifest manifest_ = tmv::MakeManifest();
 };
 
 Bytes Example() {

@@ -17,9 +17,9 @@ using namespace test;
 // The decoder's text. The bytes stand in a block of their own size, for the sanitizers.
 std::string Decode(const Bytes& document) {
   const Bytes exact(document);
+  const temvar::BinaryXml xml(exact.data(), static_cast<int32_t>(exact.size()));
   std::string text;
-  temvar::AppendManifestText(temvar::BinaryXml(exact.data(), static_cast<int32_t>(exact.size())),
-                             text);
+  temvar::AppendManifestText(xml, text);
   return text;
 }
 

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
-#include <string>
 #include <thread>
 
 #include "frame/lock_impl.h"
@@ -72,13 +71,11 @@ TEST(Subject, CallsItsObserversInOrderUntilOneThrows) {
 
 bool Throw() { throw std::runtime_error("no memory for the test"); }
 
-TEST(EventCount, ATestThatThrowsLeavesNoWaiter) {
+TEST(Waits, ATestThatThrowsLeavesNoWaiterAndTheMutexToItsGuard) {
   EventCount count;
   EXPECT_THROW(count.Await(Throw), std::runtime_error);
   EXPECT_FALSE(count.HasWaiters());
-}
 
-TEST(Condition, APredicateThatThrowsLeavesTheMutexToItsGuard) {
   Mutex mutex;
   Condition condition;
   const auto wait = [&] {

@@ -15,12 +15,15 @@ using test::CountThreads;
 class LoadedLibrary {
  public:
   LoadedLibrary() {
-    tmv::Load(
-        [this](const char* name) { return reinterpret_cast<void*>(library_.Get<void()>(name)); });
+    tmv::Load([this](const char* name) { return test::Find(library_, name); });
   }
 
+  ~LoadedLibrary() { EXPECT_TRUE(test::Unload(library_)); }
+  LoadedLibrary(const LoadedLibrary&) = delete;
+  LoadedLibrary& operator=(const LoadedLibrary&) = delete;
+
  private:
-  const test::DynamicLibrary library_{TEMVAR_LIBRARY_FILE};
+  void* const library_ = test::Load(TEMVAR_LIBRARY_FILE);
 };
 
 // Must be the first use of the process, which it is under CTest.

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <temvar/temvar.h>
 
-#include <cstdint>
 #include <cstring>
 #include <typeinfo>
 #include <vector>

@@ -44,8 +44,8 @@ std::filesystem::path ProgramFolder() {
 ChildEnd RunChild(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                   const std::filesystem::path& output, std::chrono::seconds patience) {
   const auto start = Clock::now();
-  const pid_t child =
-      Start(program.string(), arguments, output.empty() ? "/dev/null" : output.string());
+  const std::string sink = output.empty() ? "/dev/null" : output.string();
+  const pid_t child = Start(program.string(), arguments, sink);
   ChildEnd end;
   int status = 0;
   while (waitpid(child, &status, WNOHANG) == 0) {

@@ -75,29 +75,6 @@ inline std::size_t CountHandles() { return CountEntries("/proc/self/fd"); }
 
 #endif
 
-// A library that is loaded for the life of the object.
-class DynamicLibrary {
- public:
-  explicit DynamicLibrary(const char* file) : handle_(Load(file)) {
-    EXPECT_NE(handle_, nullptr) << file;
-  }
-
-  ~DynamicLibrary() { EXPECT_TRUE(Unload(handle_)); }
-  DynamicLibrary(const DynamicLibrary&) = delete;
-  DynamicLibrary& operator=(const DynamicLibrary&) = delete;
-
-  // The exported function of this name; fails the test if there is none.
-  template <typename Function>
-  Function* Get(const char* name) const {
-    void* const function = Find(handle_, name);
-    EXPECT_NE(function, nullptr) << name;
-    return reinterpret_cast<Function*>(function);
-  }
-
- private:
-  void* const handle_;
-};
-
 }  // namespace test
 
 #endif  // TEMVAR_TESTS_SUPPORT_DYNAMIC_LIBRARY_H_
