@@ -1,17 +1,78 @@
-// What the stand-in makes of the environment and of loaded modules. Built where it is used only.
+// What the stand-in makes of paths, files, the environment and loaded modules: paths become those
+// of the kernel, and nothing is inherited. Built where it is used only.
 #include <dlfcn.h>
+#include <fcntl.h>
 
+#include <climits>
 #include <cstdlib>
 
+#include "platform/posix/files/file_handle.h"
+#include "platform/posix/files/narrow_path.h"
 #include "platform/win32.h"
 #include "support/take.h"
 #include "support/work_folder.h"
-#include "temvar/utility_app.h"
-#include "temvar/utility_sys.h"
+#include "temvar/temvar.h"
 
 namespace {
 
 using namespace test;
+using temvar::posix::NarrowPath;
+
+TEST(NarrowPath, DropsTheDriveAndRefusesWhatItCannotSayWhole) {
+  const std::u16string longest(PATH_MAX - 1, u'a');
+  const std::string narrow(PATH_MAX - 1, 'a');
+  const std::tuple<std::u16string, const char*, DWORD> cases[] = {
+      {u"C:\\dir\\ä漢😀", "/dir/ä漢😀", 0},
+      {u"C:file", "file", 0},
+      {u"1:x", "1:x", 0},
+      {longest, narrow.c_str(), 0},
+      {u"C:", nullptr, ERROR_PATH_NOT_FOUND},
+      {longest + u'a', nullptr, ERROR_FILENAME_EXCED_RANGE},
+      {std::u16string(PATH_MAX / 2, u'ä'), nullptr, ERROR_FILENAME_EXCED_RANGE},
+      {u"half \xD83D pair", nullptr, ERROR_INVALID_NAME},
+  };
+  for (const auto& [wide, expected, error] : cases) {
+    const NarrowPath path(wide.c_str());
+    ASSERT_EQ(path.ok(), expected != nullptr);
+    if (path.ok()) {
+      EXPECT_STREQ(path.c_str(), expected);
+    } else {
+      EXPECT_EQ(GetLastError(), error);
+    }
+  }
+}
+
+class FilesPosixTest : public WorkFolderTest {
+ protected:
+  std::u16string Wide(std::string_view name) const { return FilePath(name).u16string(); }
+};
+TEMVAR_IN_EVERY_PLACE(FilesPosixTest);
+
+TEST_P(FilesPosixTest, ChildrenInheritNothing) {
+  FILE* const stream = _wfopen(Wide("f").c_str(), u"wb");
+  ASSERT_NE(stream, nullptr);
+  EXPECT_NE(fcntl(fileno(stream), F_GETFD) & FD_CLOEXEC, 0);
+  std::fclose(stream);
+  const HANDLE file =
+      CreateFileW(Wide("f").c_str(), GENERIC_READ, 1, nullptr, OPEN_EXISTING, 0, nullptr);
+  const int descriptor = temvar::posix::DescriptorOfHandle(file);
+  EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
+  CloseHandle(file);
+  WIN32_FIND_DATAW data;
+  const HANDLE find = FindFirstFileW(Wide("*").c_str(), &data);
+  EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0) << "the lowest number is taken again";
+  FindClose(find);
+  EXPECT_EQ(fcntl(descriptor, F_GETFD), -1);
+}
+
+TEST_P(FilesPosixTest, FilesThatHaveNoSizeAreReadWhole) {
+  ASSERT_TRUE(CopyFileW(u"/proc/version", Wide("version").c_str(), FALSE));
+  BinaryDataResult result;
+  ASSERT_TRUE(TmvUtilityFile()->ReadWholeFile(&result, "/proc/version"));
+  EXPECT_EQ(std::string(result.Data, result.Size), GetFile("version"));
+  EXPECT_GT(result.Size, 10u);
+  FreeBinayDataResult(&result);
+}
 
 std::string WithBackslashes(std::string path) {
   for (char& c : path) {
