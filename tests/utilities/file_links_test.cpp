@@ -8,11 +8,7 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <string>
 
 #include "support/work_folder.h"
 #include "temvar/temvar.h"
@@ -22,15 +18,15 @@ namespace {
 using namespace test;
 namespace fs = std::filesystem;
 
+TMVUtilityFile* const files = TmvUtilityFile();
+
 class FileLinksTest : public WorkFolderTest {
  protected:
   void LinkTo(const std::string& target, const std::string& name) {
     fs::create_symlink(target, FilePath(name));
   }
 
-  uint64_t SizeOf(const std::string& name) {
-    return TmvUtilityFile()->DirectorySize(Path(name).c_str(), 0);
-  }
+  uint64_t SizeOf(const std::string& name) { return files->DirectorySize(Path(name).c_str(), 0); }
 };
 TEMVAR_IN_EVERY_PLACE(FileLinksTest);
 
@@ -82,10 +78,8 @@ TEST_P(FileLinksTest, SizeComesToAnEndWhereLinksLeadBack) {
   for (int from = 0; from < 20; ++from) {
     MakeFolder("net/" + std::to_string(from));
     for (int to = 0; to < 20; ++to) {
-      if (to != from) {
-        LinkTo("../" + std::to_string(to),
-               "net/" + std::to_string(from) + "/" + std::to_string(to));
-      }
+      if (to == from) continue;
+      LinkTo("../" + std::to_string(to), "net/" + std::to_string(from) + "/" + std::to_string(to));
     }
   }
   PutFile("net/0/file", "1");
@@ -94,7 +88,6 @@ TEST_P(FileLinksTest, SizeComesToAnEndWhereLinksLeadBack) {
 
 // More levels than a process may have files open.
 TEST(DeepTrees, AreMadeSummedUpCopiedAndDeleted) {
-  TMVUtilityFile* const files = TmvUtilityFile();
   const std::string top = fs::temp_directory_path().string() + "/temvar-deep";
   files->DeleteDirectoryTree(top.c_str());
   std::string deep = top + "/tree";
@@ -115,13 +108,13 @@ TEST_P(FileLinksTest, DeletingATreeLeavesWhatItsLinksLeadTo) {
   LinkTo("../outside", "tree/folder link");
   LinkTo("../outside/file", "tree/file link");
   LinkTo(".", "tree/self");
-  EXPECT_TRUE(TmvUtilityFile()->DeleteDirectoryTree(Path("tree").c_str()));
+  EXPECT_TRUE(files->DeleteDirectoryTree(Path("tree").c_str()));
   EXPECT_FALSE(Exists("tree"));
   EXPECT_EQ(GetFile("outside/file"), "kept");
 
   for (const char* ending : {"", "\\", "/", "//", "/.", "/sub/..", "\\.\\"}) {
     LinkTo("outside", "link");
-    EXPECT_TRUE(TmvUtilityFile()->DeleteDirectoryTree((Path("link") + ending).c_str()));
+    EXPECT_TRUE(files->DeleteDirectoryTree((Path("link") + ending).c_str()));
     EXPECT_FALSE(Exists("link"));
     EXPECT_EQ(GetFile("outside/file"), "kept") << ending;
   }
@@ -141,7 +134,7 @@ TEST_P(FileLinksTest, CopyingATreeTwiceCopiesLinksTimesAndRights) {
   }
   fs::permissions(Folder(), fs::perms::all);
   const std::string from = Path("tree"), to = Path("copies");
-  const auto copy = [&] { return TmvUtilityFile()->CopyDirectoryTree(from.c_str(), to.c_str()); };
+  const auto copy = [&] { return files->CopyDirectoryTree(from.c_str(), to.c_str()); };
   MakeFolder("copies");
   if (geteuid() == 0) {
     ASSERT_EQ(system(("chown -R -h 65534 '" + Folder().string() + "'").c_str()), 0);
@@ -166,12 +159,12 @@ TEST_P(FileLinksTest, ForeignLocksAndIdlePipesStopNobody) {
   PutFile("file", "content");
   const int foreign = open(FilePath("file").c_str(), O_RDWR);
   ASSERT_EQ(flock(foreign, LOCK_EX), 0);
-  EXPECT_EQ(TmvUtilityFile()->FileContainsText(Path("file").c_str(), "content"), 1);
-  EXPECT_TRUE(TmvUtilityFile()->SetFileTimestamp(Path("file").c_str(), "2024-01-31 17:05:09"));
+  EXPECT_EQ(files->FileContainsText(Path("file").c_str(), "content"), 1);
+  EXPECT_TRUE(files->SetFileTimestamp(Path("file").c_str(), "2024-01-31 17:05:09"));
   close(foreign);
   ASSERT_EQ(mkfifo(FilePath("pipe").c_str(), 0600), 0);
-  EXPECT_EQ(TmvUtilityFile()->FileContainsText(Path("pipe").c_str(), ""), 0);
-  EXPECT_FALSE(TmvUtilityFile()->WriteWholeFile("x", 1, Path("pipe").c_str()));
+  EXPECT_EQ(files->FileContainsText(Path("pipe").c_str(), ""), 0);
+  EXPECT_FALSE(files->WriteWholeFile("x", 1, Path("pipe").c_str()));
 }
 
 TEST_P(FileLinksTest, NoTreeIsCopiedIntoItself) {
@@ -179,8 +172,7 @@ TEST_P(FileLinksTest, NoTreeIsCopiedIntoItself) {
   PutFile("tree/sub/file", "content");
   LinkTo("tree/sub", "way in");
   for (const char* destination : {"tree", "tree/sub", "tree/new", "tree/sub/new/deep", "way in"}) {
-    EXPECT_FALSE(
-        TmvUtilityFile()->CopyDirectoryTree(Path("tree").c_str(), Path(destination).c_str()))
+    EXPECT_FALSE(files->CopyDirectoryTree(Path("tree").c_str(), Path(destination).c_str()))
         << destination;
   }
   EXPECT_EQ(SizeOf("tree"), 7u);
