@@ -12,7 +12,6 @@
 #include <cstring>
 #include <functional>
 #include <future>
-#include <string>
 #include <thread>
 
 #include "crash/crash_run.h"
@@ -52,8 +51,8 @@ class Pages {
 // A file for a dump.
 class OpenFile {
  public:
-  explicit OpenFile(const std::filesystem::path& path, int flags = O_RDWR | O_CREAT | O_TRUNC)
-      : descriptor(open(path.c_str(), flags, 0600)) {}
+  explicit OpenFile(const std::filesystem::path& path)
+      : descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600)) {}
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
   ~OpenFile() { close(descriptor); }
@@ -101,29 +100,25 @@ TEST(MinidumpWriter, TakesAStackPointerThatLeadsAnywhere) {
   pages.Close(4);
   const char* const bottom = pages.At(1);
   const char* const top = pages.At(4);
-  struct Case {
-    const char* what;
-    const char* pointer;
-    const char* start;  // Of what the dump holds; null where that is of no interest.
-  };
-  const Case cases[] = {
+  // The start is that of what the dump holds; null where that is of no interest.
+  const std::tuple<const char*, const char*, const char*> cases[] = {
       {"within", pages.At(2, 1000), pages.At(2, 1000 - 128)},
       {"red zone cut by the end", pages.At(1, 16), bottom},
       {"in the guard", pages.At(0, 2000), bottom},
       {"at the upper end", pages.At(3, kPage - 8), pages.At(3, kPage - 8 - 128)},
       {"no address", reinterpret_cast<const char*>(UINT64_MAX - 7), nullptr},
   };
-  for (const Case& test : cases) {
-    Fault fault(AddressOf(test.pointer), AddressOf(test.pointer));
-    const Minidump dump = fault.Dump();
-    EXPECT_THAT(dump.errors, IsEmpty()) << test.what;
-    EXPECT_TRUE(dump.rangesApart) << test.what;
+  for (const auto& [what, pointer, start] : cases) {
+    SCOPED_TRACE(what);
+    const Minidump dump = Fault(AddressOf(pointer), AddressOf(pointer)).Dump();
+    EXPECT_THAT(dump.errors, IsEmpty());
+    EXPECT_TRUE(dump.rangesApart);
     EXPECT_EQ(dump.exception.address, 0x1234u);
-    EXPECT_EQ(dump.exception.registers.stack, AddressOf(test.pointer));
-    if (test.start == nullptr) continue;
-    const auto range = dump.memory.find(AddressOf(test.start));
-    ASSERT_NE(range, dump.memory.end()) << test.what;
-    EXPECT_EQ(range->second, std::string(test.start, top)) << test.what;
+    EXPECT_EQ(dump.exception.registers.stack, AddressOf(pointer));
+    if (start == nullptr) continue;
+    const auto range = dump.memory.find(AddressOf(start));
+    ASSERT_NE(range, dump.memory.end());
+    EXPECT_EQ(range->second, std::string(start, top));
   }
 }
 
