@@ -14,6 +14,7 @@ using test::Eventually;
 using testing::HasSubstr;
 
 std::atomic<int> releases{0};
+std::atomic<int32_t> end{kTaskStateCreated};  // The state of the event when its function runs.
 
 tmv::Data CountedData() {
   tmv::Data data = tmv::Data::Adopt(CreateRkTaskData());
@@ -27,18 +28,17 @@ tmv::Task CountedTask(const char* name) {
   return task;
 }
 
-// An event of one package; `end` gets the event's state when its function runs.
-tmv::Event EventOf(const char* name, const std::vector<tmv::Task>& tasks,
-                   std::atomic<int32_t>& end) {
-  tmv::Event event = tmv::MakeEvent(name, [&end](RkTask* task) { end = task->GetState(); });
+// An event called "job", of one package.
+tmv::Event EventOf(const std::vector<tmv::Task>& tasks) {
+  tmv::Event event = tmv::MakeEvent("job", [](RkTask* task) { end = task->GetState(); });
   tmv::Package package = tmv::MakePackage();
   for (const tmv::Task& task : tasks) package->AddTask(task);
   event->AddPackage(package);
   return event;
 }
 
-int32_t EndOf(const std::atomic<int32_t>& end) {
-  Eventually([&end] { return end != kTaskStateCreated; });
+int32_t AwaitEnd() {
+  Eventually([] { return end != kTaskStateCreated; });
   return end;
 }
 
@@ -84,7 +84,6 @@ TEST(HandlesTest, EventsAndPackagesAreTasksAndKeepWhatTheyHold) {
 TEST(HandlesTest, ACallableReportsSuccessOrFailureAndIsDestroyedOnce) {
   const auto token = std::make_shared<int>(0);
   {
-    std::atomic<int32_t> end{kTaskStateCreated};
     const tmv::Task returns = tmv::MakeTask("returns", [token] { ++*token; });
     const tmv::Task throws = tmv::MakeTask("throws", [token] { throw *token; });
     const tmv::Task named = tmv::MakeTask("named", [token](RkTask* task) {
@@ -94,9 +93,9 @@ TEST(HandlesTest, ACallableReportsSuccessOrFailureAndIsDestroyedOnce) {
     std::atomic<bool> ran{false};
     TmvTaskSchedular()->ScheduleTask(tmv::MakeTask("alone", [&ran, token] { ran = true; }));
     Eventually([&ran] { return ran.load(); });
-    tmv::Event event = EventOf("job", {returns, throws, named}, end);
+    tmv::Event event = EventOf({returns, throws, named});
     TmvTaskSchedular()->AddEvent(event);
-    EXPECT_EQ(EndOf(end), kTaskStateSucceeded);
+    EXPECT_EQ(AwaitEnd(), kTaskStateSucceeded);
     EXPECT_EQ(returns->GetState(), kTaskStateSucceeded);
     EXPECT_EQ(throws->GetState(), kTaskStateFailed);
     EXPECT_EQ(named->GetState(), kTaskStateSucceeded);
@@ -106,7 +105,6 @@ TEST(HandlesTest, ACallableReportsSuccessOrFailureAndIsDestroyedOnce) {
 }
 
 TEST(HandlesTest, AnEndThatAPauseSwallowedIsReportedAgain) {
-  std::atomic<int32_t> end{kTaskStateCreated};
   std::atomic<int> runs{0};
   bool nextRan = false;
   tmv::RunningPool pool(2);
@@ -115,19 +113,18 @@ TEST(HandlesTest, AnEndThatAPauseSwallowedIsReportedAgain) {
     Eventually([task] { return task->GetState() == kTaskStatePaused; });
   });
   const tmv::Task next = tmv::MakeTask("next", [&] { nextRan = true; });
-  TmvTaskSchedular()->AddEvent(EventOf("job", {paused, next}, end));
+  TmvTaskSchedular()->AddEvent(EventOf({paused, next}));
   Eventually([&runs] { return runs == 1; });
   TmvTaskSchedular()->PauseEvent("job");
   // The pause has swallowed the report: resuming alone would leave the package standing.
   EXPECT_EQ(paused->GetState(), kTaskStatePaused);
   TmvTaskSchedular()->ResumeEvent("job");
-  EXPECT_EQ(EndOf(end), kTaskStateSucceeded);
+  EXPECT_EQ(AwaitEnd(), kTaskStateSucceeded);
   EXPECT_EQ(runs, 1);
   EXPECT_TRUE(nextRan);
 }
 
 TEST(HandlesTest, APoolThatIsLeftWhileAnEventIsPausedResumesIt) {
-  std::atomic<int32_t> end{kTaskStateCreated};
   std::atomic<bool> running{false};
   const tmv::Task task = tmv::MakeTask("paused", [&](RkTask* self) {
     running = true;
@@ -136,7 +133,7 @@ TEST(HandlesTest, APoolThatIsLeftWhileAnEventIsPausedResumesIt) {
   });
   {
     tmv::RunningPool pool(1);
-    TmvTaskSchedular()->AddEvent(EventOf("job", {task}, end));
+    TmvTaskSchedular()->AddEvent(EventOf({task}));
     Eventually([&running] { return running.load(); });
     TmvTaskSchedular()->PauseEvent("job");
   }
@@ -145,7 +142,6 @@ TEST(HandlesTest, APoolThatIsLeftWhileAnEventIsPausedResumesIt) {
 }
 
 TEST(HandlesTest, ACancelledCallableLeavesAtItsPausePoint) {
-  std::atomic<int32_t> end{kTaskStateCreated};
   tmv::Task task;
   {
     std::atomic<bool> running{false};
@@ -157,18 +153,17 @@ TEST(HandlesTest, ACancelledCallableLeavesAtItsPausePoint) {
       }
     });
     const tmv::Task never = tmv::MakeTask("never", [] { FAIL() << "after a cancelled task"; });
-    TmvTaskSchedular()->AddEvent(EventOf("job", {task, never}, end));
+    TmvTaskSchedular()->AddEvent(EventOf({task, never}));
     Eventually([&running] { return running.load(); });
     TmvTaskSchedular()->CancelEvent("job");
-    EXPECT_EQ(EndOf(end), kTaskStateCancelled);
+    EXPECT_EQ(AwaitEnd(), kTaskStateCancelled);
   }
   EXPECT_EQ(task->GetState(), kTaskStateCancelled);
 }
 
 TEST(HandlesTest, AListReleasesItsTasks) {
   {
-    std::atomic<int32_t> end{kTaskStateCreated};
-    const tmv::Event event = EventOf("job", {CountedTask("a"), CountedTask("b")}, end);
+    const tmv::Event event = EventOf({CountedTask("a"), CountedTask("b")});
     event->AddPackage(tmv::MakePackage());
     tmv::TaskList list(TmvTaskSchedular()->ListCurrentTasks(event));
     for (RkTask* task : list) EXPECT_STREQ(task->GetName(), "a");
@@ -267,17 +262,16 @@ TEST(HandlesTest, ACheckNamesWhatWouldStandForEver) {
 }
 
 TEST(HandlesTest, ADescriptionShowsHowFarAnEventIs) {
-  std::atomic<int32_t> end{kTaskStateCreated};
   test::Gate gate;
   tmv::RunningPool pool(1);
   const tmv::Task silent = tmv::MakeTask("silent", [&gate] { gate.Wait(); });
-  TmvTaskSchedular()->AddEvent(EventOf("job", {silent, tmv::MakeTask("next", [] {})}, end));
+  TmvTaskSchedular()->AddEvent(EventOf({silent, tmv::MakeTask("next", [] {})}));
   gate.WaitForArrivals(1);
   EXPECT_THAT(tmv::Describe(),
               HasSubstr("0 tasks queued, 1 events registered\n"
                         "event job: created\n  task 1 of 2 silent: active, running\n"));
   gate.Open();
-  EXPECT_EQ(EndOf(end), kTaskStateSucceeded);
+  EXPECT_EQ(AwaitEnd(), kTaskStateSucceeded);
   EXPECT_THAT(tmv::Describe(), testing::Not(HasSubstr("event job")));
 }
 

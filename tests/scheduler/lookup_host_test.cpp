@@ -63,9 +63,13 @@ TEST_F(Queries, NullsFindNothingNotEvenWhatIsNamedByTheEmptyText) {
   EXPECT_EQ(Schedular().GetEventCount(), 3u);
 }
 
-TEST_F(Queries, TheListOfCurrentTasksHoldsOneForEachPackage) {
+TEST_F(Queries, TheListOfCurrentTasksHoldsOneForEachPackageAndNoneWithoutOne) {
   const EventPtr bare = MakeEvent("bare", {});
+  Schedular().AddEvent(bare.get());
+  EXPECT_EQ(Schedular().GetEventCount(), 3u);
+  EXPECT_EQ(Pool().GetQueuedCount(), 0u);
   EXPECT_EQ(Schedular().ListCurrentTasks(bare.get()), nullptr);
+  Schedular().RemoveEvent("bare");
   ListPtr list(Schedular().ListCurrentTasks(a_.get()));
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("a1", "a2"));
   list.reset(Schedular().ListCurrentTasks(b_.get()));

@@ -96,14 +96,6 @@ TEST(Road, AnEventTakesTheStateOfThePackageThatEndedLast) {
   }
 }
 
-TEST(Road, AnEventWithoutPackagesIsInTheRegistryOnly) {
-  const EventPtr event = MakeEvent("event", {});
-  Schedular().AddEvent(event.get());
-  EXPECT_EQ(Schedular().GetEventCount(), 1u);
-  EXPECT_EQ(Pool().GetQueuedCount(), 0u);
-  Schedular().RemoveEvent("event");
-}
-
 TEST(Road, APackageWithoutTasksIsRefusedAndLeavesEverythingUsable) {
   RunningPool pool(1);
   std::atomic<bool> ran{false};
