@@ -4,9 +4,9 @@
 #include "temvar/export.h"
 #include "temvar/types.h"
 
-// Receives the path of a finished report's archive. The text is valid during the call. The file may
-// be missing, or without a dump, or cut if the disk is full: nothing that fails in a report stops
-// the rest of it.
+// Receives the path of a finished report's archive. The text is valid during the call. If the disk
+// is full or fails, the file may be missing, cut, without a dump, or with one whose checksum is
+// wrong: nothing that fails in a report stops the rest of it.
 using ReportCallback = void (*)(const TmvWideChar* archivePath);
 
 // May put files of the host's own into the dump directory before it is packed. `*result` is null on

@@ -23,8 +23,7 @@ DumpFile::DumpFile(int descriptor) : descriptor_(descriptor) {
   const uint32_t start = Reserve(sizeof(Header));
   directory_ = Reserve(kMaxStreams * sizeof(DirectoryEntry));
   header.directoryOffset = directory_;
-  const DirectoryEntry empty[kMaxStreams] = {};
-  WriteAt(directory_, empty, sizeof(empty));
+  // The file is new: entries that are never written read as zeros, which means unused.
   WriteAt(start, &header, sizeof(header));
 }
 
