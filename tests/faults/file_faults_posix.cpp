@@ -70,7 +70,8 @@ std::string PathOf(const std::string& process, const WatchedCall& call, const __
   if (call.descriptor < 0 || path.starts_with('/')) return path;
   const std::string name = "/fd/" + std::to_string(static_cast<int>(arguments[call.descriptor]));
   std::error_code error;
-  return std::filesystem::read_symlink(process + name, error) / path;
+  const std::filesystem::path place = std::filesystem::read_symlink(process + name, error);
+  return path.empty() ? place : place / path;
 }
 
 // Answers the kernel. `written` are descriptors whose files are lost if closing them fails.
@@ -84,29 +85,27 @@ void Decide(const std::string& folder, FaultRun& run, std::set<__u64>& written,
   if (!path.starts_with(folder)) return;
   const bool creates = call.kind == kOpens && (arguments[2] & O_CREAT) != 0;
   const int error = run.ErrorFor(creates ? kCreates : call.kind, number == SYS_renameat2);
-  if (call.kind == kWrites && error > 0 && error != EINTR && run.cut.empty()) run.cut = path;
-  // The descriptors of a child process are its own.
-  const bool isOurs = access(("/proc/self/task/" + process).c_str(), F_OK) == 0;
-  const auto descriptor = static_cast<int>(arguments[0]);
-  if (error > 0) {
-    answer = {asked.id, 0, -error, 0};
-  } else if (error == kHalf && isOurs && arguments[2] > 1 && number != SYS_copy_file_range) {
-    answer = {asked.id, syscall(number, descriptor, arguments[1], arguments[2] / 2, arguments[3]),
-              0, 0};
-  }
   if (call.kind == kWrites && error == 0) written.insert(arguments[call.descriptor]);
-  if (call.kind != kCloses) return;
-  const bool isLost = written.erase(arguments[0]) != 0 && error != EINTR;
-  if (isOurs && error > 0 && isLost) (void)!ftruncate(descriptor, 0);
-  if (isOurs && error > 0) close(descriptor);
+  if (call.kind == kWrites && error > 0 && error != EINTR && run.cut.empty()) run.cut = path;
+  const bool isClose = call.kind == kCloses;
+  const bool isLost = isClose && written.erase(arguments[0]) != 0 && error != EINTR;
+  if (error > 0) answer = {asked.id, 0, -error, 0};
+  // The descriptors of a child process are its own.
+  if (error == 0 || access(("/proc/self/task/" + process).c_str(), F_OK) != 0) return;
+  const auto descriptor = static_cast<int>(arguments[0]);
+  if (error == kHalf && arguments[2] > 1 && number != SYS_copy_file_range) {
+    answer.val = syscall(number, descriptor, arguments[1], arguments[2] / 2, arguments[3]);
+    answer.flags = 0;
+  }
+  if (isLost) (void)!ftruncate(descriptor, 0);
+  if (isClose) close(descriptor);
 }
 
 // The tests fill their folders thousands of times: in memory.
 const int inMemory = setenv("TMPDIR", "/dev/shm", 1);
 
 int CountOpen() {
-  const std::filesystem::directory_iterator open("/proc/self/fd");
-  return static_cast<int>(std::distance(begin(open), end(open)));
+  return static_cast<int>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
 }
 
 }  // namespace
