@@ -45,7 +45,7 @@ inline std::size_t CountThreads() {
 // Tries each value that a handle can have, for Wine 8 returns 0 from GetProcessHandleCount. Handles
 // are multiples of four, and the lowest free one is taken first.
 inline std::size_t CountHandles() {
-  constexpr std::uintptr_t kHighest = 4 * 4096;
+  constexpr std::uintptr_t kHighest = 4 * 1024;
   std::size_t count = 0;
   for (std::uintptr_t value = 4; value <= kHighest; value += 4) {
     DWORD flags = 0;
