@@ -175,7 +175,8 @@ class Disk : public WorkFolderTest {
     State names = before;
     names.insert(whole.begin(), whole.end());
     names.insert(one.after.begin(), one.after.end());
-    for (const auto& [name, content] : names) {
+    for (const auto& entry : names) {
+      const std::string& name = entry.first;
       const auto in = [&name](const State& state) {
         return state.count(name) == 0 ? std::nullopt : File(state.at(name));
       };
@@ -194,14 +195,15 @@ class Disk : public WorkFolderTest {
   // Each fault at each call, and each disk that is too small.
   void TryAll(const std::vector<Operation>& operations) const {
     for (const Operation& operation : operations) {
-      const auto& [name, rule, run, renames] = operation;
+      const std::string name = operation.name;
+      const Rule rule = operation.rule;
       Fill();
       const State before = Look();
       const Try whole = Run(operation, {"nothing", 0, 0, false}, 1);
       if (!whole.run.able) GTEST_SKIP() << "the system lets no calls fail";
       EXPECT_EQ(whole.result, rule != Rule::kRefused) << name;
       EXPECT_EQ(whole.after == before, rule == Rule::kRefused) << name;
-      int points = 0, calls = 0, good = 0, disks = 0;
+      int points = 0, calls = 0, good = 0;
       const auto check = [&](const FileFault& fault, int n, size_t room) {
         if (!Fill(room)) return false;
         SCOPED_TRACE(testing::Message()
@@ -216,6 +218,7 @@ class Disk : public WorkFolderTest {
       for (const FileFault& fault : kFaults) {
         for (int n = 1; !HasFailure() && check(fault, n, 0); ++n) ++points;
       }
+      size_t disks = 0;
       while (disks < 16 && check({"a full disk", 0, 0, true}, 0, (112 + 8 * disks) << 10)) ++disks;
       PutSmallDisk(At("to"), 0);
       std::cout << name << ": " << points << " failures of " << calls << " calls, " << good
