@@ -73,13 +73,9 @@ TEST(MemoryCompression, OtherLevelsAndEmptyInputAreRefusedWithoutALine) {
 TEST(MemoryCompression, BadInputIsPrintedInALine) {
   std::cout << std::hex;  // The host's setting, which codes don't follow.
   const std::string needsDictionary("\x78\xBB\0\0\0\0", 6);
-  const std::pair<std::string, std::string> cases[] = {
-      {"not a zlib stream", "-3) incorrect header check"}, {needsDictionary, "2) "}};
-  for (const auto& [input, text] : cases) {
-    const Outcome refused = Inflate(input);
-    EXPECT_FALSE(refused.result);
-    EXPECT_EQ(refused.out, "Exception during zlib decompression: (" + text + "\n");
-  }
+  EXPECT_EQ(Inflate(needsDictionary).out, "Exception during zlib decompression: (2) \n");
+  EXPECT_EQ(Inflate("no zlib stream").out,
+            "Exception during zlib decompression: (-3) incorrect header check\n");
   std::cout << std::dec;
 }
 

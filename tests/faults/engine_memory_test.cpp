@@ -55,14 +55,12 @@ TEST(EngineOutOfMemory, Tasks) {
      DestroyRkTask(package->GetLast()); DestroyRkTask(package->GetPrevious());
      DestroyRkTask(package->GetNext()));
   DO(event->AddPackage(package.get()));
-  DO(DestroyRkTask(CreateRkTask()));
-  DO(DestroyRkTask(CreateRkTaskEvent()));
-  DO(DestroyRkTask(CreateRkTaskPackage()));
-  DO(DestroyRkTaskFunc(CreateRkTaskFunc()));
-  DO(DestroyRkTaskData(CreateRkTaskData()));
-  DO(DestroyRkTask(DuplicateRkTask(task.get())), kNever);
-  DO(DuplicateRkTaskFunc(func.get()); DestroyRkTaskFunc(func.get()), kNever);
-  DO(DuplicateRkTaskData(data.get()); DestroyRkTaskData(data.get()), kNever);
+  DO(DestroyRkTask(CreateRkTask()); DestroyRkTask(CreateRkTaskEvent());
+     DestroyRkTask(CreateRkTaskPackage()); DestroyRkTaskFunc(CreateRkTaskFunc());
+     DestroyRkTaskData(CreateRkTaskData()));
+  DO(DestroyRkTask(DuplicateRkTask(task.get())); DuplicateRkTaskFunc(func.get());
+     DestroyRkTaskFunc(func.get()); DuplicateRkTaskData(data.get());
+     DestroyRkTaskData(data.get()), kNever);
   DO(lock->Lock(&key); lock->Unlock(&key));
 }
 

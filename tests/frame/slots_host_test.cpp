@@ -46,7 +46,7 @@ void ExpectOrder(size_t first, Members... members) {
   EXPECT_EQ(CountSlots<Interface>(), first + slots.size());
 }
 
-TEST(Slots, InterfacesOfFewOperations) {
+TEST(Slots, AreInTheOrderOfEachInterface) {
   ExpectOrder<TMVLock>(0, &TMVLock::Lock, &TMVLock::Unlock);
   ExpectOrder<TMVDbgReport>(0, &TMVDbgReport::Install);
   ExpectOrder<TMVAndroidManifest>(0, &TMVAndroidManifest::Decode,
@@ -62,94 +62,76 @@ TEST(Slots, InterfacesOfFewOperations) {
                      &Unzip::InflateBuffer, &Unzip::OpenArchive);
   using Zip = TMVUtilityZip;
   ExpectOrder<Zip>(0, &Zip::AddDirectory, &Zip::AddFile, &Zip::WriteArchive, &Zip::DeflateBuffer);
-}
-
-TEST(Slots, RkTask) {
-  using I = RkTask;
-  ExpectOrder<I>(0, &I::ReportState, &I::SetFunc, &I::GetFunc, &I::SetData, &I::GetData,
-                 &I::ClearData, &I::ClearFunc, &I::GetType, &I::SetType, &I::GetState, &I::SetState,
-                 &I::GetName, &I::SetNameNumber, &I::SetName);
-}
-
-TEST(Slots, RkTaskPackage) {
-  using I = RkTaskPackage;
-  ExpectOrder<I>(CountSlots<RkTask>(), &I::AddTask, &I::InsertTask, &I::SetContinueOnFailure,
-                 &I::GetCount, &I::GetFirst, &I::GetLast, &I::GetPrevious, &I::GetCurrentIndex,
-                 &I::GetNext);
-}
-
-TEST(Slots, RkTaskThread) {
-  using I = RkTaskThread;
-  ExpectOrder<I>(0, &I::ReportIdle, &I::SetPool, &I::Wake, &I::Lock, &I::Unlock, &I::Wait, &I::Join,
-                 &I::ReservedValue, &I::Stop, &I::Start);
-}
-
-TEST(Slots, RkTaskPool) {
-  using I = RkTaskPool;
-  ExpectOrder<I>(0, &I::AddTask, &I::AddFunc, &I::Start, &I::ReservedOperation, &I::Stop,
-                 &I::SetPollInterval, &I::GetPollInterval, &I::GetThreadCount, &I::DispatchOne,
-                 &I::MarkRunning, &I::ThreadIdle, &I::GetQueuedCount, &I::WaitForWork,
-                 &I::RemoveQueued, &I::ListRunning, &I::FreeTaskList);
-}
-
-TEST(Slots, RkTaskSchedular) {
-  using I = RkTaskSchedular;
-  ExpectOrder<I>(0, &I::CancelEvent, &I::CancelEventOfTask, &I::PauseEvent, &I::ResumeEvent,
-                 &I::CheckPause, &I::RegisterEvent, &I::AddEvent, &I::ScheduleTask, &I::RemoveEvent,
-                 &I::RemoveEventLocked, &I::PausePoint, &I::PausePointLocked, &I::TaskFinished,
-                 &I::TaskFailed, &I::FindTask, &I::IsTaskCancelled, &I::FindEvent,
-                 &I::FindEventOfTask, &I::FindEventOfPackage, &I::ListCurrentTasks,
-                 &I::FreeTaskList, &I::FindPackageOfTask, &I::InsertTaskAfter,
-                 &I::InsertTaskAfterName, &I::GetEventCount, &I::CancelEventEx);
-}
-
-TEST(Slots, TMVUserDefaults) {
-  using I = TMVUserDefaults;
-  ExpectOrder<I>(0, &I::SetString, &I::SetInt, &I::HasKey, &I::GetString, &I::GetInt,
-                 &I::GetIntTriple, &I::Save, &I::IsLoaded, &I::GetFilePath, &I::ReleaseDocument,
-                 &I::GetValue, &I::GetRootValue, &I::GetArraySize, &I::GetArrayElement,
-                 &I::GetMemberBegin, &I::GetMemberEnd, &I::AdvanceMember, &I::GetMemberName,
-                 &I::GetMemberValue, &I::GetValueString, &I::GetValueInt, &I::StringifyValue);
-}
-
-TEST(Slots, TMVUtilityString) {
-  using I = TMVUtilityString;
-  ExpectOrder<I>(0, &I::DupWideString, &I::Utf8ToWide, &I::WideToAnsi, &I::WideToUtf8,
-                 &I::Utf8ToAnsi, &I::FormatString, &I::FormatWideString, &I::CompareVersion,
-                 &I::IsNullOrEmpty, &I::SafeString, &I::IsEmailAddress, &I::IsBlankChar,
-                 &I::DupString, &I::IsAllDigits, &I::RegexFirstMatch, &I::HexToUInt64,
-                 &I::FreeString, &I::Md5OfFile, &I::Sha1OfString, &I::StartsWithDigit,
-                 &I::SanitizeUtf8, &I::NewGuidString);
-}
-
-TEST(Slots, TMVUtilityFile) {
-  using I = TMVUtilityFile;
-  ExpectOrder<I>(0, &I::DeleteDirectoryTree, &I::CopyDirectoryTree, &I::CreateDirectoryPath,
-                 &I::DirectorySize, &I::CopyFileTo, &I::MoveFileTo, &I::RemoveFile, &I::FormatSize,
-                 &I::MakeUniquePath, &I::PathExists, &I::FileSize, &I::SetFileTimestamp,
-                 &I::SplitPath, &I::FreePathParts, &I::ExtensionInList, &I::OpenFile,
-                 &I::ReadWholeFile, &I::WriteWholeFile, &I::FileContainsText, &I::CreateFileOfSize,
-                 &I::GetFreeDiskSpace, &I::IsDirectory);
-}
-
-TEST(Slots, TMVUtilitySys) {
-  using I = TMVUtilitySys;
-  ExpectOrder<I>(0, &I::GetAppDataPath, &I::GetDocumentsPath, &I::GetTempDirectory,
-                 &I::GetDownloadsPath, &I::GetBuildYear, &I::FormatTime, &I::FormatCurrentTime,
-                 &I::AlwaysTrue, &I::FormatSecondsSince, &I::FormatSecondsSince1970,
-                 &I::FormatSecondsSince2001, &I::FormatLocalTime, &I::FormatDuration,
-                 &I::UtcTextToLocalText, &I::LocalTextToUtcText, &I::SleepMilliseconds,
-                 &I::IsVistaOrLater, &I::IsWindows7OrLater, &I::IsWindows8OrLater,
-                 &I::Is64BitSystem, &I::Is64BitProcess, &I::GetExecutableFileName,
-                 &I::FormatSeconds, &I::GetProcessId);
-}
-
-TEST(Slots, TMVUtilityApp) {
-  using I = TMVUtilityApp;
-  ExpectOrder<I>(0, &I::GetExecutablePath, &I::GetInstallRoot, &I::GetThemesDirectory,
-                 &I::GetPluginsDirectory, &I::GetApplicationDirectory, &I::GetModuleDirectory,
-                 &I::ExploreFolder, &I::OpenWithShell, &I::NewUniqueId, &I::NewPrefixedId,
-                 &I::NextSerial, &I::ProgressPerMille);
+  using Task = RkTask;
+  ExpectOrder<Task>(0, &Task::ReportState, &Task::SetFunc, &Task::GetFunc, &Task::SetData,
+                    &Task::GetData, &Task::ClearData, &Task::ClearFunc, &Task::GetType,
+                    &Task::SetType, &Task::GetState, &Task::SetState, &Task::GetName,
+                    &Task::SetNameNumber, &Task::SetName);
+  using Package = RkTaskPackage;
+  ExpectOrder<Package>(CountSlots<RkTask>(), &Package::AddTask, &Package::InsertTask,
+                       &Package::SetContinueOnFailure, &Package::GetCount, &Package::GetFirst,
+                       &Package::GetLast, &Package::GetPrevious, &Package::GetCurrentIndex,
+                       &Package::GetNext);
+  using Thread = RkTaskThread;
+  ExpectOrder<Thread>(0, &Thread::ReportIdle, &Thread::SetPool, &Thread::Wake, &Thread::Lock,
+                      &Thread::Unlock, &Thread::Wait, &Thread::Join, &Thread::ReservedValue,
+                      &Thread::Stop, &Thread::Start);
+  using Pool = RkTaskPool;
+  ExpectOrder<Pool>(0, &Pool::AddTask, &Pool::AddFunc, &Pool::Start, &Pool::ReservedOperation,
+                    &Pool::Stop, &Pool::SetPollInterval, &Pool::GetPollInterval,
+                    &Pool::GetThreadCount, &Pool::DispatchOne, &Pool::MarkRunning,
+                    &Pool::ThreadIdle, &Pool::GetQueuedCount, &Pool::WaitForWork,
+                    &Pool::RemoveQueued, &Pool::ListRunning, &Pool::FreeTaskList);
+  using Schedular = RkTaskSchedular;
+  ExpectOrder<Schedular>(
+      0, &Schedular::CancelEvent, &Schedular::CancelEventOfTask, &Schedular::PauseEvent,
+      &Schedular::ResumeEvent, &Schedular::CheckPause, &Schedular::RegisterEvent,
+      &Schedular::AddEvent, &Schedular::ScheduleTask, &Schedular::RemoveEvent,
+      &Schedular::RemoveEventLocked, &Schedular::PausePoint, &Schedular::PausePointLocked,
+      &Schedular::TaskFinished, &Schedular::TaskFailed, &Schedular::FindTask,
+      &Schedular::IsTaskCancelled, &Schedular::FindEvent, &Schedular::FindEventOfTask,
+      &Schedular::FindEventOfPackage, &Schedular::ListCurrentTasks, &Schedular::FreeTaskList,
+      &Schedular::FindPackageOfTask, &Schedular::InsertTaskAfter, &Schedular::InsertTaskAfterName,
+      &Schedular::GetEventCount, &Schedular::CancelEventEx);
+  using Store = TMVUserDefaults;
+  ExpectOrder<Store>(0, &Store::SetString, &Store::SetInt, &Store::HasKey, &Store::GetString,
+                     &Store::GetInt, &Store::GetIntTriple, &Store::Save, &Store::IsLoaded,
+                     &Store::GetFilePath, &Store::ReleaseDocument, &Store::GetValue,
+                     &Store::GetRootValue, &Store::GetArraySize, &Store::GetArrayElement,
+                     &Store::GetMemberBegin, &Store::GetMemberEnd, &Store::AdvanceMember,
+                     &Store::GetMemberName, &Store::GetMemberValue, &Store::GetValueString,
+                     &Store::GetValueInt, &Store::StringifyValue);
+  using String = TMVUtilityString;
+  ExpectOrder<String>(
+      0, &String::DupWideString, &String::Utf8ToWide, &String::WideToAnsi, &String::WideToUtf8,
+      &String::Utf8ToAnsi, &String::FormatString, &String::FormatWideString,
+      &String::CompareVersion, &String::IsNullOrEmpty, &String::SafeString, &String::IsEmailAddress,
+      &String::IsBlankChar, &String::DupString, &String::IsAllDigits, &String::RegexFirstMatch,
+      &String::HexToUInt64, &String::FreeString, &String::Md5OfFile, &String::Sha1OfString,
+      &String::StartsWithDigit, &String::SanitizeUtf8, &String::NewGuidString);
+  using File = TMVUtilityFile;
+  ExpectOrder<File>(0, &File::DeleteDirectoryTree, &File::CopyDirectoryTree,
+                    &File::CreateDirectoryPath, &File::DirectorySize, &File::CopyFileTo,
+                    &File::MoveFileTo, &File::RemoveFile, &File::FormatSize, &File::MakeUniquePath,
+                    &File::PathExists, &File::FileSize, &File::SetFileTimestamp, &File::SplitPath,
+                    &File::FreePathParts, &File::ExtensionInList, &File::OpenFile,
+                    &File::ReadWholeFile, &File::WriteWholeFile, &File::FileContainsText,
+                    &File::CreateFileOfSize, &File::GetFreeDiskSpace, &File::IsDirectory);
+  using Sys = TMVUtilitySys;
+  ExpectOrder<Sys>(
+      0, &Sys::GetAppDataPath, &Sys::GetDocumentsPath, &Sys::GetTempDirectory,
+      &Sys::GetDownloadsPath, &Sys::GetBuildYear, &Sys::FormatTime, &Sys::FormatCurrentTime,
+      &Sys::AlwaysTrue, &Sys::FormatSecondsSince, &Sys::FormatSecondsSince1970,
+      &Sys::FormatSecondsSince2001, &Sys::FormatLocalTime, &Sys::FormatDuration,
+      &Sys::UtcTextToLocalText, &Sys::LocalTextToUtcText, &Sys::SleepMilliseconds,
+      &Sys::IsVistaOrLater, &Sys::IsWindows7OrLater, &Sys::IsWindows8OrLater, &Sys::Is64BitSystem,
+      &Sys::Is64BitProcess, &Sys::GetExecutableFileName, &Sys::FormatSeconds, &Sys::GetProcessId);
+  using App = TMVUtilityApp;
+  ExpectOrder<App>(0, &App::GetExecutablePath, &App::GetInstallRoot, &App::GetThemesDirectory,
+                   &App::GetPluginsDirectory, &App::GetApplicationDirectory,
+                   &App::GetModuleDirectory, &App::ExploreFolder, &App::OpenWithShell,
+                   &App::NewUniqueId, &App::NewPrefixedId, &App::NextSerial,
+                   &App::ProgressPerMille);
 }
 
 }  // namespace

@@ -118,13 +118,6 @@ TEST_P(FileStreamsTest, FiveGiBHaveA64BitSizeAndAreTooLongForARecord) {
   EXPECT_EQ(files->DirectorySize(Path().c_str(), 1), kFiveGiB + 1);
 }
 
-TEST(FreeBinayDataResult, PassesOverARecordWithoutOwner) {
-  char byte = 0;
-  BinaryDataResult result{nullptr, &byte, 1, 0};
-  FreeBinayDataResult(&result);
-  EXPECT_EQ(result.Data, &byte);
-}
-
 class FileSearchTest : public WorkFolderTest {
  protected:
   int32_t Search(const std::string& content, const char* text) {
