@@ -36,6 +36,17 @@ endif()
 add_library(temvar_rapidjson INTERFACE)
 add_library(temvar::rapidjson ALIAS temvar_rapidjson)
 target_include_directories(temvar_rapidjson SYSTEM INTERFACE "${RAPIDJSON_INCLUDE_DIR}")
+if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+  # RapidJSON 1.1.0 as of Debian 12 assigns to a constant in a function that nobody calls. clang 19
+  # refuses that, unless it parses only what is called.
+  include(CheckCXXSourceCompiles)
+  set(CMAKE_REQUIRED_INCLUDES "${RAPIDJSON_INCLUDE_DIR}")
+  check_cxx_source_compiles("#include <rapidjson/document.h>\nint main() {}" RAPIDJSON_COMPILES)
+  unset(CMAKE_REQUIRED_INCLUDES)
+  if(NOT RAPIDJSON_COMPILES)
+    set(TEMVAR_RAPIDJSON_OPTIONS -fdelayed-template-parsing -Wno-delayed-template-parsing-in-cxx20)
+  endif()
+endif()
 
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
