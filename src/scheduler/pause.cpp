@@ -14,6 +14,7 @@
 //    registry loses an entry or has it overwritten.
 // 5. A resume needs no memory, so that it also undoes a pause that found none on its way.
 #include <algorithm>
+#include <iterator>
 
 #include "scheduler/task_schedular_impl.h"
 
@@ -95,12 +96,12 @@ bool RkTaskSchedularImpl::IsPauseOver(RkTaskEventImpl& event, uint64_t generatio
   TaskRefs gone;  // Dropped when the mutex is free.
   MutexLock pause(pauseMutex);
   if (!registered || event.pauseGeneration != generation) return true;
-  const auto firstGone = std::stable_partition(
-      event.pausedTasks.begin(), event.pausedTasks.end(), [&running](const Ref<RkTaskImpl>& task) {
-        return task->parkedCount == 0 && running.Contains(task.get());
-      });
-  gone.assign(firstGone, event.pausedTasks.end());
-  event.pausedTasks.erase(firstGone, event.pausedTasks.end());
+  const auto isGone = [&running](const Ref<RkTaskImpl>& task) {
+    return task->parkedCount != 0 || !running.Contains(task.get());
+  };
+  std::copy_if(event.pausedTasks.begin(), event.pausedTasks.end(), std::back_inserter(gone),
+               isGone);
+  std::erase_if(event.pausedTasks, isGone);
   event.StoreDrainCount(static_cast<int64_t>(event.pausedTasks.size()));
   return event.LoadDrainCount() == 0;
 }
