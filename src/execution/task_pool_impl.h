@@ -57,7 +57,7 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   // not begun returns to its place in the queue.
   void TakeBack(RkTaskThreadImpl& worker);
 
-  // True from the moment at which Start makes its first thread, also if it then fails, to the end
+  // True from the beginning of Start, also if it then fails, to the end
   // of Stop. Static: it outlives the object.
   static bool IsRunning() { return running_.load(std::memory_order_acquire); }
 
