@@ -76,11 +76,19 @@ void RkTaskSchedularImpl::StoreEvent(RkTaskEventImpl* event) {
   if (!isNew) drainCondition.NotifyAll();
 }
 
+RkTaskSchedularImpl::Events::node_type RkTaskSchedularImpl::ExtractNamed(const char* name) {
+  if (name == nullptr) return {};
+  const auto entry = eventsByName_.find(name);
+  if (entry == eventsByName_.end()) return {};
+  Events::node_type removed = ExtractEntry(entry);
+  drainCondition.NotifyAll();
+  return removed;
+}
+
 RkTaskSchedularImpl::Events::node_type RkTaskSchedularImpl::ExtractEvent(
     const RkTaskEventImpl& event) {
-  const auto entry = eventsByName_.find(event.Name());
-  if (entry == eventsByName_.end() || entry->second.get() != &event) return {};
-  return ExtractEntry(entry);
+  if (!HoldsEvent(event)) return {};
+  return ExtractEntry(eventsByName_.find(event.Name()));
 }
 
 RkTaskSchedularImpl::Events::node_type RkTaskSchedularImpl::ExtractEntry(Events::iterator entry) {
@@ -119,24 +127,12 @@ void RkTaskSchedularImpl::RegisterEvent(RkTask* event) {
 }
 
 void RkTaskSchedularImpl::RemoveEvent(const char* name) {
-  if (name == nullptr) return;
   Events::node_type removed;  // Dropped when the mutex is free.
-  {
-    MutexLock registry(registryMutex);
-    const auto entry = eventsByName_.find(name);
-    if (entry == eventsByName_.end()) return;
-    removed = ExtractEntry(entry);
-  }
-  drainCondition.NotifyAll();
+  MutexLock registry(registryMutex);
+  removed = ExtractNamed(name);
 }
 
-void RkTaskSchedularImpl::RemoveEventLocked(const char* name) {
-  if (name == nullptr) return;
-  const auto entry = eventsByName_.find(name);
-  if (entry == eventsByName_.end()) return;
-  ExtractEntry(entry);
-  drainCondition.NotifyAll();
-}
+void RkTaskSchedularImpl::RemoveEventLocked(const char* name) { ExtractNamed(name); }
 
 RkTask* RkTaskSchedularImpl::FindTask(const char* name) {
   if (name == nullptr) return nullptr;

@@ -94,8 +94,9 @@ class RkTaskSchedularImpl final : public TMVObserver, public RkTaskSchedular {
   EventRef FindEventRef(const char* name) TMV_EXCLUDES(registryMutex);
   EventRef FindEventListing(RkTaskImpl* package) const TMV_REQUIRES(registryMutex);
   void StoreEvent(RkTaskEventImpl* event) TMV_REQUIRES(registryMutex);
-  // Removes the entry of this event, if it is still the one under its name. The result keeps the
-  // registry's reference.
+  // These remove an entry, and the result keeps the registry's reference: what has this name, this
+  // event if it is still the one under its name, this entry.
+  Events::node_type ExtractNamed(const char* name) TMV_REQUIRES(registryMutex);
   Events::node_type ExtractEvent(const RkTaskEventImpl& event) TMV_REQUIRES(registryMutex);
   Events::node_type ExtractEntry(Events::iterator entry) TMV_REQUIRES(registryMutex);
   // Puts an extracted entry back, unless another event has taken the name meanwhile.
