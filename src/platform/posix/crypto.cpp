@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <new>
 
 #include "platform/posix/errors.h"
@@ -44,6 +45,9 @@ BOOL CryptCreateHash(HCRYPTPROV, ALG_ID algorithm, HCRYPTKEY, DWORD, HCRYPTHASH*
   auto created = std::make_unique<Hash>();
   // Memory is the one failure that goes out as an exception and not as a code.
   if (created->context == nullptr) throw std::bad_alloc();
+  // libcrypto 3.5 looks methods up without locks, in a way that ThreadSanitizer can't follow.
+  static std::mutex lookUp;
+  const std::lock_guard<std::mutex> lock(lookUp);
   // A system that is set to approved algorithms only refuses MD5 here.
   if (EVP_DigestInit_ex(created->context.get(), method, nullptr) != 1) return Fail(NTE_BAD_ALGID);
   *hash = reinterpret_cast<HCRYPTHASH>(created.release());
