@@ -122,9 +122,12 @@ TEST(PoolQueue, RemoveQueuedTakesOutAnEventsEntriesAndThoseOfNone) {
   RkTask* const queue[] = {
       y[1],          x[0],          stray.get(), y.package.get(), x.package.get(),
       y.event.get(), x.event.get(), x[1],        stray.get(),     y[0]};
-  for (RkTask* task : queue) Pool().AddTask(task);
-
-  EXPECT_EQ(Pool().RemoveQueued("x"), 6u);
+  for (RkTask* task : queue) {
+    Pool().AddTask(task);
+    EXPECT_EQ(Pool().RemoveQueued("nothing"), task == stray.get() ? 1u : 0u);
+  }
+  EXPECT_EQ(Pool().GetQueuedCount(), 8u);
+  EXPECT_EQ(Pool().RemoveQueued("x"), 4u);
   EXPECT_EQ(Pool().GetQueuedCount(), 4u);
   EXPECT_EQ(x[0]->GetState(), kTaskStateCreated);
   RunningPool pool(1);

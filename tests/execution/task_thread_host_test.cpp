@@ -82,6 +82,28 @@ TEST(TaskThread, BeginsNothingOnceItsStopHasAsked) {
   EXPECT_EQ(Pool().GetQueuedCount(), 200u);
 }
 
+// Though its task comes back at once, so that it never sleeps.
+TEST(TaskThread, LetsAHostLockItBetweenTwoCallbacks) {
+  const RunningPool pool(0);
+  const tmv::Thread thread = MakeStarted();
+  int inside = 0;  // The worker's mutex guards it.
+  const TaskPtr again = MakeTask("again", [&inside](RkTask* task) {
+    EXPECT_EQ(++inside, 1);
+    Pool().AddTask(task);
+    --inside;
+  });
+  Pool().AddTask(again.get());
+  for (int i = 0; i < 3; ++i) {
+    thread->Lock();
+    EXPECT_EQ(++inside, 1);
+    BeQuiet();
+    --inside;
+    thread->Unlock();
+  }
+  thread->Stop();
+  Pool().RemoveQueued("");
+}
+
 // A worker may have its next task already when Stop comes to it.
 TEST(TaskThread, ATaskThatItsStopKeptFromBeginningGoesBackToItsPlace) {
   const RunningPool pool(0);

@@ -74,6 +74,8 @@ TEST_F(Queries, TheListOfCurrentTasksHoldsOneForEachPackageAndNoneWithoutOne) {
   list.reset(Schedular().ListCurrentTasks(b_.get()));
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("b1", "b2"));
   b2_->InsertTask(nullptr, 0);
+  b_->AddPackage(nullptr);
+  b_->AddPackage(MakePackage({}).get());
   list.reset(Schedular().ListCurrentTasks(b_.get()));
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("b1"));
 }

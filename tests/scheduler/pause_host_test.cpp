@@ -255,7 +255,9 @@ TEST(CheckPause, ReportsWhetherTheTaskHasLeftTheStateCreated) {
     task->SetState(state);
     EXPECT_EQ(Schedular().CheckPause(task.get()), state != kTaskStateCreated) << state;
     EXPECT_EQ(Schedular().PausePoint(task.get()), state);
+    EXPECT_EQ(Schedular().PausePointLocked(task.get()), state);
   }
+  EXPECT_EQ(Schedular().PausePointLocked(nullptr), kTaskStateCreated);
 }
 
 }  // namespace
