@@ -75,32 +75,25 @@ TEST(Pool, ATaskWithoutAFunctionIsPassedByAndReleased) {
   next.Open();
 }
 
-TEST(Pool, AddFuncRunsANewTaskThatDiesAfterItsRun) {
-  RunningPool pool(2);
-  Pool().ReservedOperation();
-  std::atomic<bool> ran{false};
-  const Body look = [&ran](RkTask* task) {
-    EXPECT_STREQ(task->GetName(), "0");
-    EXPECT_EQ(task->GetState(), kTaskStateCreated);
-    EXPECT_EQ(task->GetType(), kTaskTypePlain);
-    ran = true;
-  };
-  Pool().AddFunc(MakeFunc(look).get());
-  Eventually([] { return LiveBodies() == 0; });
-  EXPECT_TRUE(ran);
-}
-
-// No setting keeps queued work from starting.
-TEST(Pool, TakesAnyPollInterval) {
+// No poll interval keeps queued work from starting.
+TEST(Pool, AddFuncRunsNewTasksThatDieAfterTheirRun) {
   EXPECT_EQ(Pool().GetPollInterval(), 500);
   RunningPool pool(2);
+  std::atomic<int> ran{0};
+  FuncPtr func = MakeFunc([&ran](RkTask* task) {
+    EXPECT_STREQ(task->GetName(), "0");
+    EXPECT_EQ(task->GetState() + task->GetType(), kTaskStateCreated + kTaskTypePlain);
+    ++ran;
+  });
   for (const int32_t interval : {-5, 0, 1, 1'000'000}) {
     Pool().SetPollInterval(interval);
     EXPECT_EQ(Pool().GetPollInterval(), interval);
-    std::atomic<int> ran{0};
-    for (int i = 0; i < 200; ++i) Pool().AddFunc(MakeFunc([&ran](RkTask*) { ++ran; }).get());
+    ran = 0;
+    for (int i = 0; i < 200; ++i) Pool().AddFunc(func.get());
     Eventually([&ran] { return ran == 200; });
   }
+  func = {};
+  Eventually([] { return LiveBodies() == 0; });
 }
 
 // Without Start, what is queued stays queued.
