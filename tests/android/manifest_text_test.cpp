@@ -51,13 +51,14 @@ TEST(ManifestText, ShowsWhatThePackagerCompiled) {
             std::string(std::begin(kApplicationTxt), std::end(kApplicationTxt)));
 }
 
-TEST(ManifestText, KeepsTheLowByteOfEachUnit) {
-  Bytes document = ManifestBuilder({"caf\xE9", "abc"}).Start(0).Start(1).Build();
+TEST(ManifestText, KeepsTheLowByteOfAsManyUnitsAsStated) {
+  Bytes document = ManifestBuilder({"\xE9yes", "abc"}).Start(0).Start(1).Build();
   const size_t strings = 36 + 2 * 4;
+  document[strings] = 2;
   document[strings + 2 + 1] = 0x4E;       // U+4E63: its low byte is a letter
   document[strings + 12 + 2 + 2] = 0x00;  // U+0100: its low byte ends the string
   document[strings + 12 + 2 + 3] = 0x01;
-  EXPECT_EQ(Decode(document), "<caf\xE9>\n  <a>\n");
+  EXPECT_EQ(Decode(document), "<\xE9y>\n  <a>\n");
 }
 
 TEST(ManifestText, IndentsByTwoBlanksUpTo45) {
