@@ -108,7 +108,7 @@ TEST_P(SettingsPlace, StartsEmptyWithoutAFile) {
 
 // Deeper than any thread's stack lets a parser or writer descend.
 TEST_P(SettingsFile, SurvivesDepth) {
-  const std::string deep = Nested(100000);
+  const std::string deep = Nested(1000000);
   EXPECT_TRUE(Compact(Load(deep)) == deep);
   EXPECT_FALSE(Load(deep.substr(1))->IsLoaded());
   EXPECT_FALSE(Load(std::string(100000, '['))->IsLoaded());
@@ -121,7 +121,7 @@ TEST_P(SettingsFile, KnowsStoresByName) {
   std::string path = Path("one.json");
   const std::string kept = path;
   for (std::string name : {"one", "One", "", "\xFF", "name with blanks"}) {
-    EXPECT_TRUE(InitUserDefaults(name.c_str(), path.c_str()));
+    EXPECT_TRUE(InitUserDefaults(name.empty() ? nullptr : name.c_str(), path.c_str()));
     GetUserDefaults(name.c_str())->SetString("name", name.c_str(), nullptr);
     name.assign(name.size(), 'x');  // Both texts are copied.
   }
