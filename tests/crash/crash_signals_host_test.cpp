@@ -17,21 +17,21 @@ using namespace testing;
 // the signal of the crash at the end.
 TEST(CrashSignals, TroubleInTheProcessLosesNoReport) {
   using Options = std::vector<std::string>;
-  const std::tuple<Options, const char*, int> troubles[] = {
-    {{"timer", "bystander"}, "division", SIGFPE},
-    {{"signals-blocked"}, "null-write", SIGSEGV},
-    {{"signals-blocked"}, "worker", SIGSEGV},
-    {{"signals-blocked", "on-thread"}, "exception", SIGABRT},
-    {{"many-threads"}, "division", SIGFPE},
-    {{"no-proc"}, "division", SIGFPE},
-    {{"crash-in-collect"}, "division", SIGFPE},
-    {{"fork-in-collect"}, "division", SIGFPE},
-#if !defined(TEMVAR_FOREIGN_HEAP)
-    // UndefinedBehaviourSanitizer needs descriptors for its own checks.
-    {{"no-descriptors", "bystander"}, "null-write", SIGSEGV},
-#endif
-    {{"onlooker"}, "null-write", SIGSEGV},
+  std::vector<std::tuple<Options, const char*, int>> troubles = {
+      {{"timer", "bystander"}, "division", SIGFPE},
+      {{"signals-blocked"}, "null-write", SIGSEGV},
+      {{"signals-blocked"}, "worker", SIGSEGV},
+      {{"signals-blocked", "on-thread"}, "exception", SIGABRT},
+      {{"many-threads"}, "division", SIGFPE},
+      {{"no-proc"}, "division", SIGFPE},
+      {{"crash-in-collect"}, "division", SIGFPE},
+      {{"fork-in-collect"}, "division", SIGFPE},
+      {{"onlooker"}, "null-write", SIGSEGV},
   };
+#if !defined(TEMVAR_FOREIGN_HEAP)
+  // UndefinedBehaviourSanitizer needs descriptors for its own checks.
+  troubles.push_back({{"no-descriptors", "bystander"}, "null-write", SIGSEGV});
+#endif
   for (const auto& [options, way, signal] : troubles) {
     SCOPED_TRACE(way + PrintToString(options));
     CrashRun run;

@@ -24,8 +24,8 @@ inline constexpr char kLongText[] =
 
 // What an operation returns, as a number that is made without memory. Text and bytes are released.
 struct Result {
-  template <typename Value>
-  requires std::is_arithmetic_v<Value> Result(Value number) : value(static_cast<int64_t>(number)) {}
+  template <typename Value, typename = std::enable_if_t<std::is_arithmetic_v<Value>>>
+  Result(Value number) : value(static_cast<int64_t>(number)) {}
   template <typename Unit>
   Result(Unit* text) {
     for (const Unit* unit = text; unit != nullptr && *unit != 0; ++unit) Add(*unit);
