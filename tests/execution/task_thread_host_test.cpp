@@ -87,19 +87,18 @@ TEST(TaskThread, LetsAHostLockItBetweenTwoCallbacks) {
   const RunningPool pool(0);
   const tmv::Thread thread = MakeStarted();
   int inside = 0;  // The worker's mutex guards it.
-  const TaskPtr again = MakeTask("again", [&inside](RkTask* task) {
+  const Body again = [&inside](RkTask* task) {
     EXPECT_EQ(++inside, 1);
     Pool().AddTask(task);
     --inside;
-  });
-  Pool().AddTask(again.get());
+  };
+  Pool().AddFunc(MakeFunc(again).get());
   thread->Lock();
   EXPECT_EQ(++inside, 1);
   BeQuiet();
   --inside;
   thread->Unlock();
   thread->Stop();
-  Pool().RemoveQueued("");
 }
 
 // A worker may have its next task already when Stop comes to it.

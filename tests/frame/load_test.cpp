@@ -88,7 +88,9 @@ TEST(Load, AHundredLivesInOneProcessLeaveNoThreadAndNoHandle) {
 }
 
 std::string released;
-RkTask* queued = nullptr;  // Stays, for a search of leaks to find it.
+// They stay, for a search of leaks to find them.
+RkTask* queued = nullptr;
+RkTaskFunc* queuedFunc = nullptr;
 
 // The registry lets go of its events; what is queued runs no releaser any more.
 TEST(Load, UnloadReleasesEventsInTheOrderOfTheirNamesAndNothingQueued) {
@@ -106,8 +108,14 @@ TEST(Load, UnloadReleasesEventsInTheOrderOfTheirNamesAndNothingQueued) {
       TmvTaskSchedular()->RegisterEvent(make(tmv::Event::Adopt(CreateRkTaskEvent()), name));
     }
     const tmv::Task task = make(tmv::Task::Adopt(CreateRkTask()), "queued");
+    const tmv::Func func = tmv::Func::Adopt(CreateRkTaskFunc());
+    func->SetCallback([](RkTask*, RkTaskData*) {}, task->GetData());
+    task->SetFunc(func);
     queued = task;
+    queuedFunc = func;
     TmvTaskPool()->AddTask(task);
+    task->ClearFunc();
+    task->ClearData();
   }
   EXPECT_FALSE(test::IsLoaded(TEMVAR_LIBRARY_FILE));
   EXPECT_EQ(released, "abc");

@@ -78,10 +78,7 @@ TEST_F(Queries, TheListOfCurrentTasksHoldsOneForEachPackageAndNoneWithoutOne) {
   b_->AddPackage(MakePackage({}).get());
   list.reset(Schedular().ListCurrentTasks(b_.get()));
   EXPECT_THAT(NamesOf(list.get()), ElementsAre("b1"));
-}
-
-TEST_F(Queries, APlainTaskCanBeListedLikeAPackage) {
-  b_->AddPackage(a1_.get());
+  b_->AddPackage(a1_.get());  // A plain task can be listed like a package.
   EXPECT_EQ(TaskPtr(Schedular().FindEventOfPackage(a1_.get())).get(), b_.get());
   EXPECT_EQ(TaskPtr(Schedular().FindEventOfTask("a1")).get(), a_.get());
 }
