@@ -57,8 +57,8 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   // not begun returns to its place in the queue.
   void TakeBack(RkTaskThreadImpl& worker);
 
-  // True from the beginning of Start, also if it then fails, to the end
-  // of Stop. Static: it outlives the object.
+  // True from the beginning of Start, also if it then fails, to the end of Stop. Static, since it
+  // outlives the object.
   static bool IsRunning() { return running_.load(std::memory_order_acquire); }
 
  private:

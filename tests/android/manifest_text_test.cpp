@@ -52,13 +52,13 @@ TEST(ManifestText, ShowsWhatThePackagerCompiled) {
 }
 
 TEST(ManifestText, KeepsTheLowByteOfAsManyUnitsAsStated) {
-  Bytes document = ManifestBuilder({"\xE9yes", "abc"}).Start(0).Start(1).Build();
+  Bytes document = ManifestBuilder({"y\xE9ss", "abc"}).Start(0).Start(1).Build();
   const size_t strings = 36 + 2 * 4;
   document[strings] = 2;
-  document[strings + 2 + 1] = 0x4E;       // U+4E63: its low byte is a letter
+  document[strings + 2 + 1] = 0x4E;       // U+4E79: its low byte is a letter
   document[strings + 12 + 2 + 2] = 0x00;  // U+0100: its low byte ends the string
   document[strings + 12 + 2 + 3] = 0x01;
-  EXPECT_EQ(Decode(document), "<\xE9y>\n  <a>\n");
+  EXPECT_EQ(Decode(document), "<y\xE9>\n  <a>\n");
 }
 
 TEST(ManifestText, IndentsByTwoBlanksUpTo45) {

@@ -82,7 +82,8 @@ TEST(Pool, AddFuncRunsNewTasksThatDieAfterTheirRun) {
   std::atomic<int> ran{0};
   FuncPtr func = MakeFunc([&ran](RkTask* task) {
     EXPECT_STREQ(task->GetName(), "0");
-    EXPECT_EQ(task->GetState() + task->GetType(), kTaskStateCreated + kTaskTypePlain);
+    EXPECT_EQ(task->GetState(), kTaskStateCreated);
+    EXPECT_EQ(task->GetType(), kTaskTypePlain);
     ++ran;
   });
   for (const int32_t interval : {-5, 0, 1, 1'000'000}) {
@@ -115,12 +116,14 @@ TEST(PoolQueue, RemoveQueuedTakesOutAnEventsEntriesAndThoseOfNone) {
   RkTask* const queue[] = {
       y[1],          x[0],          stray.get(), y.package.get(), x.package.get(),
       y.event.get(), x.event.get(), x[1],        stray.get(),     y[0]};
+  uint32_t strays = 0;
   for (RkTask* task : queue) {
     Pool().AddTask(task);
-    EXPECT_EQ(Pool().RemoveQueued("nothing"), task == stray.get() ? 1u : 0u);
+    if (task == x.package.get() || task == x[1]) strays += Pool().RemoveQueued("nothing");
   }
-  EXPECT_EQ(Pool().GetQueuedCount(), 8u);
-  EXPECT_EQ(Pool().RemoveQueued("x"), 4u);
+  EXPECT_EQ(strays, 1u);
+  EXPECT_EQ(Pool().GetQueuedCount(), 9u);
+  EXPECT_EQ(Pool().RemoveQueued("x"), 5u);
   EXPECT_EQ(Pool().GetQueuedCount(), 4u);
   EXPECT_EQ(x[0]->GetState(), kTaskStateCreated);
   RunningPool pool(1);
