@@ -75,8 +75,7 @@ TEST(Pool, ATaskWithoutAFunctionIsPassedByAndReleased) {
   next.Open();
 }
 
-// No poll interval keeps queued work from starting.
-TEST(Pool, AddFuncRunsNewTasksThatDieAfterTheirRun) {
+TEST(Pool, AddFuncRunsNewTasksAtAnyPollIntervalWhichDieAfterwards) {
   EXPECT_EQ(Pool().GetPollInterval(), 500);
   RunningPool pool(2);
   std::atomic<int> ran{0};

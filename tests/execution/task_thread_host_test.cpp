@@ -82,8 +82,7 @@ TEST(TaskThread, BeginsNothingOnceItsStopHasAsked) {
   EXPECT_EQ(Pool().GetQueuedCount(), 200u);
 }
 
-// Though its task comes back at once, so that it never sleeps.
-TEST(TaskThread, LetsAHostLockItBetweenTwoCallbacks) {
+TEST(TaskThread, LetsAHostLockItBetweenTwoCallbacksThoughItNeverSleeps) {
   const RunningPool pool(0);
   const tmv::Thread thread = MakeStarted();
   int inside = 0;  // The worker's mutex guards it.

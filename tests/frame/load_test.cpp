@@ -88,8 +88,7 @@ TEST(Load, AHundredLivesInOneProcessLeaveNoThreadAndNoHandle) {
 }
 
 std::string released;
-// They stay, for a search of leaks to find them.
-RkTask* queued = nullptr;
+RkTask* queued = nullptr;  // These two stay, for a search of leaks to find them.
 RkTaskFunc* queuedFunc = nullptr;
 
 // The registry lets go of its events; what is queued runs no releaser any more.
