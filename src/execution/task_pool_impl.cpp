@@ -162,10 +162,16 @@ void RkTaskPoolImpl::AssignOldest(RkTaskThreadImpl& worker) {
   Notify(&task, kTaskPoolReadyToRunThread);
   pendingTasks_.pop_front();
   NotePending();
+  PrefetchQueued();
+}
+
+// A long queue doesn't fit into the caches: what the next two workers need first is fetched.
+void RkTaskPoolImpl::PrefetchQueued() {
   if (pendingTasks_.empty()) return;
-  // The next worker needs these first, and a long queue doesn't fit into the caches.
-  __builtin_prefetch(pendingTasks_.front().task.get());
-  __builtin_prefetch(pendingTasks_.front().func.get());
+  if (const RkTaskFuncImpl* const func = pendingTasks_.front().func.get()) func->PrefetchData();
+  if (pendingTasks_.size() == 1) return;
+  pendingTasks_[1].task->PrefetchForStep();
+  __builtin_prefetch(pendingTasks_[1].func.get());
 }
 
 // Before the tasks that were added after it.

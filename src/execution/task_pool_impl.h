@@ -69,6 +69,7 @@ class RkTaskPoolImpl final : public TMVSubject, public RkTaskPool {
   RkTaskThreadImpl* PairOldest() TMV_REQUIRES(idleMutex_, queueMutex_);
   bool TakeNext(RkTaskThreadImpl& worker) TMV_REQUIRES(queueMutex_);
   void AssignOldest(RkTaskThreadImpl& worker) TMV_REQUIRES(queueMutex_);
+  void PrefetchQueued() TMV_REQUIRES(queueMutex_);
   void Requeue(PendingTask run) TMV_REQUIRES(queueMutex_);
   Ref<RkTaskImpl> TakeRunning(RkTaskImpl* task) TMV_REQUIRES(queueMutex_);
   std::vector<PendingTask> ExtractQueued(const std::vector<uint64_t>& serials)

@@ -97,6 +97,7 @@ void RkTaskThreadImpl::RunAssignment() {
   RkTaskImpl* const task = AssignedTask();
   const bool marked = std::exchange(markedRunning_, false);
   if (task == nullptr || func_ == nullptr) return;
+  task->PrefetchNext();
   const Ref<RkTaskDataImpl> data = func_->Data();
   if (!marked && pool_ != nullptr) pool_->MarkRunning(this);
   if (const RkTaskCallback callback = func_->GetCallback()) {

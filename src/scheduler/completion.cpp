@@ -113,10 +113,14 @@ bool RkTaskSchedularImpl::TryCompletePlain(RkTaskImpl& task, int32_t state,
 // next steps of the package need is fetched while other packages run.
 void RkTaskSchedularImpl::PrefetchAfter(const RkTaskPackageImpl::Children& children, size_t index) {
   constexpr size_t kAhead = 2;
+  constexpr size_t kListAhead = 16;  // Two cache lines of the list itself.
   if (index + kAhead >= children.size()) return;
-  if (const RkTaskImpl* const task = children[index + kAhead].get()) task->Prefetch();
+  if (index + kListAhead < children.size()) __builtin_prefetch(&children[index + kListAhead]);
+  if (const RkTaskImpl* const task = children[index + kAhead].get()) task->PrefetchForStep();
   const RkTaskImpl* const next = children[index + 1].get();
-  if (next != nullptr && next->Func()) __builtin_prefetch(next->Func().get());
+  if (next == nullptr) return;
+  if (next->Func()) __builtin_prefetch(next->Func().get());
+  if (RkTaskImpl* const task = children[index].get()) task->SetNext(*next);
 }
 
 // Queues the next child, or after the last child the package itself.

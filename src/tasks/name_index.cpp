@@ -7,8 +7,7 @@
 namespace temvar {
 namespace {
 
-constexpr size_t kPieceOfChildren = 16;  // A few cache lines each, within any first-level cache.
-constexpr size_t kPieceOfDying = 256;    // Some microseconds under the mutex.
+constexpr size_t kPieceOfDying = 256;  // Some microseconds under the mutex.
 
 // An event is registered under a key of its own as a rule, under several if it was renamed between.
 const std::string& FirstKey(const RkTaskEventImpl& event) {
@@ -135,38 +134,41 @@ void NameIndex::Complete(RkTaskPackageImpl& package) {
   package.SetIndexed();
   package.isComplete = true;  // Before the descent, which a package within itself would never end.
   try {
-    for (size_t i = 0; i < package.Tasks().size(); i += kPieceOfChildren) {
-      EnterPiece(package, i, std::min(package.Tasks().size(), i + kPieceOfChildren));
+    if (package.HasNested()) {
+      for (const Ref<RkTaskImpl>& child : package.Tasks()) {
+        if (RkTaskPackageImpl* const nested = ToPackage(child.get())) Complete(*nested);
+      }
     }
+    EnterChildren(package);
   } catch (...) {
     MarkIncomplete(package);
     throw;
   }
 }
 
-// Looks at the memory of several children at once, since most of the time goes into waiting for it.
-void NameIndex::EnterPiece(RkTaskPackageImpl& package, size_t begin, size_t end) {
+// Most of the time would go into waiting for memory. So what it takes to enter a child is fetched
+// before, each step some children behind the one that it needs: the task, the bucket of its hash,
+// the task at the head of that bucket.
+void NameIndex::EnterChildren(RkTaskPackageImpl& package) {
+  constexpr size_t kApart = 8;
   const RkTaskPackageImpl::Children& children = package.Tasks();
-  for (size_t i = begin; i < end; ++i) {
-    if (children[i]) __builtin_prefetch(&BucketOf(HashUnlinked(*children[i])));
-  }
-  for (size_t i = begin; i < end; ++i) {
-    if (!children[i]) continue;
-    if (RkTaskPackageImpl* const nested = ToPackage(children[i].get())) Complete(*nested);
-    Enter(package, *children[i]);
+  const auto childAt = [&children](size_t i) {
+    return i < children.size() ? children[i].get() : nullptr;  // Also before the first: it wraps.
+  };
+  for (size_t i = 0; i < children.size() + 3 * kApart; ++i) {
+    if (const RkTaskImpl* const task = childAt(i)) task->PrefetchForIndex();
+    if (const RkTaskImpl* const task = childAt(i - kApart)) __builtin_prefetch(&BucketOf(*task));
+    if (const RkTaskImpl* const task = childAt(i - 2 * kApart)) {
+      if (const RkTaskImpl* const head = BucketOf(*task)) head->PrefetchForIndex();
+    }
+    if (RkTaskImpl* const task = childAt(i - 3 * kApart)) Enter(package, *task);
   }
 }
 
 void NameIndex::AddChild(RkTaskPackageImpl& package, RkTaskImpl& child) {
   if (RkTaskPackageImpl* const nested = ToPackage(&child)) Complete(*nested);
-  HashUnlinked(child);
+  child.SetListed();
   Enter(package, child);
-}
-
-// A name is hashed when its task comes to be linked, since most tasks of a pool never are.
-uint32_t NameIndex::HashUnlinked(RkTaskImpl& child) {
-  if (!child.IsLinked()) child.indexEntry.hash = TaskName::HashOf(child.Name());
-  return child.indexEntry.hash;
 }
 
 void NameIndex::Enter(RkTaskPackageImpl& package, RkTaskImpl& child) {
@@ -191,7 +193,6 @@ void NameIndex::ForgetPackage(RkTaskPackageImpl& package) {
 void NameIndex::Rename(RkTaskImpl& task, std::string& name) {
   Unlink(task);
   task.SwapName(name);
-  HashUnlinked(task);
   Link(task);
 }
 
@@ -203,7 +204,7 @@ std::optional<TaskPlace> NameIndex::Find(const TaskName& name) {
   RkTaskImpl* next = nullptr;
   for (RkTaskImpl* task = BucketOf(name.hash); task != nullptr; task = next) {
     next = task->indexEntry.next;
-    if (task->indexEntry.hash != name.hash) continue;
+    if (task->NameHash() != name.hash) continue;
     if (task->HasName(name.text) && !search.Meets(*task)) {
       Unlink(*task);
       task->indexEntry.parents.AnyOf([](RkTaskPackageImpl& parent) {
@@ -242,9 +243,9 @@ RkTaskEventImpl* NameIndex::FindListing(const RkTaskPackageImpl& package) {
 
 void NameIndex::Link(RkTaskImpl& task) {
   Reserve(linkedCount_ + 1);
-  RkTaskImpl*& bucket = BucketOf(task.indexEntry.hash);
+  RkTaskImpl*& bucket = BucketOf(task);
   RkTaskImpl* same = bucket;
-  while (same != nullptr && same->indexEntry.hash != task.indexEntry.hash) {
+  while (same != nullptr && same->NameHash() != task.NameHash()) {
     same = same->indexEntry.next;
   }
   task.indexEntry.isShared = same != nullptr;
@@ -261,7 +262,7 @@ void NameIndex::Link(RkTaskImpl& task) {
 void NameIndex::Unlink(RkTaskImpl& task) {
   RkTaskImpl* const next = task.indexEntry.next;
   RkTaskImpl* const previous = task.indexEntry.previous;
-  (previous == nullptr ? BucketOf(task.indexEntry.hash) : previous->indexEntry.next) = next;
+  (previous == nullptr ? BucketOf(task) : previous->indexEntry.next) = next;
   if (next != nullptr) next->indexEntry.previous = previous;
   --linkedCount_;
   task.SetLinked(false);
@@ -272,11 +273,11 @@ void NameIndex::Unlink(RkTaskImpl& task) {
   }
 }
 
-// Room for this many without long chains. With memory exhausted they become long.
+// Room for this many with few of them in a bucket. With memory exhausted they become more.
 void NameIndex::Reserve(size_t count) {
-  if (count <= bucketCount_) return;
+  if (2 * count <= bucketCount_) return;
   size_t wanted = bucketCount_;
-  while (wanted < count) wanted *= 2;
+  while (wanted < 2 * count) wanted *= 2;
   std::unique_ptr<RkTaskImpl*[]> more(new (std::nothrow) RkTaskImpl*[wanted]());
   if (more == nullptr) return;
   Rehash(more.get(), wanted);
@@ -292,7 +293,7 @@ void NameIndex::Rehash(RkTaskImpl** buckets, size_t count) {
     RkTaskImpl* next = nullptr;
     for (RkTaskImpl* task = std::exchange(old[i], nullptr); task != nullptr; task = next) {
       next = task->indexEntry.next;
-      RkTaskImpl*& bucket = BucketOf(task->indexEntry.hash);
+      RkTaskImpl*& bucket = BucketOf(*task);
       task->indexEntry.next = bucket;
       task->indexEntry.previous = nullptr;
       if (bucket != nullptr) bucket->indexEntry.previous = task;

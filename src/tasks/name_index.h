@@ -73,15 +73,17 @@ class NameIndex {
  private:
   class Search;
 
-  static constexpr size_t kLeastBuckets = 16;
+  static constexpr size_t kLeastBuckets = 32;
 
-  void EnterPiece(RkTaskPackageImpl& package, size_t begin, size_t end) TMV_REQUIRES(registryMutex);
+  void EnterChildren(RkTaskPackageImpl& package) TMV_REQUIRES(registryMutex);
   void Enter(RkTaskPackageImpl& package, RkTaskImpl& child) TMV_REQUIRES(registryMutex);
-  static uint32_t HashUnlinked(RkTaskImpl& child) TMV_REQUIRES(registryMutex);
   void Link(RkTaskImpl& task) TMV_REQUIRES(registryMutex);
   void Unlink(RkTaskImpl& task) TMV_REQUIRES(registryMutex);
   void Reserve(size_t count) TMV_REQUIRES(registryMutex);
   void Rehash(RkTaskImpl** buckets, size_t count) TMV_REQUIRES(registryMutex);
+  RkTaskImpl*& BucketOf(const RkTaskImpl& task) TMV_REQUIRES(registryMutex) {
+    return BucketOf(task.NameHash());
+  }
   RkTaskImpl*& BucketOf(uint32_t hash) TMV_REQUIRES(registryMutex) {
     return buckets_[hash & (bucketCount_ - 1)];
   }

@@ -13,12 +13,17 @@ void RkTaskFuncImpl::Bind(void* payload, RkTaskCallback callback, void (*release
   data->SetPayload(payload);
   data->SetReleaser(releaser);
   callback_ = callback;
-  data_ = std::move(data);
+  StoreData(std::move(data));
 }
 
 void RkTaskFuncImpl::SetCallback(RkTaskCallback callback, RkTaskData* data) {
   callback_ = callback;
-  data_ = Ref<RkTaskDataImpl>(ToImpl(data));
+  StoreData(Ref<RkTaskDataImpl>(ToImpl(data)));
+}
+
+void RkTaskFuncImpl::StoreData(Ref<RkTaskDataImpl> data) {
+  prefetchedData_.Set(this, data.get());
+  data_ = std::move(data);
 }
 
 void RkTaskFuncImpl::Release() {

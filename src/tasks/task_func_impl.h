@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 
+#include "frame/prefetch.h"
 #include "frame/ref.h"
 #include "tasks/task_data_impl.h"
 #include "temvar/task_func.h"
@@ -20,12 +21,17 @@ class RkTaskFuncImpl final : public RkTaskFunc {
   RkTaskData* GetData() override { return data_.get(); }
 
   const Ref<RkTaskDataImpl>& Data() const { return data_; }
+  // From any thread, also while the callback sets other data.
+  void PrefetchData() const { prefetchedData_.Fetch(this, sizeof(RkTaskDataImpl)); }
 
   void AddRef() { refCount_.fetch_add(1, std::memory_order_relaxed); }
   void Release();
 
  private:
+  void StoreData(Ref<RkTaskDataImpl> data);
+
   std::atomic<int32_t> refCount_{1};
+  PrefetchHint prefetchedData_;
   Ref<RkTaskDataImpl> data_;
   RkTaskCallback callback_ = nullptr;
 };

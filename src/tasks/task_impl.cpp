@@ -84,6 +84,23 @@ void RkTaskImpl::StoreName(std::string name) {
   SwapName(name);
 }
 
+void RkTaskImpl::SwapName(std::string& name) {
+  name_.swap(name);
+  if (indexEntry.isListed.load(std::memory_order_relaxed)) HashName();
+}
+
+// Most tasks of a pool are never in a package, so a name is not hashed before. When the event is
+// registered the task may have left the caches, and here it is in them as a rule.
+void RkTaskImpl::SetListed() {
+  if (indexEntry.isListed.load(std::memory_order_relaxed)) return;
+  HashName();
+  indexEntry.isListed.store(true, std::memory_order_relaxed);
+}
+
+void RkTaskImpl::HashName() {
+  indexEntry.hash.store(TaskName::HashOf(name_), std::memory_order_relaxed);
+}
+
 // RkTask is a virtual base, so a static downcast doesn't exist and dynamic_cast walks the
 // hierarchy. There are three classes only, so the exact type and the address of the whole object
 // are enough.

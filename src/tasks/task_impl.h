@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "frame/prefetch.h"
 #include "frame/ref.h"
 #include "tasks/pointer_set.h"
 #include "tasks/task_data_impl.h"
@@ -32,13 +33,15 @@ struct TaskName {
 class RkTaskImpl;
 class RkTaskPackageImpl;
 
-// What NameIndex keeps of a task; guarded by the registry mutex.
+// What NameIndex keeps of a task; guarded by the registry mutex, but for the atomics.
 struct NameIndexEntry {
+  PointerSet<RkTaskPackageImpl> parents;
   RkTaskImpl* next = nullptr;  // In the chain of the name's hash, if the task is linked.
   RkTaskImpl* previous = nullptr;
-  PointerSet<RkTaskPackageImpl> parents;
-  uint32_t hash = 0;      // Of the name, if the task is linked.
-  bool isShared = false;  // Another task with this hash may be linked.
+  std::atomic<uint32_t> hash{0};  // Of the name, if the task is listed.
+  bool isShared = false;          // Another task with this hash may be linked.
+  std::atomic<bool> isLinked{false};
+  std::atomic<bool> isListed{false};  // The task is or was in a package.
 };
 
 // Name, func and data are set up by the host before the task is handed over, and are only read from
@@ -75,13 +78,24 @@ class RkTaskImpl : public virtual RkTask {
 
   // For NameIndex. A linked task is renamed under the registry mutex, which guards the entry too.
   NameIndexEntry indexEntry;
-  bool IsLinked() const { return isLinked_.load(std::memory_order_acquire); }
-  void SetLinked(bool isLinked) { isLinked_.store(isLinked, std::memory_order_release); }
-  void SwapName(std::string& name) { name_.swap(name); }
+  bool IsLinked() const { return indexEntry.isLinked.load(std::memory_order_acquire); }
+  void SetLinked(bool isLinked) { indexEntry.isLinked.store(isLinked, std::memory_order_release); }
+  void SwapName(std::string& name);
+  // The task is in a package from now on.
+  void SetListed();
+  uint32_t NameHash() const { return indexEntry.hash.load(std::memory_order_relaxed); }
 
-  void Prefetch() const {
-    __builtin_prefetch(this);
-    __builtin_prefetch(&func_);
+  // These fetch what the index writes, and what a step of a package reads and writes.
+  void PrefetchForIndex() const { Prefetch(&indexEntry, sizeof(indexEntry)); }
+  void PrefetchForStep() const { Prefetch(this, SizeBeforeName()); }
+  // The task after this one in its package. Its turn comes when this one reports.
+  void SetNext(const RkTaskImpl& next) {
+    next_.Set(this, &next);
+    nextFunc_.Set(this, next.func_.get());
+  }
+  void PrefetchNext() const {
+    next_.Fetch(this, SizeBeforeName());
+    nextFunc_.Fetch(this, sizeof(RkTaskFuncImpl));
   }
 
   void AddRef() { refCount_.fetch_add(1, std::memory_order_relaxed); }
@@ -98,19 +112,25 @@ class RkTaskImpl : public virtual RkTask {
   bool SetAwaited() { return !isAwaited_.exchange(true, std::memory_order_relaxed); }
 
   // Number of threads that wait at a pause point with this task. Guarded by the scheduler's pause
-  // mutex.
-  int parkedCount = 0;
+  // mutex. As small as the flags after it, so that a task stays within 128 bytes.
+  int16_t parkedCount = 0;
 
  private:
   void StoreName(std::string name);
+  void HashName();
 
+  size_t SizeBeforeName() const {
+    return static_cast<size_t>(reinterpret_cast<const char*>(&name_) -
+                               reinterpret_cast<const char*>(this));
+  }
+
+  bool internal_ = false;
+  std::atomic<bool> isAwaited_{false};
   std::atomic<int32_t> refCount_{1};
   std::atomic<int32_t> type_{kTaskTypePlain};
   std::atomic<int32_t> state_{kTaskStateCreated};
-  bool internal_ = false;
-  std::atomic<bool> isLinked_{false};
-  std::atomic<bool> isAwaited_{false};
-  // Before the name: a run reads the state and these two, which then share a cache line.
+  PrefetchHint next_;
+  PrefetchHint nextFunc_;
   Ref<RkTaskDataImpl> data_;
   Ref<RkTaskFuncImpl> func_;
   std::string name_;

@@ -56,6 +56,8 @@ void RkTaskPackageImpl::InsertIndexed(Ref<RkTaskImpl>& child, size_t index) {
 // An index beyond the end is an error of the caller; it appends.
 void RkTaskPackageImpl::Insert(Ref<RkTaskImpl>& child, size_t index) {
   ReserveOne();
+  if (child) child->SetListed();
+  if (ToPackage(child.get()) != nullptr) hasNested_ = true;
   const auto position = static_cast<std::ptrdiff_t>(std::min(index, tasks_.size()));
   tasks_.insert(tasks_.begin() + position, std::move(child));
 }

@@ -47,6 +47,7 @@ class RkTaskPackageImpl final : public RkTaskImpl, public RkTaskPackage {
   void SetIndexed();
   bool isComplete = false;
   PointerSet<RkTaskEventImpl> listedIn;
+  bool HasNested() const { return hasNested_; }
 
   // For the scheduler, see 2.
   using Children = std::vector<Ref<RkTaskImpl>>;
@@ -67,6 +68,7 @@ class RkTaskPackageImpl final : public RkTaskImpl, public RkTaskPackage {
   std::atomic<bool> isIndexed_{false};
   std::atomic<uint32_t> currentIndex_{0};
   std::atomic<bool> continueOnFailure_{true};
+  bool hasNested_ = false;  // A child is a package.
 };
 
 // The package that this task is, or null.
