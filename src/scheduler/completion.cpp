@@ -71,7 +71,7 @@ void RkTaskSchedularImpl::TaskFailed(RkTask* task) {
 void RkTaskSchedularImpl::CompletePlain(RkTaskImpl& task, int32_t state) {
   Ref<RkTaskPackageImpl> package;
   {
-    MutexLock registry(registryMutex);
+    MutexLock registry(registryMutex, [] { return TmvTaskPool()->GetQueuedCount(); });
     const TaskPlace place = FindPlaceOf(task);
     if (place.package == nullptr || TryCompletePlain(task, state, *place.package)) return;
     package = Ref<RkTaskPackageImpl>(place.package);
