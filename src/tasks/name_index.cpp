@@ -173,7 +173,7 @@ void NameIndex::AddChild(RkTaskPackageImpl& package, RkTaskImpl& child) {
 
 void NameIndex::Enter(RkTaskPackageImpl& package, RkTaskImpl& child) {
   child.indexEntry.parents.Add(&package);
-  if (!child.IsLinked()) Link(child);
+  if (!child.indexEntry.isLinked) Link(child);
 }
 
 // In pieces, so that the end of a large package doesn't keep reports waiting.
@@ -185,14 +185,14 @@ void NameIndex::ForgetPackage(RkTaskPackageImpl& package) {
       if (!children[i]) continue;
       RkTaskImpl& child = *children[i];
       child.indexEntry.parents.Remove(&package);
-      if (child.indexEntry.parents.Empty() && child.IsLinked()) Unlink(child);
+      if (child.indexEntry.parents.Empty() && child.indexEntry.isLinked) Unlink(child);
     }
   }
 }
 
 void NameIndex::Rename(RkTaskImpl& task, std::string& name) {
   Unlink(task);
-  task.SwapName(name);
+  task.SwapListedName(name);
   Link(task);
 }
 
@@ -223,7 +223,7 @@ std::optional<TaskPlace> NameIndex::Find(const TaskName& name) {
 // The common case is a task whose name no other has, in one package of one event.
 std::optional<TaskPlace> NameIndex::FindNamesake(RkTaskImpl& task) {
   RkTaskPackageImpl* const package = task.indexEntry.parents.Only();
-  if (task.IsLinked() && !task.indexEntry.isShared && package != nullptr &&
+  if (task.indexEntry.isLinked && !task.indexEntry.isShared && package != nullptr &&
       package->indexEntry.parents.Empty()) {
     RkTaskEventImpl* const event = package->listedIn.Only();
     if (event != nullptr) return TaskPlace{event, package, &task};
@@ -256,7 +256,7 @@ void NameIndex::Link(RkTaskImpl& task) {
   if (bucket != nullptr) bucket->indexEntry.previous = &task;
   bucket = &task;
   ++linkedCount_;
-  task.SetLinked(true);
+  task.indexEntry.isLinked = true;
 }
 
 void NameIndex::Unlink(RkTaskImpl& task) {
@@ -265,7 +265,7 @@ void NameIndex::Unlink(RkTaskImpl& task) {
   (previous == nullptr ? BucketOf(task) : previous->indexEntry.next) = next;
   if (next != nullptr) next->indexEntry.previous = previous;
   --linkedCount_;
-  task.SetLinked(false);
+  task.indexEntry.isLinked = false;
   // An empty index doesn't keep the memory of its largest job.
   if (linkedCount_ == 0 && moreBuckets_ != nullptr) {
     moreBuckets_ = nullptr;

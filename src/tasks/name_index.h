@@ -15,10 +15,11 @@
 //    it are not complete from then on. So names of ended jobs don't slow down those of running
 //    ones.
 // 5. A linked task that isn't `isShared` is the only linked one with its hash.
-// 6. A package that was once indexed is edited under the registry mutex, and a linked task is
-//    renamed under it. Both flags are set under the mutex and read without it; whoever edits a
-//    package or renames a task while another thread registers its event for the first time must
-//    order the two itself.
+// 6. A package that was once indexed is edited under the registry mutex, and a task that was once
+// in
+//    a package is renamed under it. Both flags are read without it; whoever edits a package, or
+//    renames a task that is in none yet, while another thread registers its event for the first
+//    time must order the two itself.
 #ifndef TEMVAR_TASKS_NAME_INDEX_H_
 #define TEMVAR_TASKS_NAME_INDEX_H_
 

@@ -76,17 +76,20 @@ void RkTaskImpl::SetNameNumber(int64_t number) { StoreName(std::to_string(number
 
 void RkTaskImpl::SetName(const char* name) { StoreName(name == nullptr ? "" : name); }
 
+// The hash of a linked task leads to its entry, so it changes under the mutex only.
 void RkTaskImpl::StoreName(std::string name) {
-  if (IsLinked()) {
-    MutexLock registry(registryMutex);
-    if (IsLinked()) return nameIndex.Rename(*this, name);
+  if (!indexEntry.isListed.load(std::memory_order_acquire)) return name_.swap(name);
+  MutexLock registry(registryMutex);
+  if (indexEntry.isLinked) {
+    nameIndex.Rename(*this, name);
+  } else {
+    SwapListedName(name);
   }
-  SwapName(name);
 }
 
-void RkTaskImpl::SwapName(std::string& name) {
+void RkTaskImpl::SwapListedName(std::string& name) {
   name_.swap(name);
-  if (indexEntry.isListed.load(std::memory_order_relaxed)) HashName();
+  HashName();
 }
 
 // Most tasks of a pool are never in a package, so a name is not hashed before. When the event is
@@ -94,7 +97,7 @@ void RkTaskImpl::SwapName(std::string& name) {
 void RkTaskImpl::SetListed() {
   if (indexEntry.isListed.load(std::memory_order_relaxed)) return;
   HashName();
-  indexEntry.isListed.store(true, std::memory_order_relaxed);
+  indexEntry.isListed.store(true, std::memory_order_release);
 }
 
 void RkTaskImpl::HashName() {

@@ -40,7 +40,7 @@ struct NameIndexEntry {
   RkTaskImpl* previous = nullptr;
   std::atomic<uint32_t> hash{0};  // Of the name, if the task is listed.
   bool isShared = false;          // Another task with this hash may be linked.
-  std::atomic<bool> isLinked{false};
+  bool isLinked = false;
   std::atomic<bool> isListed{false};  // The task is or was in a package.
 };
 
@@ -76,11 +76,9 @@ class RkTaskImpl : public virtual RkTask {
   const Ref<RkTaskFuncImpl>& Func() const { return func_; }
   bool HasName(std::string_view name) const { return name_ == name; }
 
-  // For NameIndex. A linked task is renamed under the registry mutex, which guards the entry too.
+  // For NameIndex. A listed task is renamed under the registry mutex, which guards the entry too.
   NameIndexEntry indexEntry;
-  bool IsLinked() const { return indexEntry.isLinked.load(std::memory_order_acquire); }
-  void SetLinked(bool isLinked) { indexEntry.isLinked.store(isLinked, std::memory_order_release); }
-  void SwapName(std::string& name);
+  void SwapListedName(std::string& name);
   // The task is in a package from now on.
   void SetListed();
   uint32_t NameHash() const { return indexEntry.hash.load(std::memory_order_relaxed); }

@@ -316,4 +316,20 @@ TEST(LookUp, MeetsEditsWhileTheEventRuns) {
   EXPECT_EQ(log.Entries().size(), 2 * kRounds + 1);
 }
 
+// A task in a package is renamed while another thread registers its event for the first time.
+TEST(LookUp, KeepsUpWithRenamesWhileTheEventComes) {
+  for (int round = 0; round < 200 && !HasFailure(); ++round) {
+    const Job job("event", {{"first", Succeed}, {"second", Succeed}}, Succeed);
+    const Call renames([&] {
+      for (int64_t number = 0; number < 20; ++number) job[1]->SetNameNumber(number);
+    });
+    Schedular().RegisterEvent(job.event.get());
+    renames.WaitForReturn();
+    const TaskPtr renamed(Schedular().FindTask("19"));
+    EXPECT_EQ(renamed.get(), job[1]);
+    EXPECT_EQ(TaskPtr(Schedular().FindTask("second")), nullptr);
+    Schedular().RemoveEvent("event");
+  }
+}
+
 }  // namespace
